@@ -1,0 +1,27 @@
+# Every target of the project gets its language, warnings and arithmetic here, and nowhere else.
+function(velamo_compile_options target)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON)
+    # No fused multiply-add: where a rounding falls is part of the results.
+    target_compile_options(
+        ${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -Werror -ffp-contract=off)
+endfunction()
+
+# velamo_layer(NAME SOURCES file... [BELOW layer...] [LIBRARIES target...])
+# A folder as the static library velamo_NAME, which sees the layers named under BELOW. LIBRARIES stay private to it.
+function(velamo_layer name)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;BELOW;LIBRARIES")
+    add_library(velamo_${name} STATIC ${ARG_SOURCES})
+    velamo_compile_options(velamo_${name})
+    target_include_directories(velamo_${name} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
+    list(TRANSFORM ARG_BELOW PREPEND velamo_)
+    target_link_libraries(velamo_${name} PUBLIC ${ARG_BELOW} PRIVATE ${ARG_LIBRARIES})
+endfunction()
+
+# velamo_program(TARGET SOURCES file... [LIBRARIES target...])
+function(velamo_program target)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBRARIES")
+    add_executable(${target} ${ARG_SOURCES})
+    velamo_compile_options(${target})
+    target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES})
+endfunction()

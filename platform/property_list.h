@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace velamo {
+
+/// One value of a property list: an array, a dictionary or a leaf. A value owns what it holds.
+class PropertyList {
+public:
+    using Data = std::vector<std::uint8_t>;
+    using Array = std::vector<PropertyList>;
+    using Dictionary = std::map<std::string, PropertyList, std::less<>>;
+    /// A reference into the object table of a keyed archive.
+    struct Uid {
+        std::uint64_t index = 0;
+        friend bool operator==(const Uid&, const Uid&) = default;
+    };
+    /// A kind that a file may hold and that nothing here reads (a date, an absent value).
+    struct Other {
+        friend bool operator==(const Other&, const Other&) = default;
+    };
+    using Value = std::variant<Other, bool, std::int64_t, double, std::string, Data, Uid, Array, Dictionary>;
+
+    PropertyList() = default;
+    PropertyList(Value value) : value_(std::move(value)) {}  // NOLINT(google-explicit-constructor): a leaf is its value
+
+    [[nodiscard]] const Value& value() const noexcept { return value_; }
+
+    /// The value as the kind asked for, or null when it is of another kind.
+    template <class Kind>
+    [[nodiscard]] const Kind* as() const noexcept {
+        return std::get_if<Kind>(&value_);
+    }
+    /// The entry of a dictionary, or null when this is no dictionary or has no such key.
+    [[nodiscard]] const PropertyList* find(std::string_view key) const noexcept;
+    /// An integer, real or boolean as a number (a text of digits too, as property lists are often edited by hand).
+    [[nodiscard]] std::optional<double> number() const;
+    /// The same narrowed to a whole number toward zero; nothing when it does not fit.
+    [[nodiscard]] std::optional<std::int64_t> integer() const;
+
+    friend bool operator==(const PropertyList&, const PropertyList&) = default;
+
+private:
+    Value value_;
+};
+
+/// Reads an XML or binary property list. Nothing when the bytes are no property list, are damaged or truncated, nest deeper
+/// than 64 levels, or would unfold to more than their size allows (a binary list may refer to one array many times, so that a few
+/// hundred bytes stand for gigabytes; such a file is refused before anything is built from it). May throw std::bad_alloc.
+[[nodiscard]] std::optional<PropertyList> parsePropertyList(std::span<const std::uint8_t> bytes);
+
+/// The property list as XML text and in the binary form. Numbers keep every bit; text that is no UTF-8 has its
+/// wrong bytes replaced by U+FFFD. May throw std::bad_alloc.
+[[nodiscard]] std::vector<std::uint8_t> xmlPropertyList(const PropertyList& root);
+[[nodiscard]] std::vector<std::uint8_t> binaryPropertyList(const PropertyList& root);
+
+}  // namespace velamo
