@@ -4,6 +4,8 @@
 
 namespace velamo {
 
-void logToSystem(const std::string& line) noexcept { syslog(LOG_USER | LOG_NOTICE, "velamo: %s", line.c_str()); }
+void logToSystem(const std::string& line) noexcept {
+    syslog(LOG_USER | LOG_NOTICE, "velamo: %s", line.c_str());
+}
 
 }  // namespace velamo

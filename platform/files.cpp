@@ -1,0 +1,147 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+namespace velamo {
+namespace {
+
+/// A file descriptor that is closed at the end of its scope.
+class Descriptor {
+public:
+    explicit Descriptor(int number) noexcept : number_(number) {}
+    ~Descriptor() { close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    [[nodiscard]] bool isOpen() const noexcept { return number_ >= 0; }
+    [[nodiscard]] int number() const noexcept { return number_; }
+    /// Closes now and says whether that went well: a network disk may report a failed write only here.
+    bool close() noexcept {
+        const int number = number_;
+        number_ = -1;
+        return number < 0 || ::close(number) == 0;
+    }
+
+private:
+    int number_;
+};
+
+std::error_code lastError() noexcept {
+    return {errno, std::generic_category()};
+}
+
+/// Reads until the bytes are full or the file ends; the number of bytes read.
+std::size_t readFully(int descriptor, std::span<std::uint8_t> bytes) noexcept {
+    std::size_t filled = 0;
+    while (filled < bytes.size()) {
+        const ssize_t count = ::read(descriptor, bytes.data() + filled, bytes.size() - filled);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        filled += static_cast<std::size_t>(count);
+    }
+    return filled;
+}
+
+bool writeFully(int descriptor, std::span<const std::uint8_t> bytes) noexcept {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+/// A temporary file beside the target, removed again unless it was put in the target's place.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const std::filesystem::path& target)
+        : name_((target.parent_path() / ".velamo-XXXXXX").native()), descriptor_(::mkostemp(name_.data(), O_CLOEXEC)) {}
+    ~TemporaryFile() {
+        if (exists_) ::unlink(name_.c_str());
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    [[nodiscard]] bool exists() const noexcept { return exists_; }
+
+    [[nodiscard]] bool fill(std::span<const std::uint8_t> bytes, mode_t permissions) noexcept {
+        return writeFully(descriptor_.number(), bytes) && ::fchmod(descriptor_.number(), permissions) == 0 &&
+               ::fsync(descriptor_.number()) == 0 && descriptor_.close();
+    }
+    [[nodiscard]] bool moveTo(const std::filesystem::path& target) noexcept {
+        if (::rename(name_.c_str(), target.c_str()) != 0) return false;
+        exists_ = false;
+        return true;
+    }
+
+private:
+    std::string name_;
+    Descriptor descriptor_;
+    bool exists_ = descriptor_.isOpen();
+};
+
+/// The file that a path leads to, with its last links followed: a link is left in place and what it names is replaced.
+std::filesystem::path withoutLinks(std::filesystem::path path, std::error_code& error) {
+    constexpr int mostLinks = 40;  // as the system itself allows
+    for (int followed = 0; std::filesystem::is_symlink(std::filesystem::symlink_status(path, error)); ++followed) {
+        if (followed == mostLinks) {
+            error = std::make_error_code(std::errc::too_many_symbolic_link_levels);
+            return path;
+        }
+        const auto named = std::filesystem::read_symlink(path, error);
+        if (error) return path;
+        path = named.is_absolute() ? named : path.parent_path() / named;
+    }
+    error.clear();  // that the target is not there yet is no failure
+    return path;
+}
+
+/// The permissions of the file to be replaced, or those that a new file gets from the user's mask.
+mode_t permissionsOf(const std::filesystem::path& path) noexcept {
+    constexpr mode_t allPermissions = 07777;
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) == 0) return status.st_mode & allPermissions;
+    constexpr mode_t newFile = 0666;
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return newFile & ~mask;
+}
+
+/// Makes the renaming itself durable. A folder that cannot be opened or flushed leaves that to the file system.
+void flushFolder(const std::filesystem::path& folder) noexcept {
+    const Descriptor descriptor(::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor.isOpen()) ::fsync(descriptor.number());
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> readWholeFile(const std::filesystem::path& path) {
+    // Without O_NONBLOCK the mere opening of a pipe would wait for somebody to write into it.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status = {};
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(status.st_size));
+    bytes.resize(readFully(file.number(), bytes));
+    return bytes;
+}
+
+std::error_code replaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    std::error_code error;
+    const auto target = withoutLinks(path, error);
+    if (error) return error;
+    if (std::filesystem::is_directory(target, error)) return std::make_error_code(std::errc::is_a_directory);
+    TemporaryFile temporary(target);
+    if (!temporary.exists() || !temporary.fill(bytes, permissionsOf(target)) || !temporary.moveTo(target))
+        return lastError();
+    flushFolder(target.parent_path());
+    return {};
+}
+
+}  // namespace velamo
