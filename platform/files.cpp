@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
+#include <random>
 #include <string>
 
 namespace velamo {
@@ -58,11 +58,23 @@ bool writeFully(int descriptor, std::span<const std::uint8_t> bytes) noexcept {
     return true;
 }
 
+/// A new file of a name that no other file in the folder has, with the permissions of the user's mask.
+int createBeside(const std::filesystem::path& target, std::string& name) {
+    constexpr int mostAttempts = 100;
+    constexpr mode_t newFile = 0666;
+    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+        const auto unique = std::to_string(::getpid()) + "-" + std::to_string(std::random_device{}());
+        name = (target.parent_path() / (".velamo-" + unique)).native();
+        const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, newFile);
+        if (descriptor >= 0 || errno != EEXIST) return descriptor;
+    }
+    return -1;
+}
+
 /// A temporary file beside the target, removed again unless it was put in the target's place.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const std::filesystem::path& target)
-        : name_((target.parent_path() / ".velamo-XXXXXX").native()), descriptor_(::mkostemp(name_.data(), O_CLOEXEC)) {}
+    explicit TemporaryFile(const std::filesystem::path& target) : descriptor_(createBeside(target, name_)) {}
     ~TemporaryFile() {
         if (exists_) ::unlink(name_.c_str());
     }
@@ -71,9 +83,15 @@ public:
 
     [[nodiscard]] bool exists() const noexcept { return exists_; }
 
-    [[nodiscard]] bool fill(std::span<const std::uint8_t> bytes, mode_t permissions) noexcept {
-        return writeFully(descriptor_.number(), bytes) && ::fchmod(descriptor_.number(), permissions) == 0 &&
-               ::fsync(descriptor_.number()) == 0 && descriptor_.close();
+    [[nodiscard]] bool fill(std::span<const std::uint8_t> bytes) noexcept {
+        return writeFully(descriptor_.number(), bytes) && ::fsync(descriptor_.number()) == 0 && descriptor_.close();
+    }
+    /// Gives it the permissions of the file that it is to replace, if there is one.
+    [[nodiscard]] bool takePermissionsOf(const std::filesystem::path& target) noexcept {
+        constexpr mode_t allPermissions = 07777;
+        struct stat status = {};
+        if (::stat(target.c_str(), &status) != 0) return true;
+        return ::fchmod(descriptor_.number(), status.st_mode & allPermissions) == 0;
     }
     [[nodiscard]] bool moveTo(const std::filesystem::path& target) noexcept {
         if (::rename(name_.c_str(), target.c_str()) != 0) return false;
@@ -103,17 +121,6 @@ std::filesystem::path withoutLinks(std::filesystem::path path, std::error_code& 
     return path;
 }
 
-/// The permissions of the file to be replaced, or those that a new file gets from the user's mask.
-mode_t permissionsOf(const std::filesystem::path& path) noexcept {
-    constexpr mode_t allPermissions = 07777;
-    struct stat status = {};
-    if (::stat(path.c_str(), &status) == 0) return status.st_mode & allPermissions;
-    constexpr mode_t newFile = 0666;
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return newFile & ~mask;
-}
-
 /// Makes the renaming itself durable. A folder that cannot be opened or flushed leaves that to the file system.
 void flushFolder(const std::filesystem::path& folder) noexcept {
     const Descriptor descriptor(::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -138,7 +145,8 @@ std::error_code replaceFile(const std::filesystem::path& path, std::span<const s
     if (error) return error;
     if (std::filesystem::is_directory(target, error)) return std::make_error_code(std::errc::is_a_directory);
     TemporaryFile temporary(target);
-    if (!temporary.exists() || !temporary.fill(bytes, permissionsOf(target)) || !temporary.moveTo(target))
+    if (!temporary.exists() || !temporary.takePermissionsOf(target) || !temporary.fill(bytes) ||
+        !temporary.moveTo(target))
         return lastError();
     flushFolder(target.parent_path());
     return {};

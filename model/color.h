@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace velamo {
+
+class KeyedArchiver;
+class KeyedUnarchiver;
+
+/// An immutable RGB colour; components are fractions of full intensity (0.0 to 1.0) and are kept unclamped.
+class VLMColor {
+public:
+    /// Light grey, 0.8 in each component.
+    constexpr VLMColor() noexcept = default;
+    [[nodiscard]] static constexpr VLMColor initWithRedgreenblue(double red, double green, double blue) noexcept {
+        return {red, green, blue};
+    }
+    /// Components are archived in single precision, so a colour may come back with other low bits.
+    [[nodiscard]] static VLMColor initWithCoder(KeyedUnarchiver& coder);
+    void encodeWithCoder(KeyedArchiver& coder) const;
+
+    [[nodiscard]] constexpr double red() const noexcept { return red_; }
+    [[nodiscard]] constexpr double green() const noexcept { return green_; }
+    [[nodiscard]] constexpr double blue() const noexcept { return blue_; }
+
+    /// Exact equality of the three components, without tolerance.
+    [[nodiscard]] constexpr bool isEqual(const VLMColor& other) const noexcept { return *this == other; }
+    /// The decimal packing RRRGGGBBB of the components times 255, so pure red hashes to 255000000.
+    [[nodiscard]] std::uint64_t hash() const noexcept;
+    [[nodiscard]] std::string description() const;
+    [[nodiscard]] constexpr VLMColor copy() const noexcept { return *this; }
+
+    friend constexpr bool operator==(const VLMColor&, const VLMColor&) = default;
+
+private:
+    constexpr VLMColor(double red, double green, double blue) noexcept : red_(red), green_(green), blue_(blue) {}
+    double red_ = 0.8;
+    double green_ = 0.8;
+    double blue_ = 0.8;
+};
+
+}  // namespace velamo

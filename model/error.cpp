@@ -1,0 +1,60 @@
+#include "model/error.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <new>
+#include <stdexcept>
+#include <system_error>
+
+#include "platform/resources.h"
+
+namespace velamo {
+namespace {
+
+int systemCodeOf(const std::exception_ptr& exception) noexcept {
+    try {
+        std::rethrow_exception(exception);
+    } catch (const std::bad_alloc&) {
+        return ENOMEM;
+    } catch (const std::length_error&) {
+        return ENOMEM;
+    } catch (const std::system_error& failure) {
+        return failure.code().value();
+    } catch (...) {
+        return EIO;
+    }
+}
+
+std::string_view englishText(std::span<const ErrorText> texts, int code) noexcept {
+    for (const ErrorText& text : texts)
+        if (text.code == code) return text.text;
+    return {};
+}
+
+}  // namespace
+
+std::string VLMError::message() const {
+    if (!recoverySuggestion.empty()) return recoverySuggestion;
+    if (!failureReason.empty()) return failureReason;
+    return std::generic_category().message(code);
+}
+
+bool fail(std::span<const ErrorText> texts, int code, VLMError* error, ErrorTextKey key) {
+    if (error == nullptr) return false;
+    *error = {.domain = designErrorDomain, .code = code, .recoverySuggestion = {}, .failureReason = {}};
+    std::string& text = key == ErrorTextKey::failureReason ? error->failureReason : error->recoverySuggestion;
+    text = localizedText("ERROR_" + std::to_string(code), "VLMDesign", englishText(texts, code));
+    return false;
+}
+
+bool failWithSystemError(int code, VLMError* error) noexcept {
+    if (error != nullptr)
+        *error = {.domain = systemErrorDomain, .code = code, .recoverySuggestion = {}, .failureReason = {}};
+    return false;
+}
+
+void reportUnexpected(const std::exception_ptr& exception, VLMError* error) noexcept {
+    failWithSystemError(systemCodeOf(exception), error);
+}
+
+}  // namespace velamo

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <initializer_list>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace velamo {
+
+/// An ordered list that several owners may share: copying the handle shares the list, copy() makes another one. The
+/// elements are values inside it. A handle may also hold no list at all (none()), which reads as an empty one and gets
+/// a list with its first element.
+template <class Element>
+class VLMList {
+public:
+    using value_type = Element;
+    using iterator = typename std::vector<Element>::iterator;
+    using const_iterator = typename std::vector<Element>::const_iterator;
+
+    VLMList() : elements_(std::make_shared<std::vector<Element>>()) {}
+    VLMList(std::vector<Element> elements)  // NOLINT(google-explicit-constructor): a list is its elements
+        : elements_(std::make_shared<std::vector<Element>>(std::move(elements))) {}
+    VLMList(std::initializer_list<Element> elements) : VLMList(std::vector<Element>(elements)) {}
+
+    [[nodiscard]] static VLMList none() noexcept { return VLMList(nullptr); }
+    [[nodiscard]] bool isThere() const noexcept { return elements_ != nullptr; }
+    /// Whether both handles hold the very same list.
+    [[nodiscard]] bool isSharedWith(const VLMList& other) const noexcept { return elements_ == other.elements_; }
+    [[nodiscard]] VLMList copy() const { return VLMList(all()); }
+
+    [[nodiscard]] std::size_t size() const noexcept { return elements_ ? elements_->size() : 0; }
+    [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+    [[nodiscard]] const_iterator begin() const noexcept { return all().begin(); }
+    [[nodiscard]] const_iterator end() const noexcept { return all().end(); }
+    [[nodiscard]] iterator begin() { return all().begin(); }
+    [[nodiscard]] iterator end() { return all().end(); }
+    [[nodiscard]] const Element& operator[](std::size_t index) const noexcept { return (*elements_)[index]; }
+    [[nodiscard]] Element& operator[](std::size_t index) noexcept { return (*elements_)[index]; }
+    /// The element at the index; std::out_of_range when there is none.
+    [[nodiscard]] const Element& at(std::size_t index) const { return all().at(index); }
+    [[nodiscard]] Element& at(std::size_t index) { return all().at(index); }
+    [[nodiscard]] const Element& back() const noexcept { return elements_->back(); }
+    [[nodiscard]] Element& back() noexcept { return elements_->back(); }
+
+    /// The elements themselves, for loops that change the list as a whole.
+    [[nodiscard]] std::vector<Element>& all() {
+        if (!elements_) elements_ = std::make_shared<std::vector<Element>>();
+        return *elements_;
+    }
+    [[nodiscard]] const std::vector<Element>& all() const noexcept {
+        static const std::vector<Element> noElements;
+        return elements_ ? *elements_ : noElements;
+    }
+
+    void push_back(Element element) { all().push_back(std::move(element)); }
+    void clear() noexcept {
+        if (elements_) elements_->clear();
+    }
+
+    friend bool operator==(const VLMList& one, const VLMList& other) { return one.all() == other.all(); }
+
+private:
+    explicit VLMList(std::nullptr_t) noexcept {}
+    std::shared_ptr<std::vector<Element>> elements_;
+};
+
+}  // namespace velamo

@@ -1,0 +1,118 @@
+#include "model/thread.h"
+
+#include <cmath>
+
+#include "model/color_list.h"
+#include "model/error.h"
+#include "platform/log.h"
+#include "platform/resources.h"
+
+namespace velamo {
+namespace {
+
+constexpr std::int32_t usualTension = 13;
+
+std::string designText(std::string_view key, std::string_view fallback) {
+    return localizedText(key, "VLMDesign", fallback);
+}
+
+/// The name of a colour that belongs to no palette.
+std::string individualName(const VLMColor& color, std::string_view fallback) {
+    return fillPattern(designText("COLOR_INDIVIDUAL", fallback),
+                       {color.red() * 255, color.green() * 255, color.blue() * 255});
+}
+
+std::string nameOfKey(std::string_view key, std::string_view palette) {
+    return localizedText(key, palette, "Unknown color");
+}
+
+std::string nameOfPalette(std::string_view palette) {
+    return localizedText(palette, palette, "Threadcolors");
+}
+
+/// A distance no colour of a palette has, so that whatever is so far away is never chosen.
+constexpr double outOfReach = 32767.0;
+
+/// The weighted distance by which palette colours are chosen. The blue weight takes the difference of reds where the
+/// well-known formula takes their mean: that is kept, because it decides which colour a design is given.
+double distance(const VLMColor& wanted, const VLMColor& offered) noexcept {
+    const double red = (wanted.red() - offered.red()) * 255;
+    const double green = (wanted.green() - offered.green()) * 255;
+    const double blue = (wanted.blue() - offered.blue()) * 255;
+    const double meanRed = (offered.red() + wanted.red()) * 255 * 0.5;
+    return std::sqrt((meanRed * 0.00390625 + 2) * (red * red) + 4 * (green * green) +
+                     ((255 - red) * 0.00390625 + 2) * (blue * blue));
+}
+
+/// The nearest key of the palette, the first of several equally near; nothing in an empty palette.
+const std::string* nearestKey(const VLMColorList& palette, const VLMColor& wanted, bool mayTakeSpecialKeys) noexcept {
+    const std::string* best = nullptr;
+    double bestDistance = outOfReach;
+    for (const std::string& key : palette.allKeys()) {
+        if (!mayTakeSpecialKeys && key.front() == 'x') continue;
+        const double candidate = distance(wanted, *palette.colorWithKey(key));
+        if (!(candidate < bestDistance)) continue;
+        best = &key;
+        bestDistance = candidate;
+        if (candidate == 0.0) break;
+    }
+    return best;
+}
+
+}  // namespace
+
+VLMThread VLMThread::initWithColorandNameforKeyofPalettewithName(VLMColor color, Text name, Text key, Text palette,
+                                                                 Text paletteName) {
+    VLMThread thread;
+    thread.color_ = color;
+    thread.name_ = std::move(name);
+    thread.key_ = std::move(key);
+    thread.palette_ = std::move(palette);
+    thread.paletteName_ = std::move(paletteName);
+    thread.tension_ = usualTension;
+    thread.isShown_ = true;
+    return thread;
+}
+
+VLMThread VLMThread::initWithKeyofPalette(const Text& key, const Text& palette) {
+    const auto colors = palette ? paletteNamed(*palette) : nullptr;
+    const VLMColor* color = colors && key ? colors->colorWithKey(*key) : nullptr;
+    if (color == nullptr) {
+        const VLMColor grey;
+        const auto name = individualName(grey, "Individual color (%i, %i, %i)");
+        return initWithColorandNameforKeyofPalettewithName(grey, name, key, palette, "");
+    }
+    return initWithColorandNameforKeyofPalettewithName(*color, nameOfKey(*key, *palette), key, palette,
+                                                       nameOfPalette(*palette));
+}
+
+bool VLMThread::changeToColorinPalette(const VLMColor& color, const std::string& palette) {
+    if (palette.empty()) {
+        color_ = color;
+        palette_ = "";
+        paletteName_ = designText("PATTERN_PALETTE", "Threadcolors");
+        key_ = "";
+        name_ = individualName(color, "Individual color (%1.0f, %1.0f, %1.0f)");
+        return true;
+    }
+    const auto colors = paletteNamed(palette);
+    if (!colors) {
+        logToSystem(designText("ERROR_140", "color palette not found"));
+        return false;
+    }
+    const std::string* key = nearestKey(*colors, color, palette_ == palette);
+    color_ = key ? *colors->colorWithKey(*key) : VLMColor();
+    palette_ = palette;
+    paletteName_ = nameOfPalette(palette);
+    key_ = key ? *key : "";
+    name_ = key ? nameOfKey(*key, palette) : "";
+    return true;
+}
+
+std::string VLMThread::description() const {
+    return fillPattern(
+        "Embroidery Thread: color=%@ of palette %@, name=%@, key=%@, length=%1.1f, tension=%i",
+        {color_.description(), paletteName_, name_, key_, static_cast<double>(length_), std::int64_t{tension_}});
+}
+
+}  // namespace velamo
