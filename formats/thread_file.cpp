@@ -76,7 +76,7 @@ bool importThreadsForDesign(VLMDesign& design, const std::filesystem::path& url)
         const auto bytes = readWholeFile(threadFileOf(url));
         const auto list = bytes.empty() ? std::nullopt : parsePropertyList(bytes);
         const auto* entries = list ? list->as<PropertyList::Array>() : nullptr;
-        if (entries == nullptr || entries->size() != design.threads().size()) return false;
+        if (entries == nullptr) return false;
         std::vector<VLMThread> threads;
         threads.reserve(entries->size());
         for (const PropertyList& entry : *entries)

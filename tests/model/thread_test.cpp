@@ -127,6 +127,14 @@ TEST(Recolouring, TakesTheNearestColour) {
             }
 }
 
+TEST(Recolouring, WeighsBlueByTheDifferenceOfReds) {
+    // By the mean of reds, as elsewhere, it would be Light Lilac, 810.
+    auto thread = VLMThread::initWithKeyofPalette("002", "Janome");
+    EXPECT_TRUE(thread.changeToColorinPalette(ofBytes(204, 153, 255), "Brother"));
+    EXPECT_EQ(thread.key(), "804");
+    EXPECT_EQ(thread.name(), "Lavender");
+}
+
 TEST(Recolouring, MissingPaletteIsEmptyAndGivesGrey) {
     auto thread = VLMThread::initWithKeyofPalette("019", "Brother");
     EXPECT_TRUE(thread.changeToColorinPalette(ofBytes(1, 2, 3), "Nowhere"));

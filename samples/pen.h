@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "model/design.h"
+
+namespace velamo {
+
+/// Sews a design as one would draw it: lines in millimetres from where the needle stands, y upward. The needle rests on
+/// tenths of a millimetre, as machines have it.
+class Pen {
+public:
+    /// Begins with a thread of the Brother palette.
+    explicit Pen(const std::string& threadKey);
+
+    /// Goes there without sewing.
+    void jumpTo(VLMPoint target);
+    /// Sews there in stitches of the length or a little less.
+    void sewTo(VLMPoint target, double stitchLength = 2.5);
+    /// Sews through all the points, jumping to the first of them.
+    void sewPath(const std::vector<VLMPoint>& points, double stitchLength = 2.5);
+    /// A column of the width along the line: zigzag stitches that lie close enough to cover the cloth.
+    void satin(VLMPoint from, VLMPoint to, double width);
+    void changeThread(const std::string& threadKey);
+
+    /// The finished design; the pen is used up.
+    [[nodiscard]] VLMDesign takeDesign() noexcept { return std::move(design_); }
+
+private:
+    void moveTo(VLMPoint target, bool isJump);
+
+    VLMDesign design_;
+    VLMPoint position_;  // in tenths of a millimetre
+};
+
+/// The design as the bytes of a DST file.
+[[nodiscard]] std::vector<std::uint8_t> dstBytes(const VLMDesign& design, const std::string& label);
+
+}  // namespace velamo

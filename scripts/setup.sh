@@ -1,0 +1,46 @@
+# Sourced by ./run and ./test: makes sure that the named Debian packages are there, and says plainly what it does.
+
+say() { printf '%s\n' "velamo: $*" >&2; }
+
+# What building needs, and what the tests need besides.
+build_packages=(g++ cmake ninja-build pkg-config libplist-dev libicu-dev libsqlite3-dev libcli11-dev nlohmann-json3-dev)
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang clang-format clang-tidy python3)
+
+is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+# install_missing PACKAGE...
+install_missing() {
+    local package missing=() as_root=()
+    for package in "$@"; do is_installed "$package" || missing+=("$package"); done
+    [ ${#missing[@]} -eq 0 ] && return
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            say "these packages are missing, and only root may install them: ${missing[*]}"
+            say "as root: apt-get install ${missing[*]}"
+            exit 1
+        fi
+        as_root=(sudo)
+    fi
+    say "installing what is missing: ${missing[*]}"
+    local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o=Dpkg::Use-Pty=0)
+    "${apt[@]}" update >/dev/null
+    "${apt[@]}" install --yes --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# build PRESET [cmake argument...] -- [target...]: configures once, then builds; the full output only where something fails.
+build() {
+    local preset=$1 options=() targets=() log
+    shift
+    while [ $# -gt 0 ] && [ "$1" != -- ]; do options+=("$1"); shift; done
+    [ $# -gt 0 ] && shift
+    [ $# -gt 0 ] && targets=(--target "$@")
+    log=$(mktemp)
+    say "building ($preset)"
+    if ! { cmake --preset "$preset" "${options[@]}" && cmake --build --preset "$preset" "${targets[@]}"; } >"$log" 2>&1; then
+        cat "$log" >&2
+        rm -f "$log"
+        say "the build failed"
+        exit 1
+    fi
+    rm -f "$log"
+}
