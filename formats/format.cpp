@@ -4,24 +4,32 @@
 #include <array>
 
 #include "formats/dst.h"
+#include "formats/exp.h"
+#include "formats/jef.h"
+#include "formats/jpx.h"
+#include "formats/ksm.h"
+#include "formats/pcs.h"
+#include "formats/pes.h"
+#include "formats/sew.h"
+#include "formats/vp3.h"
 
 namespace velamo {
 namespace {
 
 constexpr std::array<Format, 13> formats{{
-    {"jef", "JEF", nullptr},
-    {"jef+", "JEF+", nullptr},
-    {"jpx", "JPX", nullptr},
-    {"pes", "PES", nullptr},
-    {"pec", "PEC", nullptr},
-    {"sew", "SEW", nullptr},
-    {"exp", "EXP", nullptr},
+    {"jef", "JEF", importJefDesignFromURLerror},
+    {"jef+", "JEF+", importJefDesignFromURLerror},
+    {"jpx", "JPX", importJpxDesignFromURLerror},
+    {"pes", "PES", importPesDesignFromURLerror},
+    {"pec", "PEC", importPecDesignFromURLerror},
+    {"sew", "SEW", importSewDesignFromURLerror},
+    {"exp", "EXP", importExpDesignFromURLerror},
     {"dst", "DST", importDstDesignFromURLerror},
-    {"vp3", "VP3", nullptr},
-    {"ksm", "KSM", nullptr},
-    {"pcs", "PCS", nullptr},
-    {"pcd", "PCD", nullptr},
-    {"pcq", "PCQ", nullptr},
+    {"vp3", "VP3", importVp3DesignFromURLerror},
+    {"ksm", "KSM", importKsmDesignFromURLerror},
+    {"pcs", "PCS", importPcxDesignFromURLerror},
+    {"pcd", "PCD", importPcxDesignFromURLerror},
+    {"pcq", "PCQ", importPcxDesignFromURLerror},
 }};
 
 constexpr char lowerCase(char letter) noexcept {

@@ -14,7 +14,7 @@ struct Format {
 
     std::string_view extension;  // lower case
     std::string_view type;       // the design type that its reader sets
-    Reader reader;               // null where designs of the format cannot be read
+    Reader reader;
 };
 
 /// All formats, in the order in which import tells them apart.

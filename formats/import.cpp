@@ -1,7 +1,6 @@
 #include "formats/import.h"
 
 #include <array>
-#include <cerrno>
 
 #include "formats/format.h"
 #include "formats/thread_file.h"
@@ -33,7 +32,6 @@ bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& ur
 
         const Format* format = formatWithExtension(extensionOf(name));
         if (format == nullptr) return fail(errorTexts, unknownFormat, error);
-        if (format->reader == nullptr) return failWithSystemError(ENOTSUP, error);
         VLMError readerError;
         const bool isRead = format->reader(design, url, &readerError);
         design.setUseThreadFile(importThreadsForDesign(design, url));

@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "model/error.h"
@@ -140,10 +142,39 @@ public:
     /// VLMThread::changeToColorinPalette on the thread with the index; std::out_of_range when there is none.
     bool changeThreadtoColorinPalette(std::int32_t index, const VLMColor& color, const std::string& palette);
 
-    /// The description of the hoop; "" without one.
+    /// All hoops of all vendors, in the order in which automatic choice goes through them.
+    [[nodiscard]] static std::vector<VLMHoopHandle> hoops();
+    /// Description, size in millimetres, vendor and code of the design's hoop; "", 0, "" and -1 without one.
     [[nodiscard]] std::string hoopName() const;
+    [[nodiscard]] std::int32_t hoopWidth() const noexcept;
+    [[nodiscard]] std::int32_t hoopHeight() const noexcept;
+    [[nodiscard]] Text hoopVendor() const;
+    [[nodiscard]] std::int32_t hoopCode() const noexcept;
+    [[nodiscard]] bool hoopIsRound() const noexcept;
+    /// Gives the design the vendor's hoop of the code. False when there is none: the design keeps its hoop then, but
+    /// the code -1 takes it away.
+    bool setHoopFromVendorwithCode(std::string_view vendor, std::int32_t code);
+    /// The vendor's hoops in the order of hoops(); nothing when the vendor has none.
+    [[nodiscard]] static std::optional<std::vector<VLMHoopHandle>> allHoopsFromVendor(std::string_view vendor);
+    /// The vendor's first writable hoop that the design fits in, which need not be the smallest; null when there is
+    /// none.
+    [[nodiscard]] VLMHoopHandle findHoopFromVendor(std::string_view vendor) const;
+    /// Whether the design is at most as large as the hoop, wherever it lies. A round hoop counts as its square; the
+    /// design is not turned.
+    [[nodiscard]] bool designFitsInHoop(const VLMHoop& hoop) const noexcept;
+    /// Whether something of the design lies outside the hoop, or on its edge, when the hoop's middle is at the origin.
+    [[nodiscard]] bool stitchesOutsideOfHoop(const VLMHoop& hoop) const noexcept;
+
+    /// The numbers that stand for threads in Janome files, 0 to 78, with the threads' keys in the palette "Janome".
+    [[nodiscard]] static std::map<std::int32_t, std::string> janomeColorCodes();
+    /// The numbers that are written for threads in PEC sections, 1 to 64, with the threads' keys in the palette "Brother".
+    [[nodiscard]] static std::map<std::int32_t, std::string> brotherColorCodes();
+    /// The same and the seven further numbers that are understood when a PEC section is read.
+    [[nodiscard]] static std::map<std::int32_t, std::string> brotherReadColorCodes();
 
 private:
+    static constexpr std::int32_t noHoopCode = -1;
+
     VLMRange displayRange_;
     bool useThreadFile_ = false;
     bool selectionActive_ = false;

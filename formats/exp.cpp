@@ -1,0 +1,68 @@
+#include "formats/exp.h"
+
+#include <array>
+
+#include "formats/stitch_sink.h"
+#include "formats/undefined_threads.h"
+#include "platform/files.h"
+
+namespace velamo {
+namespace {
+
+constexpr std::uint8_t escape = 0x80;
+constexpr std::size_t pairSize = 2;
+constexpr std::size_t escapedSize = 4;
+
+enum Failure : int { unevenLength = 100 };
+constexpr std::array<ErrorText, 1> errorTexts{{
+    {unevenLength, "Unable to read EXP: file contains uneven number of bytes."},
+}};
+
+float signedByte(std::uint8_t byte) noexcept {
+    return static_cast<std::int8_t>(byte);
+}
+
+void readEscaped(VLMDesign& design, VLMStitchSink& sink, std::span<const std::uint8_t, escapedSize> record) {
+    const auto control = static_cast<std::int8_t>(record[1]);
+    if (control % 2 == 1) {
+        appendUndefinedThread(design);
+        sink.append(0, 0, false, true);
+    } else if (record[1] == escape) {
+        sink.append(0, 0, false, false);
+    } else {
+        sink.append(signedByte(record[2]), signedByte(record[3]), true, false);
+    }
+}
+
+void readStitches(VLMDesign& design, std::span<const std::uint8_t> bytes) {
+    VLMStitchSink sink(design, bytes.size() / pairSize);
+    while (bytes.size() >= pairSize) {
+        if (bytes[0] != escape) {
+            sink.append(signedByte(bytes[0]), signedByte(bytes[1]), false, false);
+            bytes = bytes.subspan(pairSize);
+            continue;
+        }
+        if (bytes.size() < escapedSize) return;
+        readEscaped(design, sink, bytes.first<escapedSize>());
+        bytes = bytes.subspan(escapedSize);
+    }
+}
+
+}  // namespace
+
+bool readExp(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error) {
+    if (file.size() % pairSize != 0) return fail(errorTexts, unevenLength, error);
+    appendUndefinedThread(design);
+    readStitches(design, file);
+    return true;
+}
+
+bool importExpDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+    return operation(error, [&] {
+        design.setDesignType("EXP");
+        design.setDesignVersion(10);
+        return readExp(design, readWholeFile(url), error);
+    });
+}
+
+}  // namespace velamo

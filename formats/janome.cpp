@@ -1,0 +1,95 @@
+#include "formats/janome.h"
+
+#include <array>
+
+#include "formats/byte_reader.h"
+#include "formats/stitch_sink.h"
+#include "model/thread_codes.h"
+
+namespace velamo {
+namespace {
+
+constexpr std::uint8_t escape = 0x80;
+constexpr std::size_t pairSize = 2;
+constexpr std::size_t escapedSize = 4;
+constexpr const char* palette = "Janome";
+constexpr const char* usualKey = "220";
+
+/// What stands behind an escape's second byte.
+struct Escaped {
+    bool isEnd = false;
+    bool hasMove = false;  // two more bytes
+    bool moves = false;    // and they count
+    bool isJump = false;
+    bool isColorChange = false;
+};
+using EscapeTable = std::array<Escaped, 256>;
+
+constexpr Escaped jump{.hasMove = true, .moves = true, .isJump = true};
+
+constexpr EscapeTable jefEscapes = [] {
+    EscapeTable table{};
+    table[0x01] = {.hasMove = true, .moves = true, .isColorChange = true};
+    table[0x02] = jump;
+    table[0x04] = jump;
+    table[0x10] = {.isEnd = true};
+    return table;
+}();
+
+constexpr EscapeTable sewEscapes = [] {
+    EscapeTable table{};
+    table[0x01] = {.hasMove = true, .isColorChange = true};
+    table[0x02] = jump;
+    table[0x10] = {.isEnd = true};
+    return table;
+}();
+
+float signedByte(std::uint8_t byte) noexcept {
+    return static_cast<std::int8_t>(byte);
+}
+
+}  // namespace
+
+std::size_t readJanomeStitches(VLMDesign& design, std::span<const std::uint8_t> stream, JanomeDialect dialect) {
+    const EscapeTable& escapes = dialect == JanomeDialect::sew ? sewEscapes : jefEscapes;
+    VLMStitchSink sink(design, stream.size() / pairSize);
+    std::size_t colorChanges = 0;
+    while (stream.size() >= pairSize) {
+        if (stream[0] != escape) {
+            sink.append(signedByte(stream[0]), signedByte(stream[1]), false, false);
+            stream = stream.subspan(pairSize);
+            continue;
+        }
+        // Even an escape of two bytes is looked at only where four are left.
+        if (stream.size() < escapedSize) break;
+        const Escaped escaped = escapes[stream[1]];
+        if (escaped.isEnd) break;
+        sink.append(escaped.moves ? signedByte(stream[2]) : 0, escaped.moves ? signedByte(stream[3]) : 0,
+                    escaped.isJump, escaped.isColorChange);
+        colorChanges += escaped.isColorChange ? 1 : 0;
+        stream = stream.subspan(escaped.hasMove ? escapedSize : pairSize);
+    }
+    return colorChanges;
+}
+
+VLMThread janomeThread(std::int64_t index) {
+    const auto code = janomeCodeOfIndex(index);
+    return VLMThread::initWithKeyofPalette(code ? Text(*code) : Text(), palette);
+}
+
+VLMThread janomeThreadOrUsual(std::int64_t index) {
+    const VLMThread thread = janomeThread(index);
+    return thread.paletteName() == "" ? VLMThread::initWithKeyofPalette(usualKey, palette) : thread;
+}
+
+void readJanomeThreads(VLMDesign& design, std::span<const std::uint8_t> tables, std::size_t count) {
+    constexpr std::size_t entrySize = 4;
+    VLMByteReader indices(tables.first(count * entrySize));
+    VLMByteReader tensions(tables.subspan(count * entrySize, count * entrySize));
+    for (std::size_t i = 0; i < count; ++i) {
+        design.threads().push_back(janomeThreadOrUsual(indices.i32()));
+        design.threads().back().setTension(tensions.i32());
+    }
+}
+
+}  // namespace velamo

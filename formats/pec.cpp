@@ -1,0 +1,141 @@
+#include "formats/pec.h"
+
+#include <array>
+#include <optional>
+
+#include "formats/byte_reader.h"
+#include "formats/stitch_sink.h"
+#include "model/thread_codes.h"
+
+namespace velamo {
+namespace {
+
+// Offsets from behind the section's mark.
+constexpr std::size_t markSize = 3;
+constexpr std::size_t colorsOffset = 49 - markSize;
+constexpr std::size_t graphicOffset = 512 - markSize;
+constexpr std::size_t thumbnailOffset = 514 - markSize;
+constexpr std::size_t sizeOffset = 520 - markSize;
+constexpr std::size_t startOffset = 528 - markSize;
+constexpr std::size_t startSize = 4;
+constexpr std::size_t smallestSegment = startOffset + startSize;
+
+constexpr std::uint8_t endMark = 0xFF;
+constexpr std::uint8_t changeMark = 0xFE;
+constexpr std::uint8_t secondChangeMark = 0xB0;
+constexpr std::size_t changeSize = 3;
+constexpr std::size_t shortestMove = 2;
+
+constexpr const char* palette = "Brother";
+constexpr const char* usualKey = "005";
+
+enum Failure : int { noAttributes = 190, noBitmaps = 191, noEnd = 192 };
+constexpr std::array<ErrorText, 3> errorTexts{{
+    {noAttributes, "Unable to import PEC segment (segment too small for attributes)."},
+    {noBitmaps, "Unable to import PEC segment (segment too small for bitmap pointer)."},
+    {noEnd, "Unable to import PEC segment (stitches not terminated)."},
+}};
+
+/// The lower 12 bits of two bytes as a signed number.
+int longValue(unsigned first, unsigned second) noexcept {
+    const int value = static_cast<int>((first & 0x0FU) << 8 | second);
+    return value < 0x800 ? value : value - 0x1000;
+}
+
+/// One byte below 0x80 as a signed number.
+int shortValue(int byte) noexcept {
+    return byte < 0x40 ? byte : byte - 0x80;
+}
+
+struct Coordinate {
+    int value = 0;
+    bool hasFlags = false;  // a long form that is not just the sign's continuation of a short one
+};
+
+/// Takes a coordinate off the front of the bytes; nothing when they end within it.
+std::optional<Coordinate> takeCoordinate(std::span<const std::uint8_t>& bytes) noexcept {
+    if (bytes.empty()) return std::nullopt;
+    const std::uint8_t first = bytes[0];
+    if (first < 0x80) {
+        bytes = bytes.subspan(1);
+        return Coordinate{shortValue(first), false};
+    }
+    if (bytes.size() < 2) return std::nullopt;
+    const std::uint8_t second = bytes[1];
+    bytes = bytes.subspan(2);
+    return Coordinate{longValue(first, second), first != 0x80 && first != 0x8F};
+}
+
+/// A jump from the origin to where sewing starts: the start coordinates count from the corner of the bounds, so the
+/// design comes to lie around the origin.
+void appendStart(VLMStitchSink& sink, std::span<const std::uint8_t> segment, std::size_t offset) {
+    VLMByteReader size(segment, sizeOffset);
+    const float halfWidth = static_cast<float>(size.i16()) * 0.5F;
+    const float halfHeight = static_cast<float>(size.i16()) * 0.5F;
+    VLMByteReader start(segment, static_cast<std::int64_t>(offset));
+    std::array<unsigned, startSize> bytes{};
+    for (unsigned& byte : bytes) byte = start.u8();
+    sink.append(static_cast<float>(longValue(bytes[0], bytes[1])) - halfWidth,
+                halfHeight - static_cast<float>(longValue(bytes[2], bytes[3])), true, false);
+}
+
+/// Appends the moves of the stream up to its end mark. The records may reach past `length` bytes, but none begins
+/// there. The number of colour blocks, or 0 when no end mark was found.
+std::uint32_t readMoves(VLMStitchSink& sink, std::span<const std::uint8_t> stream, std::size_t length) {
+    const std::size_t sizeBehind = stream.size() - length;
+    std::uint32_t blocks = 1;
+    while (stream.size() > sizeBehind) {
+        if (stream[0] == endMark) return blocks;
+        if (stream[0] == changeMark && stream.size() >= 2 && stream[1] == secondChangeMark) {
+            if (stream.size() < changeSize) return 0;
+            sink.append(0, 0, false, true);
+            ++blocks;
+            stream = stream.subspan(changeSize);
+            continue;
+        }
+        const auto x = takeCoordinate(stream);
+        const auto y = takeCoordinate(stream);
+        if (!x || !y) return 0;
+        sink.append(static_cast<float>(x->value), static_cast<float>(-y->value), x->hasFlags && y->hasFlags, false);
+    }
+    return 0;
+}
+
+VLMThread threadOf(std::uint8_t index) {
+    const auto code = brotherCodeOfIndex(index);
+    const auto thread = VLMThread::initWithKeyofPalette(code ? Text(*code) : Text(), palette);
+    return thread.paletteName() == "" ? VLMThread::initWithKeyofPalette(usualKey, palette) : thread;
+}
+
+}  // namespace
+
+std::uint32_t importPecStichesFromDatawithOffseterror(VLMDesign& design, std::span<const std::uint8_t> segment,
+                                                      std::size_t offset, VLMError* error) {
+    const std::size_t end = VLMByteReader(segment, thumbnailOffset).u24() + graphicOffset;
+    const std::size_t streamOffset = offset + startSize;
+    const std::size_t streamSize = end > streamOffset && end <= segment.size() ? end - streamOffset : 0;
+    VLMStitchSink sink(design, streamSize / shortestMove + 1);
+    appendStart(sink, segment, offset);
+    if (segment.size() < end) {
+        fail(errorTexts, noBitmaps, error);
+        return 0;
+    }
+    const std::uint32_t blocks = streamSize > 0 ? readMoves(sink, segment.subspan(streamOffset), streamSize) : 0;
+    if (blocks == 0) fail(errorTexts, noEnd, error);
+    return blocks;
+}
+
+bool importPecSegmentFromDataerror(VLMDesign& design, std::span<const std::uint8_t> segment, VLMError* error) {
+    if (segment.size() < smallestSegment) return fail(errorTexts, noAttributes, error);
+    std::uint32_t blocks = importPecStichesFromDatawithOffseterror(design, segment, startOffset, nullptr);
+    if (blocks == 0) {
+        design.stitches().clear();
+        blocks = importPecStichesFromDatawithOffseterror(design, segment, startOffset + 1, error);
+    }
+    if (blocks == 0) return false;
+    VLMByteReader indices(segment, colorsOffset);
+    for (std::uint32_t block = 0; block < blocks; ++block) design.threads().push_back(threadOf(indices.u8()));
+    return true;
+}
+
+}  // namespace velamo
