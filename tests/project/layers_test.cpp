@@ -1,0 +1,86 @@
+// What the compiler does not see: that includes point downward, and that system interfaces stay in the platform's
+// folder.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace velamo {
+namespace {
+
+const std::filesystem::path sourceFolder = VELAMO_SOURCE_FOLDER;
+
+/// What each layer may include besides itself.
+const std::map<std::string, std::set<std::string>> layersBelow{
+    {"platform", {}},
+    {"render", {"platform"}},
+    {"model", {"platform", "render"}},
+    {"formats", {"platform", "render", "model"}},
+    {"plugin", {"platform", "model", "formats"}},
+    {"catalogue", {"platform", "model", "formats", "plugin"}},
+    {"cli", {"platform", "render", "model", "formats", "plugin", "catalogue"}},
+    {"samples", {"platform", "model", "formats"}},
+};
+
+struct Include {
+    std::filesystem::path file;
+    std::string name;
+    bool isSystem = false;
+};
+
+std::vector<Include> includesOf(const std::string& layer) {
+    static const std::regex pattern(R"(^\s*#\s*include\s*([<"])([^>"]+)[>"].*)");
+    std::vector<Include> includes;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(sourceFolder / layer)) {
+        const auto extension = entry.path().extension();
+        if (extension != ".cpp" && extension != ".h") continue;
+        std::ifstream in(entry.path());
+        std::smatch match;
+        for (std::string line; std::getline(in, line);)
+            if (std::regex_match(line, match, pattern)) includes.push_back({entry.path(), match[2], match[1] == "<"});
+    }
+    return includes;
+}
+
+class Layers : public testing::TestWithParam<std::string> {};
+
+TEST_P(Layers, IncludeDownwardOnly) {
+    const auto& below = layersBelow.at(GetParam());
+    const auto includes = includesOf(GetParam());
+    EXPECT_FALSE(includes.empty());
+    for (const auto& include : includes) {
+        if (include.isSystem) continue;
+        const std::string folder = include.name.substr(0, include.name.find('/'));
+        EXPECT_TRUE(folder == GetParam() || below.count(folder) > 0) << include.file << " includes " << include.name;
+    }
+}
+
+TEST_P(Layers, LeaveTheSystemToThePlatform) {
+    if (GetParam() == "platform") return;
+    static const std::regex systemHeader(
+        "(sys|unicode|plist|cairo|linux)/.*|(unistd|fcntl|dlfcn|dirent|syslog|cairo[-a-z]*)\\.h");
+    for (const auto& include : includesOf(GetParam()))
+        EXPECT_FALSE(std::regex_match(include.name, systemHeader)) << include.file << " includes " << include.name;
+}
+
+/// The measurements stand below the model, the drawing will stand above it.
+TEST(Rooms, ModelSeesOnlyTheMeasurementsOfRender) {
+    for (const auto& include : includesOf("model"))
+        if (include.name.rfind("render/", 0) == 0) {
+            EXPECT_EQ(include.name, "render/value_transformer.h") << include.file;
+        }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Layers,
+                         testing::Values("platform", "render", "model", "formats", "plugin", "catalogue", "cli",
+                                         "samples"),
+                         [](const auto& info) { return info.param; });
+
+}  // namespace
+}  // namespace velamo
