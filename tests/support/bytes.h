@@ -31,4 +31,27 @@ inline Bytes repeated(std::size_t count, int byte) {
     return Bytes(count, static_cast<std::uint8_t>(byte));
 }
 
+/// The bytes of a number, the lowest first.
+inline Bytes littleEndian(std::int64_t number, int width) {
+    Bytes inOrder;
+    for (int i = 0; i < width; ++i) inOrder.push_back(static_cast<std::uint8_t>(number >> 8 * i));
+    return inOrder;
+}
+inline Bytes le16(std::int64_t number) {
+    return littleEndian(number, 2);
+}
+inline Bytes le24(std::int64_t number) {
+    return littleEndian(number, 3);
+}
+inline Bytes le32(std::int64_t number) {
+    return littleEndian(number, 4);
+}
+/// The same, the highest first.
+inline Bytes be16(std::int64_t number) {
+    return bytes(static_cast<int>(number >> 8), static_cast<int>(number));
+}
+inline Bytes be32(std::int64_t number) {
+    return bytes(be16(number >> 16), be16(number));
+}
+
 }  // namespace velamo::test
