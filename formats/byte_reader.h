@@ -56,4 +56,9 @@ private:
     bool ok_ = true;
 };
 
+/// A byte as the signed number of eight bits that moves are made of.
+[[nodiscard]] constexpr float signedByte(std::uint8_t byte) noexcept {
+    return static_cast<std::int8_t>(byte);
+}
+
 }  // namespace velamo

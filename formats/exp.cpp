@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "formats/byte_reader.h"
 #include "formats/stitch_sink.h"
 #include "formats/undefined_threads.h"
 #include "platform/files.h"
@@ -17,10 +18,6 @@ enum Failure : int { unevenLength = 100 };
 constexpr std::array<ErrorText, 1> errorTexts{{
     {unevenLength, "Unable to read EXP: file contains uneven number of bytes."},
 }};
-
-float signedByte(std::uint8_t byte) noexcept {
-    return static_cast<std::int8_t>(byte);
-}
 
 void readEscaped(VLMDesign& design, VLMStitchSink& sink, std::span<const std::uint8_t, escapedSize> record) {
     const auto control = static_cast<std::int8_t>(record[1]);

@@ -1,5 +1,6 @@
 #include "formats/janome.h"
 
+#include <algorithm>
 #include <array>
 
 #include "formats/byte_reader.h"
@@ -44,10 +45,6 @@ constexpr EscapeTable sewEscapes = [] {
     return table;
 }();
 
-float signedByte(std::uint8_t byte) noexcept {
-    return static_cast<std::int8_t>(byte);
-}
-
 }  // namespace
 
 std::size_t readJanomeStitches(VLMDesign& design, std::span<const std::uint8_t> stream, JanomeDialect dialect) {
@@ -82,14 +79,30 @@ VLMThread janomeThreadOrUsual(std::int64_t index) {
     return thread.paletteName() == "" ? VLMThread::initWithKeyofPalette(usualKey, palette) : thread;
 }
 
-void readJanomeThreads(VLMDesign& design, std::span<const std::uint8_t> tables, std::size_t count) {
+bool passesSizeTest(std::int32_t threads, std::uint32_t sizeEach, std::uint32_t sizeBesides,
+                    std::size_t fileSize) noexcept {
+    const auto wanted = static_cast<std::int32_t>(static_cast<std::uint32_t>(threads) * sizeEach + sizeBesides);
+    return wanted < 0 || fileSize >= static_cast<std::size_t>(wanted);
+}
+
+bool isStitchOffset(std::int32_t offset, std::size_t fileSize) noexcept {
+    return offset >= 0 && fileSize >= static_cast<std::size_t>(offset) + escapedSize;
+}
+
+bool readJanomeThreads(VLMDesign& design, std::span<const std::uint8_t> file, std::int64_t offset,
+                       std::int32_t threads) {
     constexpr std::size_t entrySize = 4;
-    VLMByteReader indices(tables.first(count * entrySize));
-    VLMByteReader tensions(tables.subspan(count * entrySize, count * entrySize));
-    for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t tableSize = static_cast<std::size_t>(std::max(threads, 0)) * entrySize;
+    if (tableSize == 0) return true;
+    VLMByteReader tables(file, offset);
+    VLMByteReader indices(tables.take(tableSize));
+    VLMByteReader tensions(tables.take(tableSize));
+    if (!tables.ok()) return false;
+    for (std::int32_t i = 0; i < threads; ++i) {
         design.threads().push_back(janomeThreadOrUsual(indices.i32()));
         design.threads().back().setTension(tensions.i32());
     }
+    return true;
 }
 
 }  // namespace velamo

@@ -27,7 +27,18 @@ std::size_t readJanomeStitches(VLMDesign& design, std::span<const std::uint8_t> 
 /// The same, but thread "220" where the palette has no colour for the index.
 [[nodiscard]] VLMThread janomeThreadOrUsual(std::int64_t index);
 
-/// Appends the threads of two tables of `count` 32-bit numbers that stand one behind the other: indices, then tensions.
-void readJanomeThreads(VLMDesign& design, std::span<const std::uint8_t> tables, std::size_t count);
+/// Whether a file is large enough for `threads` by the test of the machines' software, threads * sizeEach + sizeBesides
+/// in 32-bit arithmetic, which wraps around: a senseless number of threads may pass it.
+[[nodiscard]] bool passesSizeTest(std::int32_t threads, std::uint32_t sizeEach, std::uint32_t sizeBesides,
+                                  std::size_t fileSize) noexcept;
+
+/// Whether a stitch, or the end mark and two more bytes, fits in the file from the offset on.
+[[nodiscard]] bool isStitchOffset(std::int32_t offset, std::size_t fileSize) noexcept;
+
+/// Appends the threads of two tables of 32-bit numbers that stand one behind the other from the offset on: an index for
+/// each of the threads, then their tensions. A negative number of threads is none. False, with nothing appended, when
+/// the file ends within the tables.
+[[nodiscard]] bool readJanomeThreads(VLMDesign& design, std::span<const std::uint8_t> file, std::int64_t offset,
+                                     std::int32_t threads);
 
 }  // namespace velamo

@@ -1,6 +1,5 @@
 #include "formats/jef.h"
 
-#include <algorithm>
 #include <array>
 
 #include "formats/byte_reader.h"
@@ -12,8 +11,8 @@ namespace velamo {
 namespace {
 
 constexpr std::size_t smallestFile = 52;
-constexpr std::int64_t tablesOffset = 116;
-constexpr std::int64_t entrySize = 4;
+constexpr std::uint32_t tablesOffset = 116;
+constexpr std::uint32_t entrySize = 4;
 
 enum Failure : int { noMetadata = 20, noColorCodes = 21, invalidOffset = 23, colorChangesDiffer = 24 };
 constexpr std::array<ErrorText, 4> errorTexts{{
@@ -46,12 +45,6 @@ void setTypeAndVersion(VLMDesign& design, std::string_view extension, std::int32
     design.setDesignVersion(isJef ? version : isJefPlus ? version * 10 : 0);
 }
 
-/// The machine's own bound for the first table, in the 32-bit arithmetic of its software.
-bool passesTableBound(std::int32_t colorCount, std::int64_t fileSize) {
-    const auto bound = static_cast<std::int32_t>(static_cast<std::uint32_t>(colorCount) * 4U + 120U);
-    return fileSize >= bound;
-}
-
 /// Some files change the colour more often than they name threads: the last thread then goes on, recoloured to a bluish
 /// grey.
 bool completeThreads(VLMDesign& design, std::size_t blocks, VLMError* error) {
@@ -73,15 +66,12 @@ bool readJef(VLMDesign& design, std::span<const std::uint8_t> file, std::string_
     setTypeAndVersion(design, extension, header.version);
     design.setHoopFromVendorwithCode("Janome", header.hoopCode);
 
-    const auto size = static_cast<std::int64_t>(file.size());
-    if (!passesTableBound(header.colorCount, size)) return fail(errorTexts, noColorCodes, error);
-    if (header.stitchOffset < 0 || size < std::int64_t{header.stitchOffset} + 4)
-        return fail(errorTexts, invalidOffset, error);
-    const std::int64_t colorCount = std::max(header.colorCount, 0);
-    if (colorCount > 0 && size < tablesOffset + 2 * entrySize * colorCount)
+    // The machines ask for the first of the two tables only; that both are there shows when they are read.
+    if (!passesSizeTest(header.colorCount, entrySize, tablesOffset + entrySize, file.size()))
         return fail(errorTexts, noColorCodes, error);
+    if (!isStitchOffset(header.stitchOffset, file.size())) return fail(errorTexts, invalidOffset, error);
+    if (!readJanomeThreads(design, file, tablesOffset, header.colorCount)) return fail(errorTexts, noColorCodes, error);
 
-    if (colorCount > 0) readJanomeThreads(design, file.subspan(tablesOffset), static_cast<std::size_t>(colorCount));
     const auto stream = file.subspan(static_cast<std::size_t>(header.stitchOffset));
     const std::size_t colorChanges = readJanomeStitches(design, stream, JanomeDialect::jef);
     return completeThreads(design, colorChanges + 1, error);

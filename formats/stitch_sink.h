@@ -17,7 +17,7 @@ public:
     /// `mostStitches`: the number that the file's bytes can hold, for which room is made at once.
     VLMStitchSink(VLMDesign& design, std::size_t mostStitches) : design_(design) {
         design_.resetBounds();
-        design_.stitches().all().reserve(mostStitches);
+        design_.stitches().all().reserve(design_.stitches().size() + mostStitches);
     }
     ~VLMStitchSink() { flush(); }
     VLMStitchSink(const VLMStitchSink&) = delete;
