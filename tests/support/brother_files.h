@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "tests/support/numbers.h"
+#include "tests/support/bytes.h"
 
 namespace velamo::test {
 
@@ -30,8 +30,8 @@ inline Bytes pecSegment(const PecSection& section = {}) {
         bytes(repeated(section.surplusHeader, 0x20), 0x80 | (section.startX >> 8 & 0x0F), section.startX,
               0x80 | (section.startY >> 8 & 0x0F), section.startY, section.moves, section.end);
     constexpr std::int64_t fixedSize = 528 - 512;
-    return bytes(whole, 0, 0, u24(fixedSize + static_cast<std::int64_t>(stitches.size())), 0x31, 0xFF, 0xF0,
-                 u16(section.width), u16(section.height), 0xE0, 0x01, 0xB0, 0x01, stitches, section.thumbnails);
+    return bytes(whole, 0, 0, le24(fixedSize + static_cast<std::int64_t>(stitches.size())), 0x31, 0xFF, 0xF0,
+                 le16(section.width), le16(section.height), 0xE0, 0x01, 0xB0, 0x01, stitches, section.thumbnails);
 }
 
 inline Bytes pecFileOf(const Bytes& segment) {
@@ -42,7 +42,7 @@ inline Bytes pecFile(const PecSection& section = {}) {
 }
 
 inline Bytes pesFileOf(std::string_view version, const Bytes& segment) {
-    return bytes("#PES", version, u32(12 + 20), repeated(20, 0x11), "LA:", segment);
+    return bytes("#PES", version, le32(12 + 20), repeated(20, 0x11), "LA:", segment);
 }
 inline Bytes pesFile(const PecSection& section = {}) {
     return pesFileOf("0001", pecSegment(section));

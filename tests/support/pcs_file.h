@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "tests/support/numbers.h"
+#include "tests/support/bytes.h"
 
 namespace velamo::test {
 
@@ -31,7 +31,7 @@ struct PcsFile {
 };
 
 inline Bytes pcsRecord(const PcsRecord& record) {
-    return bytes(record.color, u24(record.x), 0xEE, u24(record.y), static_cast<int>(record.kind));
+    return bytes(record.color, le24(record.x), 0xEE, le24(record.y), static_cast<int>(record.kind));
 }
 
 inline Bytes pcsFile(const PcsFile& file = {}) {
@@ -42,8 +42,8 @@ inline Bytes pcsFile(const PcsFile& file = {}) {
         stitches += isPcs && record.kind == PcsKind::colorChange ? 0 : 1;
         append(records, pcsRecord(record));
     }
-    return bytes(0x32, static_cast<int>(file.type), u16(static_cast<std::int64_t>(file.palette.size() / 4)),
-                 file.palette, u16(static_cast<std::int64_t>(file.stitchCount.value_or(stitches))), records, file.end);
+    return bytes(0x32, static_cast<int>(file.type), le16(static_cast<std::int64_t>(file.palette.size() / 4)),
+                 file.palette, le16(static_cast<std::int64_t>(file.stitchCount.value_or(stitches))), records, file.end);
 }
 inline Bytes pcdFile() {
     return pcsFile({.type = PcsType::pcd});

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "tests/support/numbers.h"
+#include "tests/support/bytes.h"
 
 namespace velamo::test {
 
@@ -34,27 +34,26 @@ struct Vp3File {
 };
 
 inline Bytes vp3Text(const Bytes& text) {
-    return bytes(u16be(static_cast<std::int64_t>(text.size())), text);
+    return bytes(be16(static_cast<std::int64_t>(text.size())), text);
 }
 
 inline Bytes vp3Section(const Vp3Section& section) {
-    const Bytes behindLength =
-        bytes(u32be(section.startX), u32be(section.startY), static_cast<int>(section.colorTable.size() / 6),
-              section.colorTable, repeated(3, 9), vp3Text(section.catalogueNumber), vp3Text(section.description),
-              vp3Text(section.maker), u32be(section.endX), u32be(section.endY),
-              u16be(static_cast<std::int64_t>(section.skippedBlock)), repeated(section.skippedBlock + 7, 9),
-              section.stitches);
-    return bytes(0, 5, 0, u32be(static_cast<std::int64_t>(behindLength.size()) + section.surplusLength), behindLength);
+    const Bytes behindLength = bytes(
+        be32(section.startX), be32(section.startY), static_cast<int>(section.colorTable.size() / 6), section.colorTable,
+        repeated(3, 9), vp3Text(section.catalogueNumber), vp3Text(section.description), vp3Text(section.maker),
+        be32(section.endX), be32(section.endY), be16(static_cast<std::int64_t>(section.skippedBlock)),
+        repeated(section.skippedBlock + 7, 9), section.stitches);
+    return bytes(0, 5, 0, be32(static_cast<std::int64_t>(behindLength.size()) + section.surplusLength), behindLength);
 }
 
 /// Everything before the first colour section.
 inline Bytes vp3Header(const Vp3File& file) {
-    const auto size = [](std::size_t block) { return u16be(static_cast<std::int64_t>(block)); };
+    const auto size = [](std::size_t block) { return be16(static_cast<std::int64_t>(block)); };
     return bytes("%vsm%", 0, size(file.headerBlock), repeated(file.headerBlock + 7, 9), size(file.blockBeforeHoop),
-                 repeated(file.blockBeforeHoop + 59, 9), u32be(file.hoopWidth), u32be(file.hoopHeight),
+                 repeated(file.blockBeforeHoop + 59, 9), be32(file.hoopWidth), be32(file.hoopHeight),
                  size(file.blockBehindHoop), repeated(file.blockBehindHoop + 24, 9), size(file.blockBeforeColors),
                  repeated(file.blockBeforeColors, 9),
-                 u16be(file.colorCount.value_or(static_cast<int>(file.sections.size()))));
+                 be16(file.colorCount.value_or(static_cast<int>(file.sections.size()))));
 }
 
 inline Bytes vp3File(const Vp3File& file = {}) {
