@@ -167,24 +167,16 @@ std::size_t widthOf(std::uint64_t largest) {
     return width;
 }
 
-template <class Container>
-void appendBigEndian(Container& bytes, std::uint64_t value, std::size_t width) {
-    while (width-- > 0) bytes.push_back(static_cast<typename Container::value_type>(value >> 8 * width & 0xFF));
+void appendBigEndian(std::vector<std::uint8_t>& bytes, std::uint64_t value, std::size_t width) {
+    while (width-- > 0) bytes.push_back(static_cast<std::uint8_t>(value >> 8 * width & 0xFF));
 }
 
-template <class Container>
-void appendMark(Container& bytes, unsigned high, std::uint64_t count) {
-    bytes.push_back(static_cast<typename Container::value_type>(high << 4 | std::min<std::uint64_t>(count, longCount)));
+void appendMark(std::vector<std::uint8_t>& bytes, unsigned high, std::uint64_t count) {
+    bytes.push_back(static_cast<std::uint8_t>(high << 4 | std::min<std::uint64_t>(count, longCount)));
     if (count < longCount) return;
     const std::size_t width = widthOf(count);
-    bytes.push_back(static_cast<typename Container::value_type>(0x10 | std::countr_zero(width)));
+    bytes.push_back(static_cast<std::uint8_t>(0x10 | std::countr_zero(width)));
     appendBigEndian(bytes, count, width);
-}
-
-std::string number(unsigned high, std::uint64_t bits, std::size_t width) {
-    std::string bytes(1, static_cast<char>(high << 4 | static_cast<unsigned>(std::countr_zero(width))));
-    appendBigEndian(bytes, bits, width);
-    return bytes;
 }
 
 bool fitsFloat(double value) {
@@ -197,16 +189,22 @@ bool isAscii(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-std::string bytesOfText(std::string_view text) {
-    std::string bytes;
+std::vector<std::uint8_t> bytesOfText(std::string_view text) {
+    std::vector<std::uint8_t> bytes;
     if (isAscii(text)) {
         appendMark(bytes, 0x5, text.size());
-        return bytes.append(text);
+        bytes.insert(bytes.end(), text.begin(), text.end());
+        return bytes;
     }
     const std::u16string units = utf16FromUtf8(text);
     appendMark(bytes, 0x6, units.size());
     for (const char16_t unit : units) appendBigEndian(bytes, unit, 2);
     return bytes;
+}
+
+// The low half of a number's mark: of which power of two its width is.
+unsigned powerOf(std::size_t width) {
+    return static_cast<unsigned>(std::countr_zero(width));
 }
 
 }  // namespace
@@ -217,59 +215,71 @@ BinaryListWriter::Index BinaryListWriter::add(const Object& object) {
     return static_cast<Index>(objects_.size() - 1);
 }
 
-BinaryListWriter::Index BinaryListWriter::addLeaf(std::string bytes) {
-    const auto [place, isNew] = leaves_.try_emplace(std::move(bytes), Index{0});
-    if (isNew) place->second = add({.leaf = &place->first});
-    return place->second;
+BinaryListWriter::Index BinaryListWriter::addLeaf(Bytes bytes) {
+    const std::size_t first = leafBytes_.size();
+    leafBytes_.insert(leafBytes_.end(), bytes.begin(), bytes.end());
+    return add({Kind::leaf, bytes.size(), first});
+}
+
+BinaryListWriter::Index BinaryListWriter::addNumber(unsigned kind, unsigned size, std::uint64_t bits,
+                                                    std::size_t width) {
+    const auto mark = static_cast<std::uint8_t>(kind << 4 | size);
+    const auto [place, isNew] = numbers_[kind].try_emplace(Number{mark, bits}, Index{0});
+    if (!isNew) return place->second;
+    const std::size_t first = leafBytes_.size();
+    leafBytes_.push_back(mark);
+    appendBigEndian(leafBytes_, bits, width);
+    return place->second = add({Kind::leaf, 1 + width, first});
 }
 
 BinaryListWriter::Index BinaryListWriter::nothing() {
-    return addLeaf(std::string(1, '\0'));
+    return addNumber(0x0, 0, 0, 0);
 }
 BinaryListWriter::Index BinaryListWriter::boolean(bool value) {
-    return addLeaf(value ? "\x09" : "\x08");
+    return addNumber(0x0, value ? 9 : 8, 0, 0);
 }
 
 BinaryListWriter::Index BinaryListWriter::integer(std::int64_t value) {
     const auto bits = static_cast<std::uint64_t>(value);
-    return addLeaf(number(0x1, bits, widthOf(bits)));
+    const std::size_t width = widthOf(bits);
+    return addNumber(0x1, powerOf(width), bits, width);
 }
 
 BinaryListWriter::Index BinaryListWriter::real(double value) {
-    if (!fitsFloat(value)) return addLeaf(number(0x2, std::bit_cast<std::uint64_t>(value), sizeof(double)));
-    return addLeaf(number(0x2, std::bit_cast<std::uint32_t>(static_cast<float>(value)), sizeof(float)));
+    constexpr std::size_t wide = sizeof(double);
+    constexpr std::size_t narrow = sizeof(float);
+    if (!fitsFloat(value)) return addNumber(0x2, powerOf(wide), std::bit_cast<std::uint64_t>(value), wide);
+    return addNumber(0x2, powerOf(narrow), std::bit_cast<std::uint32_t>(static_cast<float>(value)), narrow);
 }
 
 BinaryListWriter::Index BinaryListWriter::text(std::string_view value) {
-    return addLeaf(bytesOfText(value));
+    if (const auto known = texts_.find(value); known != texts_.end()) return known->second;
+    return texts_.emplace(value, addLeaf(bytesOfText(value))).first->second;
 }
 
 BinaryListWriter::Index BinaryListWriter::data(Bytes value) {
-    std::string bytes;
+    std::vector<std::uint8_t> bytes;
     appendMark(bytes, 0x4, value.size());
-    return addLeaf(bytes.append(asText(value)));
+    bytes.insert(bytes.end(), value.begin(), value.end());
+    return addLeaf(bytes);
 }
 
 BinaryListWriter::Index BinaryListWriter::uid(std::uint64_t value) {
     const std::size_t width = widthOf(value);
-    std::string bytes;
-    appendMark(bytes, 0x8, width - 1);
-    appendBigEndian(bytes, value, width);
-    return addLeaf(std::move(bytes));
+    return addNumber(0x8, static_cast<unsigned>(width - 1), value, width);
 }
 
 BinaryListWriter::Index BinaryListWriter::array(std::span<const Index> entries) {
     const std::size_t first = references_.size();
     references_.insert(references_.end(), entries.begin(), entries.end());
-    return add({.firstReference = first, .references = static_cast<Index>(entries.size())});
+    return add({Kind::array, entries.size(), first});
 }
 
 BinaryListWriter::Index BinaryListWriter::dictionary(std::span<const Index> keys, std::span<const Index> values) {
     const std::size_t first = references_.size();
     references_.insert(references_.end(), keys.begin(), keys.end());
     references_.insert(references_.end(), values.begin(), values.end());
-    const auto count = static_cast<Index>(keys.size() + values.size());
-    return add({.firstReference = first, .references = count, .isDictionary = true});
+    return add({Kind::dictionary, keys.size() + values.size(), first});
 }
 
 std::vector<std::uint8_t> BinaryListWriter::finish(Index root) const {
@@ -279,12 +289,14 @@ std::vector<std::uint8_t> BinaryListWriter::finish(Index root) const {
     offsets.reserve(objects_.size());
     for (const Object& object : objects_) {
         offsets.push_back(bytes.size());
-        if (object.leaf != nullptr) {
-            bytes.insert(bytes.end(), object.leaf->begin(), object.leaf->end());
+        if (object.kind == Kind::leaf) {
+            const auto leaf = Bytes(leafBytes_).subspan(object.first, object.count);
+            bytes.insert(bytes.end(), leaf.begin(), leaf.end());
             continue;
         }
-        appendMark(bytes, object.isDictionary ? 0xD : 0xA, object.references / (object.isDictionary ? 2 : 1));
-        const auto references = std::span(references_).subspan(object.firstReference, object.references);
+        const bool isDictionary = object.kind == Kind::dictionary;
+        appendMark(bytes, isDictionary ? 0xD : 0xA, isDictionary ? object.count / 2 : object.count);
+        const auto references = std::span(references_).subspan(object.first, object.count);
         for (const Index reference : references) appendBigEndian(bytes, reference, referenceWidth);
     }
     const std::size_t tablePosition = bytes.size();

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <array>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace velamo {
@@ -75,16 +78,12 @@ private:
 /// Whether the object is this text. May throw std::bad_alloc.
 [[nodiscard]] bool isTextEqual(const BinaryList::Object& object, std::string_view text);
 
-/// Collects the objects of a binary property list, each known by the index it is given, and writes them. Equal leaves
-/// are stored once, so that writing takes time in proportion to what is written. Every operation may throw
+/// Collects the objects of a binary property list, each known by the index it is given, and writes them. Equal texts
+/// and numbers are stored once, so that writing takes time in proportion to what is written. Every operation may throw
 /// std::bad_alloc.
 class BinaryListWriter {
 public:
     using Index = std::uint32_t;
-
-    BinaryListWriter() = default;
-    BinaryListWriter(const BinaryListWriter&) = delete;
-    BinaryListWriter& operator=(const BinaryListWriter&) = delete;
 
     Index nothing();
     Index boolean(bool value);
@@ -102,18 +101,29 @@ public:
     [[nodiscard]] std::vector<std::uint8_t> finish(Index root) const;
 
 private:
+    enum class Kind : std::uint8_t { leaf, array, dictionary };
+    /// A run of leafBytes_ or of references_.
     struct Object {
-        const std::string* leaf = nullptr;  // its bytes, or null for a container
-        std::size_t firstReference = 0;
-        Index references = 0;
-        bool isDictionary = false;
+        Kind kind = Kind::leaf;
+        std::size_t count = 0;
+        std::size_t first = 0;
+    };
+    /// A leaf of eight bytes at most: its mark and its value.
+    struct Number {
+        std::uint8_t mark = 0;
+        std::uint64_t bits = 0;
+        friend auto operator<=>(const Number&, const Number&) = default;
     };
     Index add(const Object& object);
-    Index addLeaf(std::string bytes);
+    Index addLeaf(std::span<const std::uint8_t> bytes);
+    Index addNumber(unsigned kind, unsigned size, std::uint64_t bits, std::size_t width);
 
     std::vector<Object> objects_;
+    std::vector<std::uint8_t> leafBytes_;
     std::vector<Index> references_;
-    std::unordered_map<std::string, Index> leaves_;  // by their bytes, which stay where they are
+    // Ordered: no choice of values makes them slow, as a choice of hashes could.
+    std::array<std::map<Number, Index>, 16> numbers_;  // by the high half of the mark
+    std::map<std::string, Index, std::less<>> texts_;
 };
 
 }  // namespace velamo

@@ -71,10 +71,10 @@ std::optional<PropertyList> integerFrom(std::string_view text) {
 }
 
 constexpr auto valuesOfDigits64 = [] {
-    std::array<std::int8_t, 256> values{};
+    std::array<int, 256> values{};
     values.fill(-1);
     for (std::size_t i = 0; i < digits64.size(); ++i) {
-        values[static_cast<unsigned char>(digits64[i])] = static_cast<std::int8_t>(i);
+        values[static_cast<unsigned char>(digits64[i])] = static_cast<int>(i);
     }
     return values;
 }();

@@ -454,6 +454,7 @@ TEST(KeyedUnarchiver, RefusesALongTextSharedByManyObjects) {
 
 TEST(KeyedUnarchiver, RefusesManyKeysSharedByManyObjects) {
     std::vector<Entry> keys;
+    keys.reserve(50001);
     for (int i = 0; i < 50000; ++i) keys.emplace_back("k" + std::to_string(i), integer(0));
     keys.emplace_back("$class", uid(6));
     const Array others{object({{"NS.objects", PropertyList(Array(50000, uid(5)))}, {"$class", uid(4)}}), listClass(),

@@ -362,7 +362,7 @@ INSTANTIATE_TEST_SUITE_P(
 // ------------------------------------------------------------------------------------------------------
 
 void append(Bytes& bytes, std::uint64_t value, std::size_t width) {
-    while (width-- > 0) bytes.push_back(static_cast<std::uint8_t>(value >> 8 * width));
+    while (width-- > 0) bytes.push_back(width < 8 ? static_cast<std::uint8_t>(value >> 8 * width) : std::uint8_t{0});
 }
 
 struct Frame {
