@@ -104,10 +104,10 @@ std::optional<BinaryList> BinaryList::open(Bytes bytes) noexcept {
     list.referenceWidth_ = trailer[7];
     list.root_ = bigEndian(trailer.subspan(16, 8));
     if (!isWidth(list.offsetWidth_) || !isWidth(list.referenceWidth_)) return std::nullopt;
-    if (tablePosition < header.size() || tablePosition > content.size()) return std::nullopt;
+    if (tablePosition > content.size()) return std::nullopt;
     list.objects_ = content.first(static_cast<std::size_t>(tablePosition));
     list.offsets_ = content.subspan(static_cast<std::size_t>(tablePosition));
-    if (count > list.offsets_.size() / list.offsetWidth_ || list.root_ >= count) return std::nullopt;
+    if (count > list.offsets_.size() / list.offsetWidth_) return std::nullopt;
     list.offsets_ = list.offsets_.first(static_cast<std::size_t>(count) * list.offsetWidth_);
     return list;
 }

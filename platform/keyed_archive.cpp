@@ -58,7 +58,7 @@ int digitOf(char c) {
     return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
-// Nothing when a percent sign does not introduce a byte that a path may hold.
+// Nothing when a percent sign does not introduce a byte.
 std::optional<std::string> withoutPercents(std::string_view text) {
     std::string result;
     for (; !text.empty(); text.remove_prefix(1)) {
@@ -68,7 +68,7 @@ std::optional<std::string> withoutPercents(std::string_view text) {
         }
         const int high = text.size() > 2 ? digitOf(text[1]) : -1;
         const int low = text.size() > 2 ? digitOf(text[2]) : -1;
-        if (high < 0 || low < 0 || high + low == 0) return std::nullopt;
+        if (high < 0 || low < 0) return std::nullopt;
         result += static_cast<char>(high * 16 + low);
         text.remove_prefix(2);
     }

@@ -202,8 +202,8 @@ TEST(PropertyListRoundTrip, KeepsTheOrderOfKeys) {
 }
 
 TEST(PropertyListRoundTrip, ReplacesWhatIsNoText) {
-    const auto wrong = text("a\xFF\xC3z\xED\xA0\x80");
-    const auto right = text("a\uFFFD\uFFFDz\uFFFD\uFFFD\uFFFD");
+    const auto wrong = text("a\xFF\xC3z\xED\xA0\x80\xC0\x80");
+    const auto right = text("a\uFFFD\uFFFDz\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD");
     EXPECT_EQ(parsePropertyList(xmlPropertyList(wrong)), right);
     EXPECT_EQ(parsePropertyList(binaryPropertyList(wrong)), right);
     EXPECT_EQ(parsePropertyList(xmlPropertyList(text(std::string("\x01\0z\uFFFF", 6)))), text("\uFFFD\uFFFDz\uFFFD"));
@@ -348,6 +348,7 @@ INSTANTIATE_TEST_SUITE_P(
         XmlRow{"DeclaredEntities",
                "<!DOCTYPE plist [<!ENTITY a 'b'><!ENTITY b '&a;&a;'>]>" + plist("<string>&b;</string>"),
                {}},
+        XmlRow{"DocumentTypeWithDeclarations", "<!DOCTYPE plist []>" + plist("<true/>"), {}},
         XmlRow{"OpenComment", plist("<array><!-- </array>"), {}},
         XmlRow{"OpenCharacterData", plist("<string><![CDATA[x</string>"), {}},
         XmlRow{"NulByte", plist(std::string("<string>a\0b</string>", 20)), {}},
