@@ -12,9 +12,11 @@
 
 namespace velamo {
 
-/// Writes objects under keys into the property-list layout of Apple's keyed archiver: "$archiver", "$version", "$top" with the
-/// root's reference, and "$objects", a flat table in which index 0 is "$null" and every object is a dictionary of its
-/// keys and its "$class". Plain values stand in the dictionary itself, texts and objects in the table.
+/// Writes objects under keys into the property-list layout of Apple's keyed archiver: "$archiver", "$version", "$top"
+/// with the root's reference, and "$objects", a flat table in which index 0 is "$null" and every object is a dictionary
+/// of its keys and its "$class". Plain values stand in the dictionary itself, texts and objects in the table. Keys, and
+/// with them the objects in the table, stand in the order in which they are encoded; each key is to be encoded once.
+/// Every operation may throw std::bad_alloc and what its body throws.
 class KeyedArchiver {
 public:
     using Body = std::function<void(KeyedArchiver&)>;
@@ -27,7 +29,8 @@ public:
     void encodeBool(std::string_view key, bool value);
     /// An absent text, location or object is written as a reference to "$null".
     void encodeText(std::string_view key, const std::optional<std::string>& text);
-    /// A file location as a URL object (percent-encoded "file://" text, so that any byte of a path survives).
+    /// A file location as a URL object (percent-encoded "file://" text, so that any byte of a path survives; of a
+    /// relative path the text is relative too).
     void encodeLocation(std::string_view key, const std::optional<std::filesystem::path>& location);
     void encodeObject(std::string_view key, std::string_view className, const Body& body);
     void encodeNothing(std::string_view key);
@@ -37,8 +40,10 @@ public:
 
 private:
     struct Table;
-    explicit KeyedArchiver(Table& table) noexcept : table_(&table) {}
+    struct Entries;
+    KeyedArchiver(Table& table, Entries& entries) noexcept : table_(&table), entries_(&entries) {}
     Table* table_;
+    Entries* entries_;  // of the object being encoded
 };
 
 /// Why an archive was refused, in words for a person.
@@ -47,9 +52,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Reads what KeyedArchiver writes (and what Apple's archiver writes of such objects, in XML or binary form). A missing key gives zero, false or
-/// nothing; a value of the wrong kind, a reference outside the table, a reference that leads back to an object being
-/// decoded, or another class than the one asked for throws KeyedArchiveError. References are followed only where a key is asked for.
+/// Reads what KeyedArchiver writes (and what Apple's archiver writes of such objects, in XML or binary form), straight
+/// from the bytes: nothing is built but what is asked for. A missing key gives zero, false or nothing. A value of the
+/// wrong kind (an integer will do for a float, and integers and booleans for each other), a reference outside the
+/// table, a reference that leads back to an object being decoded, another class than the one asked for, or more to
+/// decode than an archive of that size can hold throws KeyedArchiveError. Every operation may also throw std::bad_alloc
+/// and what its body throws.
 class KeyedUnarchiver {
 public:
     using Body = std::function<void(KeyedUnarchiver&)>;
@@ -64,15 +72,17 @@ public:
     [[nodiscard]] std::optional<std::filesystem::path> decodeLocation(std::string_view key);
     /// Runs `body` on the object under the key; false, without running it, when there is none.
     bool decodeObject(std::string_view key, std::string_view className, const Body& body);
-    /// Runs `body` on each object of the list in order, after `begin` was told their number; false when there is no list.
+    /// Runs `body` on each object of the list in order, after `begin` was told their number, which is never more than
+    /// the archive has bytes; false when there is no list.
     bool decodeList(std::string_view key, std::string_view className, const std::function<void(std::size_t)>& begin,
                     const Body& body);
 
 private:
-    struct Archive;
-    KeyedUnarchiver(Archive& archive, std::size_t object) noexcept : archive_(&archive), object_(object) {}
+    class Archive;
+    struct Cursor;
+    KeyedUnarchiver(Archive& archive, Cursor& cursor) noexcept : archive_(&archive), cursor_(&cursor) {}
     Archive* archive_;
-    std::size_t object_;  // index of the object in the archive's table
+    Cursor* cursor_;  // the object being decoded
 };
 
 }  // namespace velamo

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -16,16 +17,47 @@ class PropertyList {
 public:
     using Data = std::vector<std::uint8_t>;
     using Array = std::vector<PropertyList>;
-    using Dictionary = std::map<std::string, PropertyList, std::less<>>;
     /// A reference into the object table of a keyed archive.
     struct Uid {
         std::uint64_t index = 0;
         friend bool operator==(const Uid&, const Uid&) = default;
     };
-    /// A kind that a file may hold and that nothing here reads (a date, an absent value).
+    /// A kind that a file may hold and that nothing here reads (a date, an absent value, an integer of more than 64
+    /// bits).
     struct Other {
         friend bool operator==(const Other&, const Other&) = default;
     };
+
+    /// Entries in the order in which they were given, which is also the order in the file.
+    class Dictionary {
+    public:
+        using Entry = std::pair<std::string, PropertyList>;
+
+        Dictionary() = default;
+        /// A key that comes again gives its entry the later value. May throw std::bad_alloc.
+        explicit Dictionary(std::vector<Entry> entries);
+        Dictionary(std::initializer_list<Entry> entries);
+
+        /// Puts an entry behind the others, unless the key is there already. May throw std::bad_alloc.
+        void emplace(std::string key, PropertyList value);
+
+        [[nodiscard]] const std::vector<Entry>& entries() const noexcept { return entries_; }
+        [[nodiscard]] auto begin() const noexcept { return entries_.begin(); }
+        [[nodiscard]] auto end() const noexcept { return entries_.end(); }
+        [[nodiscard]] std::size_t size() const noexcept { return entries_.size(); }
+        [[nodiscard]] bool empty() const noexcept { return entries_.empty(); }
+        /// The value of the key, or null.
+        [[nodiscard]] const PropertyList* find(std::string_view key) const noexcept;
+
+        friend bool operator==(const Dictionary& left, const Dictionary& right);
+
+    private:
+        [[nodiscard]] std::vector<std::size_t>::const_iterator placeOf(std::string_view key) const noexcept;
+        void dropRepeatedKeys();
+        std::vector<Entry> entries_;
+        std::vector<std::size_t> byKey_;  // places of the entries in the order of their keys
+    };
+
     using Value = std::variant<Other, bool, std::int64_t, double, std::string, Data, Uid, Array, Dictionary>;
 
     PropertyList() = default;
@@ -51,13 +83,16 @@ private:
     Value value_;
 };
 
-/// Reads an XML or binary property list. Nothing when the bytes are no property list, are damaged or truncated, nest deeper
-/// than 64 levels, or would unfold to more than their size allows (a binary list may refer to one array many times, so that a few
-/// hundred bytes stand for gigabytes; such a file is refused before anything is built from it). May throw std::bad_alloc.
+/// Reads an XML or binary property list. Nothing when the bytes are no property list, are damaged or truncated, nest
+/// deeper than 64 levels, or would unfold to more than their size allows (a binary list may refer to one array many
+/// times, so that a few hundred bytes stand for gigabytes; such a file is refused before anything is built from it).
+/// Numbers read the same in every locale of the host. May throw std::bad_alloc.
 [[nodiscard]] std::optional<PropertyList> parsePropertyList(std::span<const std::uint8_t> bytes);
 
-/// The property list as XML text and in the binary form. Numbers keep every bit; text that is no UTF-8 has its
-/// wrong bytes replaced by U+FFFD. May throw std::bad_alloc.
+/// The property list as XML text and in the binary form, the latter in time and room in proportion to the list. Numbers
+/// keep every bit (of a NaN, XML keeps only that it is one); what is no text in a text (wrong UTF-8, in XML control
+/// characters too) becomes U+FFFD. `Other` is written as an absent value, which XML knows only as an empty text. May
+/// throw std::bad_alloc.
 [[nodiscard]] std::vector<std::uint8_t> xmlPropertyList(const PropertyList& root);
 [[nodiscard]] std::vector<std::uint8_t> binaryPropertyList(const PropertyList& root);
 

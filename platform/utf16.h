@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace velamo {
+
+/// The text in UTF-16; every byte that is no UTF-8 becomes U+FFFD. May throw std::bad_alloc.
+[[nodiscard]] std::u16string utf16FromUtf8(std::string_view text);
+
+/// The text in UTF-8; half a surrogate pair becomes U+FFFD. May throw std::bad_alloc.
+[[nodiscard]] std::string utf8FromUtf16(std::u16string_view text);
+
+/// Puts a code point behind a UTF-8 text. False, and nothing is put, when there is no such code point.
+[[nodiscard]] bool appendCodePoint(std::string& text, char32_t codePoint);
+
+}  // namespace velamo
