@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,9 +7,11 @@
 
 namespace velamo {
 
-/// Writes numbers by a pattern such as "#,##0.00" with the marks of a locale (ICU names, "de_DE").
+/// Writes numbers by a pattern such as "#,##0.00" with the marks of a locale (ICU names, "de_DE"). Halves round to the
+/// even digit; infinity and not-a-number are written as the locale's signs for them.
 class PatternNumberFormatter {
 public:
+    /// Throws std::invalid_argument when the pattern is none. An unknown locale has the marks of a wider one.
     PatternNumberFormatter(std::string_view pattern, const std::string& locale);
     ~PatternNumberFormatter();
     PatternNumberFormatter(PatternNumberFormatter&&) noexcept;
@@ -23,23 +24,35 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// The plain number formatter in its default settings, which reads numbers: the whole text must be one number.
+/// What numbers are written with; UTF-8.
+struct NumberMarks {
+    std::string decimal = ".";
+    std::string grouping;  // empty: digits stand in one row
+    std::string minus = "-";
+};
+
+/// The marks of a locale (ICU names).
+[[nodiscard]] NumberMarks numberMarksOf(const std::string& locale);
+
+/// The number at the start of a text: white space is skipped, what follows the number is ignored. Nothing when the text
+/// does not start with a number. A number is a sign, digits of any script, a decimal mark and more digits, and an
+/// exponent; grouping marks belong to it where they part it into groups of three digits ("1,234.5", but "12,5" is 12).
+/// One that is too large is infinite.
+[[nodiscard]] std::optional<double> scanNumber(std::string_view text, const NumberMarks& marks);
+
+/// The plain number formatter, which reads numbers: the whole text, but for white space around it, must be one number.
 class PlainNumberFormatter {
 public:
-    explicit PlainNumberFormatter(const std::string& locale);
-    ~PlainNumberFormatter();
-    PlainNumberFormatter(PlainNumberFormatter&&) noexcept;
-    PlainNumberFormatter& operator=(PlainNumberFormatter&&) noexcept;
+    explicit PlainNumberFormatter(const std::string& locale) : marks_(numberMarksOf(locale)) {}
 
+    [[nodiscard]] const NumberMarks& marks() const noexcept { return marks_; }
     [[nodiscard]] std::optional<double> parse(std::string_view text) const;
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    NumberMarks marks_;
 };
 
-/// The number at the start of a text (white space before it is skipped, what follows is ignored), with the decimal mark of the locale;
-/// nothing when the text does not start with a number.
-[[nodiscard]] std::optional<double> scanNumber(std::string_view text, const std::string& locale);
+/// The text without the white space (of any script) at its ends.
+[[nodiscard]] std::string_view withoutWhiteSpaceAround(std::string_view text);
 
 }  // namespace velamo

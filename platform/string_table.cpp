@@ -1,0 +1,153 @@
+#include "platform/string_table.h"
+
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include "platform/text.h"
+
+namespace velamo {
+namespace {
+
+using Entry = std::pair<std::string, std::string>;
+
+constexpr char32_t replacement = 0xFFFD;
+
+void appendUtf8(std::string& text, char32_t character) {
+    const auto append = [&text](char32_t byte) { text.push_back(static_cast<char>(byte)); };
+    const auto appendRest = [&](int bitsAbove) {
+        for (int bits = bitsAbove; bits >= 0; bits -= 6) append(0x80 | ((character >> bits) & 0x3F));
+    };
+    if (character < 0x80) return append(character);
+    if (character < 0x800) return append(0xC0 | character >> 6), appendRest(0);
+    if (character < 0x10000) return append(0xE0 | character >> 12), appendRest(6);
+    append(0xF0 | character >> 18), appendRest(12);
+}
+
+bool isHighSurrogate(char32_t unit) noexcept {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+
+bool isLowSurrogate(char32_t unit) noexcept {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
+/// Walks through a ".strings" text; every step takes its part off the front of what is left.
+class Scanner {
+public:
+    explicit Scanner(std::string_view text) noexcept : rest_(text) {}
+
+    /// The next entry, or nothing at the end and where the text is damaged.
+    std::optional<Entry> entry() {
+        auto key = quoted();
+        if (!key || !token("=")) return std::nullopt;
+        auto text = quoted();
+        if (!text || !token(";")) return std::nullopt;
+        return Entry(std::move(*key), std::move(*text));
+    }
+
+private:
+    bool take(std::string_view expected) noexcept {
+        if (rest_.substr(0, expected.size()) != expected) return false;
+        rest_.remove_prefix(expected.size());
+        return true;
+    }
+
+    /// Drops everything up to and including `mark`, or all when it does not come.
+    void skipPast(std::string_view mark) noexcept {
+        const auto position = rest_.find(mark);
+        rest_.remove_prefix(position == std::string_view::npos ? rest_.size() : position + mark.size());
+    }
+
+    void skipBlanks() noexcept {
+        for (;;) {
+            rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\r\n"), rest_.size()));
+            if (take("/*")) {
+                skipPast("*/");
+            } else if (take("//")) {
+                skipPast("\n");
+            } else {
+                return;
+            }
+        }
+    }
+
+    bool token(std::string_view expected) noexcept {
+        skipBlanks();
+        return take(expected);
+    }
+
+    std::optional<std::string> quoted() {
+        if (!token("\"")) return std::nullopt;
+        std::string text;
+        while (!rest_.empty()) {
+            if (take("\"")) return text;
+            if (take("\\")) {
+                if (!appendEscaped(text)) return std::nullopt;
+                continue;
+            }
+            text.push_back(rest_.front());
+            rest_.remove_prefix(1);
+        }
+        return std::nullopt;
+    }
+
+    /// The character meant by what follows a backslash; false where the text is damaged.
+    bool appendEscaped(std::string& text) {
+        if (rest_.empty()) return false;
+        const char kind = rest_.front();
+        rest_.remove_prefix(1);
+        if (kind == 'U') return appendCharacter(text);
+        constexpr std::string_view kinds = "ntr";
+        constexpr std::string_view meanings = "\n\t\r";
+        const auto index = kinds.find(kind);
+        text.push_back(index == std::string_view::npos ? kind : meanings[index]);
+        return true;
+    }
+
+    bool appendCharacter(std::string& text) {
+        const auto unit = utf16Unit();
+        if (!unit) return false;
+        char32_t character = *unit;
+        if (isHighSurrogate(character)) character = completed(character);
+        appendUtf8(text, isLowSurrogate(character) ? replacement : character);
+        return true;
+    }
+
+    /// The character of a high surrogate and the low one that should follow it.
+    char32_t completed(char32_t high) noexcept {
+        Scanner ahead = *this;
+        const auto low = ahead.take("\\U") ? ahead.utf16Unit() : std::nullopt;
+        if (!low || !isLowSurrogate(*low)) return replacement;
+        *this = ahead;
+        return 0x10000 + ((high - 0xD800) << 10) + (*low - 0xDC00);
+    }
+
+    std::optional<char32_t> utf16Unit() noexcept {
+        constexpr std::size_t digits = 4;
+        const auto hex = rest_.substr(0, digits);
+        std::uint32_t unit = 0;
+        const auto end = std::from_chars(hex.data(), hex.data() + hex.size(), unit, 16).ptr;
+        if (hex.size() != digits || end != hex.data() + digits) return std::nullopt;
+        rest_.remove_prefix(digits);
+        return unit;
+    }
+
+    std::string_view rest_;
+};
+
+}  // namespace
+
+StringTable parseStringTable(std::string_view text) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    const std::string whole = validUtf8(text);
+    std::string_view rest = whole;
+    if (rest.substr(0, byteOrderMark.size()) == byteOrderMark) rest.remove_prefix(byteOrderMark.size());
+    Scanner scanner(rest);
+    StringTable table;
+    while (auto entry = scanner.entry()) table.insert_or_assign(std::move(entry->first), std::move(entry->second));
+    return table;
+}
+
+}  // namespace velamo
