@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -112,7 +111,9 @@ private:
     struct Number {
         std::uint8_t mark = 0;
         std::uint64_t bits = 0;
-        friend auto operator<=>(const Number&, const Number&) = default;
+        friend bool operator<(const Number& left, const Number& right) noexcept {
+            return left.mark != right.mark ? left.mark < right.mark : left.bits < right.bits;
+        }
     };
     Index add(const Object& object);
     Index addLeaf(std::span<const std::uint8_t> bytes);
