@@ -230,7 +230,7 @@ using Object = BinaryList::Object;
 }
 
 std::string inQuotes(std::string_view name) {
-    return "\"" + std::string(name) + "\"";
+    return '"' + std::string(name) + '"';
 }
 
 [[noreturn]] void refuseKind(std::string_view key, std::string_view wanted) {

@@ -29,7 +29,8 @@ std::vector<VLMPoint> closedCurve(int points, Curve curve) {
 VLMDesign rose() {
     constexpr std::array<const char*, 3> petalThreads{"085", "086", "807"};  // pinks, from the outside inward
     Pen pen("507");
-    pen.satin({0, -44}, {0, -20}, 2);
+    pen.satin({0, -44}, {0, -3}, 2);
+    pen.jumpTo({0, -34});
     for (const double side : {-1.0, 1.0})
         for (double row = 0; row < 12; ++row) {
             const double width = 5 * std::sin(pi * (row + 1) / 13);
@@ -40,8 +41,10 @@ VLMDesign rose() {
         pen.changeThread(petalThreads[color]);
         for (double round = 0; round < 6; ++round) {
             const double size = 20 - static_cast<double>(color) * 6 - round;
-            pen.sewPath(closedCurve(
-                360, [size](double turn) { return onCircle(size * std::cos(5 * turn * pi), turn * pi + pi / 2); }));
+            pen.sewPath(closedCurve(360, [size](double turn) {
+                const double angle = turn * 2 * pi;
+                return onCircle(size * std::sqrt(std::abs(std::cos(2.5 * angle))), angle + pi / 2);
+            }));
         }
     }
     pen.changeThread("205");
@@ -81,6 +84,7 @@ VLMDesign letter() {
 VLMDesign sunflower() {
     constexpr double goldenAngle = 2.399963229728653;
     Pen pen("206");
+    pen.jumpTo(onCircle(23, 0));
     for (double petal = 0; petal < 24; ++petal) {
         const double angle = petal * 2 * pi / 24;
         for (double row = 0; row < 16; ++row) {
@@ -99,28 +103,25 @@ VLMDesign sunflower() {
     return pen.takeDesign();
 }
 
-/// A heart filled line by line, with a satin-like edge in a darker red.
+/// Hearts inside each other, with a satin-like edge in a lighter red.
 VLMDesign heart() {
     const auto edge = [](double turn) {
         const double angle = turn * 2 * pi;
-        return VLMPoint{
-            16 * std::pow(std::sin(angle), 3) * 1.5,
-            (13 * std::cos(angle) - 5 * std::cos(2 * angle) - 2 * std::cos(3 * angle) - std::cos(4 * angle)) * 1.5};
+        return VLMPoint{24 * std::pow(std::sin(angle), 3), 19.5 * std::cos(angle) - 7.5 * std::cos(2 * angle) -
+                                                               3 * std::cos(3 * angle) - 1.5 * std::cos(4 * angle)};
     };
     Pen pen("800");
-    for (double row = 1; row < 100; ++row) {  // from the notch at the top down both sides to the tip
-        const VLMPoint right = edge(row / 200);
-        const bool isRightward = std::fmod(row, 2) == 0;
-        const VLMPoint start{isRightward ? -right.x : right.x, right.y};
-        if (row == 1) pen.jumpTo(start);
-        pen.sewTo(start, 3.5);
-        pen.sewTo({-start.x, start.y}, 3.5);
-    }
+    for (double size = 1; size > 0.03; size -= 0.03)
+        pen.sewPath(closedCurve(240,
+                                [&](double turn) {
+                                    return VLMPoint{edge(turn).x * size, edge(turn).y * size};
+                                }),
+                    3);
     pen.changeThread("807");
     pen.jumpTo(edge(0));
     for (double row = 0; row <= 600; ++row) {
         const VLMPoint point = edge(row / 600);
-        const double reach = std::fmod(row, 2) == 0 ? 1.05 : 0.97;
+        const double reach = std::fmod(row, 2) == 0 ? 1.05 : 0.96;
         pen.sewTo({point.x * reach, point.y * reach}, 12);
     }
     return pen.takeDesign();

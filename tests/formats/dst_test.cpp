@@ -200,7 +200,7 @@ TEST(DstBounds, AreThoseOfEveryPositionButTheOrigin) {
 
 TEST(DstBounds, OfNoStitchStayAtTheExtremes) {
     VLMDesign design;
-    ASSERT_TRUE(readDst(design, dstFile({}), nullptr));
+    ASSERT_TRUE(readDst(design, dstFile(dstEnd), nullptr));
     EXPECT_EQ(design.xMin(), largest);
     EXPECT_EQ(design.xMax(), -largest);
     EXPECT_EQ(design.yMin(), largest);

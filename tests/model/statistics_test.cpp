@@ -44,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(
     Rows, Sizes,
     testing::Values(SizeRow{"Truncated", -0.5F, 99.9F, 100, double{(-0.5F + 99.9F) * 0.5F}},
                     SizeRow{"BothNegative", -300, -100, 200, -200},
-                    SizeRow{"SinglePrecision", 16777216, 16777217, 0, 16777216},
+                    SizeRow{"SinglePrecision", -0.25F, 16777216, 16777216, 8388608},
                     SizeRow{"NoStitches", largest, -largest, std::numeric_limits<std::int32_t>::min(), 0},
                     SizeRow{"BeyondAnySize", -3e9F, 3e9F, std::numeric_limits<std::int32_t>::max(), 0}),
     [](const auto& row) { return row.param.name; });

@@ -86,8 +86,8 @@ TEST(Recolouring, SpecialKeysAreForThreadsOfThePaletteOnly) {
     const auto applique = *paletteNamed("Brother")->colorWithKey("x9");
     auto fromOutside = VLMThread::initWithKeyofPalette("002", "Janome");
     EXPECT_TRUE(fromOutside.changeToColorinPalette(applique, "Brother"));
-    EXPECT_EQ(fromOutside.key(), "209");  // Tangerine, the nearest sewing thread
-    EXPECT_EQ(fromOutside.name(), "Tangerine");
+    EXPECT_EQ(fromOutside.key(), "214");  // the nearest sewing thread
+    EXPECT_EQ(fromOutside.name(), "Deep Gold");
     auto fromInside = VLMThread::initWithKeyofPalette("007", "Brother");
     EXPECT_TRUE(fromInside.changeToColorinPalette(applique, "Brother"));
     EXPECT_EQ(fromInside.key(), "x9");
