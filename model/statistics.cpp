@@ -167,8 +167,4 @@ std::string VLMDesign::description() const {
     return text;
 }
 
-std::string VLMDesign::hoopName() const {
-    return designHoop_ ? designHoop_->description() : "";
-}
-
 }  // namespace velamo
