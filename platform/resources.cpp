@@ -1,13 +1,12 @@
 #include "platform/resources.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <map>
 #include <mutex>
 #include <system_error>
 
 #include "platform/files.h"
+#include "platform/shared_module.h"
 #include "platform/string_table.h"
 #include "platform/user.h"
 
@@ -17,21 +16,6 @@ namespace {
 
 /// The table in each language that has it, best first.
 using Translations = std::vector<StringTable>;
-
-/// The program or library that holds this code, or an empty path.
-fs::path loadedObject() {
-    static const char insideThisObject = 0;
-    Dl_info info{};
-    std::error_code error;
-    if (dladdr(&insideThisObject, &info) != 0 && info.dli_fname != nullptr) {
-        const fs::path object = info.dli_fname;
-        const fs::path canonical = object.has_parent_path() ? fs::canonical(object, error) : fs::path();
-        if (!error && !canonical.empty()) return canonical;
-    }
-    // A program found through PATH is known to the loader by its bare name alone.
-    const fs::path program = fs::canonical("/proc/self/exe", error);
-    return error ? fs::path() : program;
-}
 
 bool isPlainFileName(std::string_view name) noexcept {
     constexpr std::string_view separators("/\0", 2);
@@ -66,7 +50,7 @@ std::vector<fs::path> resourceFolders() {
     std::vector<fs::path> folders;
     if (const auto named = processEnvironment("VELAMO_RESOURCES"); named && !named->empty())
         folders.emplace_back(*named);
-    if (const fs::path object = loadedObject(); !object.empty()) {
+    if (const fs::path object = pathOfThisModule(); !object.empty()) {
         const auto beside = resourceFoldersBeside(object.parent_path());
         folders.insert(folders.end(), beside.begin(), beside.end());
     }

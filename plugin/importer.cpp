@@ -1,0 +1,48 @@
+#include "plugin/importer.h"
+
+#include <filesystem>
+#include <string>
+
+#include "formats/import.h"
+#include "plugin/attributes.h"
+
+namespace velamo {
+namespace {
+
+/// An empty path when the text names no file.
+std::filesystem::path pathOf(CFStringRef text) {
+    std::string path(static_cast<std::size_t>(CFStringGetMaximumSizeOfFileSystemRepresentation(text)), '\0');
+    if (!CFStringGetFileSystemRepresentation(text, path.data(), static_cast<CFIndex>(path.size()))) return {};
+    return path.c_str();
+}
+
+AttributeValues valuesOf(const VLMDesign& design) {
+    constexpr float tenthsInMillimetre = 10.0F;
+    return {static_cast<float>(design.designWidth()) / tenthsInMillimetre,
+            static_cast<float>(design.designHeight()) / tenthsInMillimetre,
+            static_cast<float>(design.numberOfStitches()), static_cast<float>(design.numberOfDifferentColors())};
+}
+
+/// Makes every object before it stores the first, so that a lack of memory leaves the dictionary as it was.
+void storeAttributes(CFMutableDictionaryRef attributes, const AttributeValues& values) {
+    const auto keys = attributeKeys();
+    std::array<Owned<CFNumberRef>, numberOfAttributes> numbers;
+    for (std::size_t index = 0; index < numberOfAttributes; ++index)
+        numbers[index] = own(CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat32Type, &values[index]));
+    for (std::size_t index = 0; index < numberOfAttributes; ++index)
+        CFDictionarySetValue(attributes, keys[index], numbers[index].get());
+}
+
+}  // namespace
+}  // namespace velamo
+
+Boolean GetMetadataForFile(void*, CFMutableDictionaryRef attributes, CFStringRef, CFStringRef pathToFile) noexcept {
+    using namespace velamo;
+    return operation(nullptr, [&] {
+        if (attributes == nullptr || pathToFile == nullptr) return false;
+        VLMDesign design;
+        if (!importDesignFromURLerror(design, pathOf(pathToFile), nullptr)) return false;
+        storeAttributes(attributes, valuesOf(design));
+        return true;
+    });
+}
