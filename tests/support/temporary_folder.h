@@ -33,7 +33,7 @@ public:
         return write(name, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
     }
     std::filesystem::path write(const std::filesystem::path& name, std::string_view text) const {
-        const auto file = path_ / name;
+        auto file = path_ / name;
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << text;
         return file;
