@@ -37,6 +37,7 @@ public:
     std::uint32_t u24() noexcept { return number(3); }
     std::int32_t i32() noexcept { return static_cast<std::int32_t>(number(4)); }
     std::uint16_t u16be() noexcept { return static_cast<std::uint16_t>(numberBe(2)); }
+    std::int16_t i16be() noexcept { return static_cast<std::int16_t>(numberBe(2)); }
     std::int32_t i32be() noexcept { return static_cast<std::int32_t>(numberBe(4)); }
 
 private:

@@ -107,7 +107,9 @@ public:
         const bool isChange = isPcs_ && record.kind == colorChangeKind;
         const bool isJump = isPcs_ && record.kind == jumpKind;
         if (isChange && !takeColorChange(record, place, error)) return false;
-        if (!isChange && !isJump && place == former_) makeLastStitchAJump();
+        // A place that is repeated means that the needle was moved there, not sewn.
+        if (VLMStitch* const last = sink_.last(); last && !isChange && !isJump && place == former_)
+            last->setIsJumpStitch(true);
         if (!isFirst_) append(place, isJump, isChange);
         isFirst_ = false;
         former_ = place;
@@ -126,12 +128,6 @@ private:
             design_.setDesignVersion(versionWithPlacedChanges);
         }
         return true;
-    }
-
-    /// A place that is repeated means that the needle was moved there, not sewn.
-    void makeLastStitchAJump() {
-        sink_.flush();
-        if (!design_.stitches().empty()) design_.stitches().back().setIsJumpStitch(true);
     }
 
     void append(Place place, bool isJump, bool isChange) {

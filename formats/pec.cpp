@@ -1,5 +1,6 @@
 #include "formats/pec.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -87,10 +88,9 @@ std::uint32_t readMoves(VLMStitchSink& sink, std::span<const std::uint8_t> strea
     while (stream.size() > sizeBehind) {
         if (stream[0] == endMark) return blocks;
         if (stream[0] == changeMark && stream.size() >= 2 && stream[1] == secondChangeMark) {
-            if (stream.size() < changeSize) return 0;
             sink.append(0, 0, false, true);
             ++blocks;
-            stream = stream.subspan(changeSize);
+            stream = stream.subspan(std::min(changeSize, stream.size()));
             continue;
         }
         const auto x = takeCoordinate(stream);
@@ -107,6 +107,15 @@ VLMThread threadOf(std::uint8_t index) {
     return thread.paletteName() == "" ? VLMThread::initWithKeyofPalette(usualKey, palette) : thread;
 }
 
+/// Every block took bytes behind the indices, so there are at least as many bytes as blocks.
+void appendThreads(VLMDesign& design, std::span<const std::uint8_t> indices, std::uint32_t blocks) {
+    std::array<std::optional<VLMThread>, 256> threads;
+    for (const std::uint8_t index : indices.first(blocks)) {
+        if (!threads[index]) threads[index] = threadOf(index);
+        design.threads().push_back(*threads[index]);
+    }
+}
+
 }  // namespace
 
 std::uint32_t importPecStichesFromDatawithOffseterror(VLMDesign& design, std::span<const std::uint8_t> segment,
@@ -114,7 +123,7 @@ std::uint32_t importPecStichesFromDatawithOffseterror(VLMDesign& design, std::sp
     const std::size_t end = VLMByteReader(segment, thumbnailOffset).u24() + graphicOffset;
     const std::size_t streamOffset = offset + startSize;
     const std::size_t streamSize = end > streamOffset && end <= segment.size() ? end - streamOffset : 0;
-    VLMStitchSink sink(design, streamSize / shortestMove + 1);
+    VLMStitchSink sink(design, streamSize / shortestMove + 1, SinkBounds::widen);
     appendStart(sink, segment, offset);
     if (segment.size() < end) {
         fail(errorTexts, noBitmaps, error);
@@ -130,11 +139,11 @@ bool importPecSegmentFromDataerror(VLMDesign& design, std::span<const std::uint8
     std::uint32_t blocks = importPecStichesFromDatawithOffseterror(design, segment, startOffset, nullptr);
     if (blocks == 0) {
         design.stitches().clear();
+        design.resetBounds();
         blocks = importPecStichesFromDatawithOffseterror(design, segment, startOffset + 1, error);
     }
     if (blocks == 0) return false;
-    VLMByteReader indices(segment, colorsOffset);
-    for (std::uint32_t block = 0; block < blocks; ++block) design.threads().push_back(threadOf(indices.u8()));
+    appendThreads(design, segment.subspan(colorsOffset), blocks);
     return true;
 }
 

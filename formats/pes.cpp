@@ -40,7 +40,7 @@ std::string_view textOf(std::span<const std::uint8_t> file) noexcept {
 
 /// The whole number that the text starts with: spaces, a sign, digits. 0 when it starts with none.
 int leadingNumber(std::string_view text) noexcept {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\r\v\f"), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
     const bool isNegative = text.substr(0, 1) == "-";
     if (isNegative || text.substr(0, 1) == "+") text.remove_prefix(1);
     int number = 0;

@@ -109,7 +109,11 @@ std::optional<VLMThread> takeThread(VLMByteReader& in) {
 class SectionReader {
 public:
     SectionReader(VLMDesign& design, std::span<const std::uint8_t> file)
-        : design_(design), file_(file), sink_(design, file.size() / 2) {}
+        : design_(design),
+          file_(file),
+          size_(static_cast<std::int64_t>(file.size())),
+          allowance_(size_ * mostReadings + smallAllowance),
+          sink_(design, file.size() / pairSize) {}
 
     /// Reads the section at `section` and moves it on to the next one; false when something does not fit in the file.
     bool read(std::int64_t& section, bool isLast) {
@@ -119,15 +123,12 @@ public:
         if (!in.ok()) return false;
         takeGap(start);
         const auto thread = takeThread(in);
-        if (!thread) return false;
+        if (!thread || !isAllowed(positionOf(in) - section)) return false;
         design_.threads().push_back(*thread);
         const Place end{in.i32be(), in.i32be()};
         in.skip(in.u16be() + 7);
-        if (!in.ok() || in.remaining() < 2) return false;
-        const auto stitches = static_cast<std::int64_t>(file_.size() - in.remaining());
-        // Sections that overlap would let a small file stand for any number of threads and stitches.
-        if (!isLast && next < stitches) return false;
-        if (!readStitches(in, next - stitches)) return false;
+        if (!in.ok() || in.remaining() < pairSize) return false;
+        if (!isAllowed(std::min(next, size_) - positionOf(in)) || !readStitches(positionOf(in), next)) return false;
         if (!isLast) markColorChange();
         former_ = {wrappedSum(start.x, end.x), wrappedSum(start.y, end.y)};
         section = next;
@@ -135,6 +136,26 @@ public:
     }
 
 private:
+    static constexpr std::int64_t pairSize = 2;
+    static constexpr std::int64_t jumpSize = 8;
+    static constexpr std::int64_t usedJumpSize = 6;
+    static constexpr std::uint8_t escape = 0x80;
+    static constexpr std::uint8_t jumpMark = 0x01;
+
+    // A section's length may lead backward, so that the same bytes are read again and a small file could stand for any
+    // number of threads and stitches. No true file comes near this many bytes read.
+    static constexpr std::int64_t mostReadings = 8;
+    static constexpr std::int64_t smallAllowance = 1 << 20;
+
+    bool isAllowed(std::int64_t bytesRead) noexcept {
+        allowance_ -= std::max<std::int64_t>(bytesRead, 0);
+        return allowance_ >= 0;
+    }
+
+    std::int64_t positionOf(const VLMByteReader& in) const noexcept {
+        return size_ - static_cast<std::int64_t>(in.remaining());
+    }
+
     /// The way from the end of the section before to the start of this one, which its first stitch takes along. Its y
     /// is not turned round, unlike that of stitches: that is how machines understand the files.
     void takeGap(Place start) {
@@ -149,40 +170,36 @@ private:
         gapX_ = gapY_ = 0;
     }
 
-    /// Reads records as long as one can begin in the `length` bytes ahead; false when one does not fit in the file.
-    bool readStitches(VLMByteReader& in, std::int64_t length) {
-        auto bytes = in.rest();
-        const std::int64_t sizeBehind = static_cast<std::int64_t>(bytes.size()) - length;
-        while (static_cast<std::int64_t>(bytes.size()) - 1 > sizeBehind) {
-            constexpr std::size_t pairSize = 2;
-            constexpr std::size_t jumpSize = 8;
-            if (bytes.size() < pairSize) return false;
-            if (bytes[0] != 0x80) {
-                append(static_cast<std::int8_t>(bytes[0]), static_cast<std::int8_t>(bytes[1]), false);
-                bytes = bytes.subspan(pairSize);
-            } else if (bytes[1] != 0x01) {
-                append(0, 0, false);
-                bytes = bytes.subspan(pairSize);
+    /// Reads the records that begin before the last byte in front of `next`; false when one does not fit in the file.
+    bool readStitches(std::int64_t position, std::int64_t next) {
+        while (position < next - 1) {
+            const auto record = file_.subspan(static_cast<std::size_t>(std::min(position, size_)));
+            if (record.size() < pairSize) return false;
+            const bool isEscaped = record[0] == escape;
+            if (isEscaped && record[1] == jumpMark) {
+                if (record.size() < usedJumpSize) return false;
+                VLMByteReader place(record, pairSize);
+                const std::int16_t x = place.i16be();
+                append(x, place.i16be(), true);
+                position += jumpSize;
             } else {
-                if (bytes.size() < jumpSize) return false;
-                VLMByteReader jump(bytes, pairSize);
-                const auto x = static_cast<std::int16_t>(jump.u16be());
-                const auto y = static_cast<std::int16_t>(jump.u16be());
-                append(x, y, true);
-                bytes = bytes.subspan(jumpSize);
+                append(isEscaped ? 0 : static_cast<std::int8_t>(record[0]),
+                       isEscaped ? 0 : static_cast<std::int8_t>(record[1]), false);
+                position += pairSize;
             }
         }
         return true;
     }
 
     /// The last stitch so far, whichever section it came from, opens the next thread's block.
-    void markColorChange() {
-        sink_.flush();
-        if (!design_.stitches().empty()) design_.stitches().back().setIsColorChange(true);
+    void markColorChange() noexcept {
+        if (VLMStitch* const last = sink_.last()) last->setIsColorChange(true);
     }
 
     VLMDesign& design_;
     std::span<const std::uint8_t> file_;
+    std::int64_t size_;
+    std::int64_t allowance_;
     VLMStitchSink sink_;
     Place former_;
     float gapX_ = 0;
