@@ -1,0 +1,109 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "catalogue/database.h"
+#include "catalogue/search.h"
+#include "platform/file_state.h"
+#include "plugin/host.h"
+
+namespace velamo {
+
+/// What tells whether a file has changed.
+struct FileStamp {
+    std::int64_t size = 0;      // bytes
+    std::int64_t modified = 0;  // nanoseconds since the start of 1970
+    friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
+/// What tells whether a design has to be read again.
+struct DesignStamp {
+    FileStamp design;
+    std::optional<FileStamp> sideFile;  // nothing where there is none
+    std::int64_t reader = 0;            // which build of the importer read it
+    friend bool operator==(const DesignStamp&, const DesignStamp&) = default;
+};
+
+/// What reading a design gave: its attributes, or why it is broken.
+using DesignContent = std::variant<DesignAttributes, DesignFailure>;
+
+/// What the catalogue knows of a file in a folder.
+struct KnownDesign {
+    DesignStamp stamp;
+    bool isBroken = false;
+};
+
+/// The catalogue of a person's designs: one SQLite file. Paths are absolute and kept byte for byte.
+///
+/// Changes are committed in batches, so that a process that is killed loses the last batch at most and damages nothing;
+/// what is not committed when the object goes is undone. One process at a time has the catalogue open for indexing,
+/// while any number search in it. All operations throw CatalogueError when the file cannot be read or written.
+class Catalogue {
+public:
+    /// A folder's number in the catalogue.
+    using FolderId = std::int64_t;
+
+    /// The layout of the file that this class knows.
+    static constexpr std::int64_t layoutVersion = 1;
+
+    /// Opens the catalogue to change it; makes it, and the folder it is in, when it is not there. Waits while another
+    /// process has it open so, after having called `onWaiting` once. A catalogue of an older layout is emptied but for
+    /// its roots: it holds nothing that cannot be read again. A file that is damaged, of a newer layout or no catalogue
+    /// at all throws CatalogueError and is left alone; a folder or lock that cannot be had throws std::system_error.
+    [[nodiscard]] static Catalogue openForIndexing(
+        const std::filesystem::path& file, const std::function<void()>& onWaiting = [] {});
+    /// Opens a catalogue that is there, to search in it. Throws CatalogueError as above, and for an older layout.
+    [[nodiscard]] static Catalogue openForSearching(const std::filesystem::path& file);
+    ~Catalogue();
+    Catalogue(Catalogue&&) noexcept;
+    Catalogue& operator=(Catalogue&&) noexcept;
+
+    /// The folders (or single files) that were asked for in runs so far, and so are kept up to date.
+    [[nodiscard]] std::vector<std::filesystem::path> roots() const;
+    void addRoot(const std::filesystem::path& root);
+    void removeRoot(const std::filesystem::path& root);
+
+    /// The folder's number; nothing when it is not in the catalogue.
+    [[nodiscard]] std::optional<FolderId> findFolder(const std::filesystem::path& folder);
+    /// The same, after having put it into the catalogue where it was not. `words` is what searched words are looked for
+    /// in.
+    FolderId putFolder(const std::filesystem::path& folder, std::string_view words);
+
+    /// The designs of a folder by name, without those of its subfolders.
+    [[nodiscard]] std::map<std::string, KnownDesign> designsIn(FolderId folder);
+    /// Puts a design in, in place of what was known of it.
+    void putDesign(FolderId folder, const std::string& name, const DesignStamp& stamp, const DesignContent& content);
+    void removeDesign(FolderId folder, const std::string& name);
+
+    /// Tells whether a folder stays.
+    using IsKept = std::function<bool(FolderId, const std::filesystem::path&)>;
+    /// Removes the folder `top` and those below it with their designs, but for the folders that are to be kept. The
+    /// number of designs removed.
+    std::int64_t removeFolders(const std::filesystem::path& top, const IsKept& isKept);
+
+    /// Forgets the folders that hold no design any more.
+    void removeEmptyFolders();
+
+    /// Ends the batch when it is full or has been open for long.
+    void commitIfDue();
+    /// Ends the batch.
+    void commit();
+
+    [[nodiscard]] std::vector<FoundDesign> search(const SearchRequest& request) const;
+
+private:
+    struct State;
+    explicit Catalogue(std::unique_ptr<State> state) noexcept;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace velamo

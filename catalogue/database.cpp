@@ -1,0 +1,131 @@
+#include "catalogue/database.h"
+
+#include <sqlite3.h>
+
+namespace velamo {
+namespace {
+
+constexpr int waitInMilliseconds = 10'000;  // for another process to finish its transaction
+
+[[noreturn]] void throwFailure(sqlite3* database, int result) {
+    constexpr int primaryCode = 0xFF;
+    const char* text = database != nullptr ? ::sqlite3_errmsg(database) : ::sqlite3_errstr(result);
+    throw CatalogueError(result & primaryCode, text);
+}
+
+sqlite3_uint64 lengthOf(std::string_view bytes) noexcept {
+    return bytes.size();
+}
+
+/// A null pointer would be bound as nothing.
+const char* startOf(std::string_view bytes) noexcept {
+    return bytes.empty() ? "" : bytes.data();
+}
+
+}  // namespace
+
+void Statement::Finalizer::operator()(sqlite3_stmt* statement) const noexcept {
+    ::sqlite3_finalize(statement);
+}
+
+Statement::Statement(sqlite3* database, std::string_view sql) {
+    sqlite3_stmt* statement = nullptr;
+    const int result = ::sqlite3_prepare_v2(database, sql.data(), static_cast<int>(sql.size()), &statement, nullptr);
+    if (result != SQLITE_OK) throwFailure(database, result);
+    statement_.reset(statement);
+}
+
+void Statement::check(int result) const {
+    if (result != SQLITE_OK) throwFailure(::sqlite3_db_handle(statement_.get()), result);
+}
+
+Statement& Statement::bind(int parameter, std::int64_t value) {
+    check(::sqlite3_bind_int64(statement_.get(), parameter, value));
+    return *this;
+}
+
+Statement& Statement::bind(int parameter, double value) {
+    check(::sqlite3_bind_double(statement_.get(), parameter, value));
+    return *this;
+}
+
+Statement& Statement::bindText(int parameter, std::string_view text) {
+    check(::sqlite3_bind_text64(statement_.get(), parameter, startOf(text), lengthOf(text), SQLITE_TRANSIENT,
+                                SQLITE_UTF8));
+    return *this;
+}
+
+Statement& Statement::bindBytes(int parameter, std::string_view bytes) {
+    check(::sqlite3_bind_blob64(statement_.get(), parameter, startOf(bytes), lengthOf(bytes), SQLITE_TRANSIENT));
+    return *this;
+}
+
+Statement& Statement::bindNothing(int parameter) {
+    check(::sqlite3_bind_null(statement_.get(), parameter));
+    return *this;
+}
+
+bool Statement::next() {
+    const int result = ::sqlite3_step(statement_.get());
+    if (result == SQLITE_ROW) return true;
+    const int afterwards = ::sqlite3_reset(statement_.get());
+    if (result != SQLITE_DONE) throwFailure(::sqlite3_db_handle(statement_.get()), afterwards);
+    return false;
+}
+
+void Statement::run() {
+    while (next()) {
+    }
+}
+
+void Statement::reset() noexcept {
+    ::sqlite3_reset(statement_.get());
+}
+
+bool Statement::isNothing(int column) const noexcept {
+    return ::sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
+}
+
+std::int64_t Statement::integer(int column) const noexcept {
+    return ::sqlite3_column_int64(statement_.get(), column);
+}
+
+double Statement::real(int column) const noexcept {
+    return ::sqlite3_column_double(statement_.get(), column);
+}
+
+std::string Statement::bytes(int column) const {
+    const auto* start = static_cast<const char*>(::sqlite3_column_blob(statement_.get(), column));
+    const int length = ::sqlite3_column_bytes(statement_.get(), column);
+    return start == nullptr ? std::string() : std::string(start, static_cast<std::size_t>(length));
+}
+
+void Database::Closer::operator()(sqlite3* database) const noexcept {
+    ::sqlite3_close_v2(database);
+}
+
+Database::Database(const std::filesystem::path& file, Opening opening) {
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
+                      (opening == Opening::existingOrNew ? SQLITE_OPEN_CREATE : 0);
+    sqlite3* database = nullptr;
+    const int result = ::sqlite3_open_v2(file.c_str(), &database, flags, nullptr);
+    database_.reset(database);
+    if (result != SQLITE_OK) throwFailure(database, result);
+    ::sqlite3_busy_timeout(database, waitInMilliseconds);
+}
+
+void Database::run(const char* sql) const {
+    const int result = ::sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr);
+    if (result != SQLITE_OK) throwFailure(database_.get(), result);
+}
+
+std::int64_t Database::number(std::string_view query) const {
+    Statement statement = prepare(query);
+    return statement.next() ? statement.integer(0) : 0;
+}
+
+std::int64_t Database::changedRows() const noexcept {
+    return ::sqlite3_changes64(database_.get());
+}
+
+}  // namespace velamo

@@ -1,0 +1,376 @@
+#include "catalogue/indexer.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <unordered_set>
+
+#include "catalogue/worker_pool.h"
+#include "formats/format.h"
+#include "formats/import.h"
+#include "formats/thread_file.h"
+#include "platform/folder_walk.h"
+
+namespace velamo {
+namespace {
+
+using Path = std::filesystem::path;
+using FolderId = Catalogue::FolderId;
+
+constexpr std::size_t jobsPerReader = 64;
+
+bool hasDesignName(const std::string& name) {
+    return formatWithExtension(extensionOf(name)) != nullptr;
+}
+
+/// Whether `path` is `top` or lies below it.
+bool isWithin(const Path& path, const Path& top) {
+    const std::string& inner = path.native();
+    const std::string& outer = top.native();
+    if (!inner.starts_with(outer)) return false;
+    return inner.size() == outer.size() || outer.ends_with('/') || inner[outer.size()] == '/';
+}
+
+VLMError systemError(int code) {
+    VLMError error;
+    failWithSystemError(code, &error);
+    return error;
+}
+
+VLMError notARegularFile(FileKind kind) {
+    if (kind == FileKind::folder) return systemError(EISDIR);
+    VLMError error = systemError(EINVAL);
+    error.failureReason = "not a regular file";
+    return error;
+}
+
+VLMError errorOf(const DesignFailure& failure) {
+    VLMError error = systemError(failure.code);
+    if (failure.domain == designErrorDomain) error.domain = designErrorDomain;
+    error.failureReason = failure.message;
+    return error;
+}
+
+DesignFailure failureOf(const VLMError& error) {
+    return {.domain = std::string(error.domain), .code = error.code, .message = error.message()};
+}
+
+std::optional<FileStamp> stampOfSideFile(const Path& design) {
+    std::error_code error;
+    const FileState state = stateOfFile(threadFileOf(design), error);
+    if (error || state.kind != FileKind::regular) return std::nullopt;
+    return FileStamp{state.size, state.modified};
+}
+
+/// A design to be read.
+struct Job {
+    FolderId folder;
+    Path file;
+    DesignStamp stamp;
+    bool isKnown;  // is in the catalogue
+};
+struct Result {
+    Job job;
+    ReadOutcome outcome;
+};
+using Readers = WorkerPool<Job, Result>;
+
+ReadOutcome readSafely(const DesignReader& reader, const Path& file) noexcept {
+    VLMError error;
+    ReadOutcome outcome;
+    const bool isDone = operation(&error, [&] {
+        outcome = reader(file);
+        return true;
+    });
+    return isDone ? outcome : ReadOutcome(std::error_code(error.code, std::generic_category()));
+}
+
+std::vector<Readers::Work> worksOf(std::vector<DesignReader> readers) {
+    std::vector<Readers::Work> works;
+    for (DesignReader& reader : readers)
+        works.emplace_back([reader = std::move(reader)](Job&& job) {
+            ReadOutcome outcome = readSafely(reader, job.file);
+            return Result{std::move(job), std::move(outcome)};
+        });
+    return works;
+}
+
+/// What was asked for, by its name in the catalogue.
+struct Root {
+    Path path;
+    FileState state;
+};
+
+/// One run of the indexer.
+class Indexing {
+public:
+    Indexing(Catalogue& catalogue, std::vector<DesignReader> readers, std::int64_t readerNumber,
+             const IndexObserver& observer)
+        : catalogue_(catalogue),
+          observer_(observer),
+          readerNumber_(readerNumber),
+          mostJobs_(readers.size() * jobsPerReader),
+          readers_(worksOf(std::move(readers)), mostJobs_) {}
+
+    IndexSummary run(const std::vector<Path>& named) {
+        takeRoots(named);
+        for (const Root& root : roots_)
+            if (root.state.kind == FileKind::regular && !liesInRootFolder(root.path)) takeSingleFile(root);
+        walkFolders();
+        while (auto result = readers_.take()) record(std::move(*result));
+        removeVanishedFolders();
+        catalogue_.commit();
+        return summary_;
+    }
+
+private:
+    void takeRoots(const std::vector<Path>& named) {
+        const std::vector<Path> asked = named.empty() ? catalogue_.roots() : named;
+        for (const Path& path : asked) takeRoot(path, !named.empty());
+        labelRoots_ = catalogue_.roots();
+    }
+
+    void takeRoot(const Path& given, bool isNamed) {
+        Root root{.path = catalogueName(given), .state = {}};
+        std::error_code error;
+        root.state = stateOfFile(root.path, error);
+        if (error == std::errc::no_such_file_or_directory) {
+            catalogue_.removeRoot(root.path);
+            vanishedRoots_.push_back(root.path);
+            refuseRoot(given, systemError(error.value()), isNamed);
+        } else if (error) {
+            refuseRoot(given, systemError(error.value()), true);
+        } else if (root.state.kind == FileKind::other) {
+            refuseRoot(given, notARegularFile(root.state.kind), true);
+        } else if (root.state.kind == FileKind::regular && !hasDesignName(root.path.filename())) {
+            refuseRoot(given, errorOf(refusalOf(root.path)), true);
+        } else {
+            catalogue_.addRoot(root.path);
+            roots_.push_back(std::move(root));
+        }
+    }
+
+    void refuseRoot(const Path& given, const VLMError& error, bool isFailure) {
+        observer_.problem(given, error);
+        if (isFailure) summary_.isComplete = false;
+    }
+
+    [[nodiscard]] bool liesInRootFolder(const Path& file) const {
+        return std::any_of(roots_.begin(), roots_.end(), [&file](const Root& root) {
+            return root.state.kind == FileKind::folder && isWithin(file, root.path);
+        });
+    }
+
+    void takeSingleFile(const Root& root) {
+        const FolderEntry entry{.name = root.path.filename(), .state = root.state, .error = {}};
+        FolderContent content(*this, root.path.parent_path());
+        content.take(entry);
+    }
+
+    void walkFolders() {
+        FolderWalk walk(hasDesignName);
+        for (const Root& root : roots_)
+            if (root.state.kind == FileKind::folder) walk.enter(root.path);
+        while (const auto listing = walk.next()) {
+            takeListing(*listing, walk.finishedShare());
+            while (auto result = readers_.takeIfDone()) record(std::move(*result));
+        }
+        tellProgress(walk.finishedShare());
+    }
+
+    void takeListing(const FolderListing& listing, double finishedShare) {
+        if (listing.error) noteUnreadFolder(listing);
+        FolderContent content(*this, listing.folder);
+        const double sharePerEntry =
+            listing.share / static_cast<double>(std::max<std::size_t>(listing.entries.size(), 1));
+        for (const FolderEntry& entry : listing.entries) {
+            content.take(entry);
+            finishedShare += sharePerEntry;
+            tellProgress(finishedShare);
+        }
+        if (!listing.error) content.removeRest();
+        tellProgress(finishedShare);
+    }
+
+    void noteUnreadFolder(const FolderListing& listing) {
+        observer_.problem(listing.folder, systemError(listing.error.value()));
+        unreadFolders_.push_back(listing.folder);
+        for (const Root& root : roots_)
+            if (root.path == listing.folder) summary_.isComplete = false;
+    }
+
+    void tellProgress(double finishedShare) {
+        finishedShare_ = std::max(finishedShare_, finishedShare);
+        observer_.progress({.finishedShare = finishedShare_, .files = files_});
+        catalogue_.commitIfDue();
+    }
+
+    /// What a folder holds, compared with what the catalogue has of it.
+    class FolderContent {
+    public:
+        FolderContent(Indexing& indexing, Path folder) : indexing_(indexing), folder_(std::move(folder)) {
+            if (indexing.catalogue_.findFolder(folder_)) rest_ = indexing.catalogue_.designsIn(id());
+        }
+        void take(const FolderEntry& entry) {
+            const auto known = rest_.find(entry.name);
+            const bool isVanished = entry.error == std::errc::no_such_file_or_directory;
+            if (entry.error)
+                skip(entry, systemError(entry.error.value()));
+            else if (entry.state.kind != FileKind::regular)
+                skip(entry, notARegularFile(entry.state.kind));
+            else
+                compare(entry, known == rest_.end() ? nullptr : &known->second);
+            // What may still be there, and is only out of reach today, stays in the catalogue.
+            const bool stays = entry.error ? !isVanished : entry.state.kind == FileKind::regular;
+            if (stays && known != rest_.end()) rest_.erase(known);
+        }
+        /// Removes the designs that were not among the entries.
+        void removeRest() {
+            for (const auto& [name, design] : rest_) indexing_.remove(*id_, name);
+        }
+
+    private:
+        void skip(const FolderEntry& entry, const VLMError& error) {
+            ++indexing_.files_;
+            ++indexing_.summary_.skipped;
+            indexing_.observer_.problem(folder_ / entry.name, error);
+        }
+        void compare(const FolderEntry& entry, const KnownDesign* known) {
+            Path file = folder_ / entry.name;
+            const DesignStamp stamp{.design = {entry.state.size, entry.state.modified},
+                                    .sideFile = stampOfSideFile(file),
+                                    .reader = indexing_.readerNumber_};
+            if (known != nullptr && known->stamp == stamp)
+                indexing_.countUnchanged(*known);
+            else
+                indexing_.submit({id(), std::move(file), stamp, known != nullptr});
+        }
+        /// A folder gets into the catalogue with its first design. Its words change with the indexed folders around it.
+        FolderId id() {
+            if (!id_) {
+                id_ = indexing_.catalogue_.putFolder(folder_, indexing_.wordsOf(folder_));
+                indexing_.visitedFolders_.insert(*id_);
+            }
+            return *id_;
+        }
+
+        Indexing& indexing_;
+        Path folder_;
+        std::optional<FolderId> id_;
+        std::map<std::string, KnownDesign> rest_;
+    };
+
+    /// The part of a folder's path that its owner chose: from the name of the outermost indexed folder on, so that a
+    /// search for "rose" does not find everything that the user rose has.
+    [[nodiscard]] std::string wordsOf(const Path& folder) const {
+        const Path* outermost = nullptr;
+        for (const Path& root : labelRoots_)
+            if (isWithin(folder, root) && (outermost == nullptr || isWithin(*outermost, root))) outermost = &root;
+        if (outermost == nullptr) return folder.filename();
+        return folder.native().substr(outermost->parent_path().native().size());
+    }
+
+    void countUnchanged(const KnownDesign& known) {
+        ++files_;
+        ++summary_.unchanged;
+        if (known.isBroken) ++summary_.broken;
+    }
+
+    void submit(Job job) {
+        while (readers_.isFull()) record(std::move(*readers_.take()));
+        readers_.submit(std::move(job));
+    }
+
+    void record(Result result) {
+        ++files_;
+        if (const auto* reason = std::get_if<std::error_code>(&result.outcome))
+            recordUnreadable(result.job, *reason);
+        else if (const auto* failure = std::get_if<DesignFailure>(&result.outcome))
+            recordBroken(result.job, *failure);
+        else
+            recordContent(result.job, std::get<DesignAttributes>(result.outcome));
+        tellProgress(finishedShare_);
+    }
+
+    void recordContent(const Job& job, const DesignContent& content) {
+        ++(job.isKnown ? summary_.changed : summary_.added);
+        catalogue_.putDesign(job.folder, job.file.filename(), job.stamp, content);
+    }
+
+    void recordBroken(const Job& job, const DesignFailure& failure) {
+        ++summary_.broken;
+        observer_.problem(job.file, errorOf(failure));
+        recordContent(job, failure);
+    }
+
+    void recordUnreadable(const Job& job, std::error_code reason) {
+        if (reason != std::errc::no_such_file_or_directory) {
+            ++summary_.skipped;
+            observer_.problem(job.file, systemError(reason.value()));
+        } else if (job.isKnown) {  // vanished between listing and reading
+            remove(job.folder, job.file.filename());
+        }
+    }
+
+    void remove(FolderId folder, const std::string& name) {
+        ++summary_.removed;
+        catalogue_.removeDesign(folder, name);
+    }
+
+    void removeVanishedFolders() {
+        for (const Path& root : vanishedRoots_) removeSingleFile(root);
+        for (const Path& root : vanishedRoots_) removeUnvisitedFolders(root);
+        for (const Root& root : roots_) removeUnvisitedFolders(root.path);
+        catalogue_.removeEmptyFolders();
+    }
+
+    void removeSingleFile(const Path& file) {
+        const auto folder = catalogue_.findFolder(file.parent_path());
+        if (folder && catalogue_.designsIn(*folder).contains(file.filename())) remove(*folder, file.filename());
+    }
+
+    void removeUnvisitedFolders(const Path& top) {
+        summary_.removed += catalogue_.removeFolders(top, [this](FolderId id, const Path& folder) {
+            return visitedFolders_.contains(id) ||
+                   std::any_of(unreadFolders_.begin(), unreadFolders_.end(),
+                               [&folder](const Path& unread) { return isWithin(folder, unread); });
+        });
+    }
+
+    static DesignFailure refusalOf(const Path& file) {
+        VLMError error;
+        VLMDesign design;
+        static_cast<void>(importDesignFromURLerror(design, file, &error));
+        return failureOf(error);
+    }
+
+    Catalogue& catalogue_;
+    const IndexObserver& observer_;
+    std::int64_t readerNumber_;
+    std::vector<Root> roots_;
+    std::vector<Path> vanishedRoots_;
+    std::vector<Path> labelRoots_;  // all that the catalogue knows
+    std::vector<Path> unreadFolders_;
+    std::unordered_set<FolderId> visitedFolders_;
+    IndexSummary summary_;
+    std::int64_t files_ = 0;
+    double finishedShare_ = 0;
+    std::size_t mostJobs_;
+    Readers readers_;  // last: its threads end before anything else goes
+};
+
+}  // namespace
+
+IndexSummary indexFolders(Catalogue& catalogue, const IndexRequest& request, std::vector<DesignReader> readers,
+                          std::int64_t readerNumber, const IndexObserver& observer) {
+    return Indexing(catalogue, std::move(readers), readerNumber, observer).run(request.folders);
+}
+
+std::filesystem::path catalogueName(const std::filesystem::path& path) {
+    std::error_code error;
+    Path name = std::filesystem::weakly_canonical(path, error);
+    if (error) name = std::filesystem::absolute(path, error).lexically_normal();
+    // The path of a folder that is not there keeps a slash at its end.
+    return name.has_filename() || name == name.root_path() ? name : name.parent_path();
+}
+
+}  // namespace velamo

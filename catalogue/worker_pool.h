@@ -1,0 +1,93 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace velamo {
+
+/// Threads that turn jobs into results, in whatever order they get done. One thread, the owner's, submits and takes; so
+/// that it never waits for itself, it takes results while the pool is full.
+template <class Job, class Result>
+class WorkerPool {
+public:
+    using Work = std::function<Result(Job&&)>;
+
+    /// One thread for each of `works`, which must not throw. At most `capacity` jobs are in the pool, done or not.
+    WorkerPool(std::vector<Work> works, std::size_t capacity) : capacity_(capacity) {
+        for (Work& work : works) threads_.emplace_back([this, work = std::move(work)] { serve(work); });
+    }
+    /// Drops the jobs that no thread has begun.
+    ~WorkerPool() {
+        {
+            const std::lock_guard lock(mutex_);
+            isClosed_ = true;
+        }
+        jobArrived_.notify_all();
+        for (std::thread& thread : threads_) thread.join();
+    }
+    WorkerPool(const WorkerPool&) = delete;
+    WorkerPool& operator=(const WorkerPool&) = delete;
+
+    /// No job may be submitted before a result was taken.
+    [[nodiscard]] bool isFull() const noexcept { return inside_ >= capacity_; }
+    void submit(Job job) {
+        ++inside_;
+        {
+            const std::lock_guard lock(mutex_);
+            jobs_.push_back(std::move(job));
+        }
+        jobArrived_.notify_one();
+    }
+    /// A result, waited for as long as there is a job; nothing when there is none.
+    [[nodiscard]] std::optional<Result> take() {
+        if (inside_ == 0) return std::nullopt;
+        std::unique_lock lock(mutex_);
+        resultArrived_.wait(lock, [this] { return !results_.empty(); });
+        return takeFirst();
+    }
+    /// A result that is there already.
+    [[nodiscard]] std::optional<Result> takeIfDone() {
+        const std::lock_guard lock(mutex_);
+        return results_.empty() ? std::nullopt : takeFirst();
+    }
+
+private:
+    std::optional<Result> takeFirst() {
+        std::optional<Result> result(std::move(results_.front()));
+        results_.pop_front();
+        --inside_;
+        return result;
+    }
+    void serve(const Work& work) {
+        for (std::unique_lock lock(mutex_);;) {
+            jobArrived_.wait(lock, [this] { return isClosed_ || !jobs_.empty(); });
+            if (isClosed_) return;
+            Job job = std::move(jobs_.front());
+            jobs_.pop_front();
+            lock.unlock();
+            Result result = work(std::move(job));
+            lock.lock();
+            results_.push_back(std::move(result));
+            resultArrived_.notify_one();
+        }
+    }
+
+    const std::size_t capacity_;
+    std::size_t inside_ = 0;  // the owner's thread alone knows it
+    std::mutex mutex_;
+    std::condition_variable jobArrived_;
+    std::condition_variable resultArrived_;
+    std::deque<Job> jobs_;
+    std::deque<Result> results_;
+    bool isClosed_ = false;
+    std::vector<std::thread> threads_;
+};
+
+}  // namespace velamo

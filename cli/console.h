@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+#include "model/error.h"
+
+namespace velamo {
+
+/// What the program tells the one who called it.
+enum class ExitStatus : std::uint8_t { success = 0, failure = 1, wrongUsage = 2 };
+
+/// Where a command speaks: results to `out`, problems to `problems`.
+struct Console {
+    std::ostream& out;
+    std::ostream& problems;
+    bool outIsTerminal = false;
+    bool problemsIsTerminal = false;
+
+    /// The text as it may be written to `out`: on a terminal, nothing in it is obeyed.
+    [[nodiscard]] std::string shown(std::string_view text) const;
+};
+
+/// One line: "velamo: FILE: MESSAGE (error CODE)".
+void reportProblem(const Console& console, const std::filesystem::path& file, const VLMError& error);
+void reportProblem(const Console& console, std::string_view file, std::string_view message, int code);
+
+/// One line: "velamo: MESSAGE".
+void reportWrongUsage(const Console& console, std::string_view message);
+
+/// "1 design", "2 designs".
+[[nodiscard]] std::string counted(std::int64_t count, std::string_view thing);
+
+}  // namespace velamo

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "cli/json.h"
+#include "model/design.h"
+
+namespace velamo {
+
+/// {"domain", "code", "message"}
+[[nodiscard]] Json errorJson(const VLMError& error);
+
+/// The figures that are derived from a design.
+[[nodiscard]] Json statisticsJson(const VLMDesign& design);
+
+/// Writes the whole design as a JSON object, one member a line. `error`: why its import failed, or null. Stitches are
+/// written one by one, so that a large design takes no memory beside its own.
+void writeDesignJson(std::ostream& out, const VLMDesign& design, const VLMError* error);
+
+}  // namespace velamo

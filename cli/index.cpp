@@ -1,0 +1,108 @@
+#include "cli/index.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <memory>
+#include <ostream>
+#include <thread>
+
+#include "cli/catalogue_file.h"
+#include "cli/commands.h"
+#include "cli/progress_bar.h"
+
+namespace velamo {
+namespace {
+
+constexpr std::size_t mostJobs = 1024;
+
+ExitStatus reportNoFolder(const Console& console) {
+    reportWrongUsage(console, "no folder has been indexed yet: name one, as in 'velamo index ~/Designs'");
+    return ExitStatus::wrongUsage;
+}
+
+ExitStatus reportNoModule(const Console& console, const std::string& reason) {
+    console.problems << "velamo: the importer plug-in cannot be loaded: " << reason << '\n';
+    return ExitStatus::failure;
+}
+
+Catalogue openCatalogue(const IndexOptions& options, const Console& console) {
+    return Catalogue::openForIndexing(options.catalogue, [&console] {
+        if (console.problemsIsTerminal) console.problems << "velamo: waiting for another run\n" << std::flush;
+    });
+}
+
+ExitStatus runIndexer(Catalogue& catalogue, const IndexOptions& options, const Console& console) {
+    const auto module = PluginHost::findModule();
+    if (module.empty()) return reportNoModule(console, "it is not there; $VELAMO_IMPORTER may name it");
+    std::vector<DesignReader> readers;
+    try {
+        readers = pluginReaders(module, options.jobs);
+    } catch (const std::runtime_error& error) {
+        return reportNoModule(console, error.what());
+    }
+    const auto start = std::chrono::steady_clock::now();
+    ProgressBar bar(console.problems, console.problemsIsTerminal);
+    const IndexObserver observer{
+        .problem =
+            [&](const std::filesystem::path& file, const VLMError& error) {
+                bar.hide();
+                reportProblem(console, file, error);
+            },
+        .progress = [&bar](const IndexProgress& progress) { bar.show(progress.finishedShare, progress.files); }};
+    const auto summary = indexFolders(catalogue, {options.folders}, std::move(readers), readerNumber(module), observer);
+    bar.hide();
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    console.out << summaryText(summary, seconds.count()) << '\n';
+    return summary.isComplete ? ExitStatus::success : ExitStatus::failure;
+}
+
+}  // namespace
+
+std::string summaryText(const IndexSummary& summary, double seconds) {
+    const auto count = [](std::int64_t number, const char* what) { return std::to_string(number) + what; };
+    const auto tenths = std::llround(seconds * 10);
+    return counted(summary.designs(), "design") + ": " + count(summary.added, " new, ") +
+           count(summary.changed, " changed, ") + count(summary.unchanged, " unchanged; ") +
+           count(summary.removed, " removed, ") + count(summary.broken, " broken, ") +
+           count(summary.skipped, " skipped; ") + std::to_string(tenths / 10) + '.' + std::to_string(tenths % 10) +
+           " s";
+}
+
+ExitStatus index(const IndexOptions& options, const Console& console) {
+    return withCatalogue(options.catalogue, console, [&] {
+        // Asking for nothing must not leave an empty catalogue behind.
+        if (options.folders.empty() && !std::filesystem::exists(options.catalogue)) return reportNoFolder(console);
+        Catalogue catalogue = openCatalogue(options, console);
+        if (options.folders.empty() && catalogue.roots().empty()) return reportNoFolder(console);
+        return runIndexer(catalogue, options, console);
+    });
+}
+
+void describeIndex(CLI::App& program, Action& chosen) {
+    struct Options {
+        std::vector<std::string> folders;
+        std::string catalogue = catalogueOfUser();
+        std::size_t jobs = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, mostJobs);
+    };
+    auto* command = program.add_subcommand("index", "Bring the catalogue of designs up to date");
+    const auto options = std::make_shared<Options>();
+    command->add_option("FOLDER", options->folders,
+                        "Folders to index with all that lies below them, or single designs; without any, those of "
+                        "earlier runs are brought up to date");
+    command->add_option("--jobs", options->jobs, "How many files to read at a time")
+        ->check(CLI::Range(std::size_t{1}, mostJobs))
+        ->capture_default_str();
+    command->add_option("--catalogue", options->catalogue, "The catalogue's file")->capture_default_str();
+    command->callback([&chosen, options] {
+        chosen = [options](const Console& console) {
+            return index({.folders = {options->folders.begin(), options->folders.end()},
+                          .catalogue = options->catalogue,
+                          .jobs = options->jobs},
+                         console);
+        };
+    });
+}
+
+}  // namespace velamo

@@ -1,0 +1,85 @@
+#include "cli/info.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <ostream>
+
+#include "cli/commands.h"
+#include "cli/design_json.h"
+#include "formats/import.h"
+
+namespace velamo {
+namespace {
+
+Json infoJson(const std::string& file, const VLMDesign& design) {
+    const auto millimetres = [](std::int32_t tenths) { return static_cast<float>(tenths) / 10.0F; };
+    return {{"file", file},
+            {"width", jsonNumber(millimetres(design.designWidth()))},
+            {"height", jsonNumber(millimetres(design.designHeight()))},
+            {"stitches", design.numberOfStitches()},
+            {"colors", design.numberOfDifferentColors()},
+            {"statistics", statisticsJson(design)}};
+}
+
+/// Imports each file and hands it on; a problem is reported, and handed on as well.
+template <class OnDesign, class OnProblem>
+ExitStatus readEach(std::span<const std::string> files, const Console& console, OnDesign onDesign,
+                    OnProblem onProblem) {
+    auto status = ExitStatus::success;
+    for (const std::string& file : files) {
+        VLMDesign design;
+        VLMError error;
+        if (importDesignFromURLerror(design, file, &error)) {
+            onDesign(file, design);
+            continue;
+        }
+        reportProblem(console, file, error);
+        onProblem(file, error);
+        status = ExitStatus::failure;
+    }
+    return status;
+}
+
+}  // namespace
+
+ExitStatus info(std::span<const std::string> files, const Console& console) {
+    const char* separator = "";
+    const auto describe = [&](const std::string&, VLMDesign& design) {
+        if (design.designName()) design.setDesignName(console.shown(*design.designName()));
+        console.out << separator << design.description() << '\n';
+        separator = "\n";
+    };
+    return readEach(files, console, describe, [](const std::string&, const VLMError&) {});
+}
+
+ExitStatus infoAsJson(std::span<const std::string> files, const Console& console) {
+    Json list = Json::array();
+    const auto status = readEach(
+        files, console,
+        [&list](const std::string& file, const VLMDesign& design) { list.push_back(infoJson(file, design)); },
+        [&list](const std::string& file, const VLMError& error) {
+            list.push_back({{"file", file}, {"error", errorJson(error)}});
+        });
+    console.out << listTextOf(list);
+    return status;
+}
+
+void describeInfo(CLI::App& program, Action& chosen) {
+    struct Options {
+        std::vector<std::string> files;
+        bool isJson = false;
+    };
+    auto* command = program.add_subcommand("info", "Describe designs");
+    const auto options = std::make_shared<Options>();
+    command->add_option("FILE", options->files, "The designs")->required();
+    command->add_flag("--json", options->isJson,
+                      "Print a JSON list with an object for each file: width and height (mm), stitches, colors and "
+                      "all statistics, or the error");
+    command->callback([&chosen, options] {
+        chosen = [options](const Console& console) {
+            return options->isJson ? infoAsJson(options->files, console) : info(options->files, console);
+        };
+    });
+}
+
+}  // namespace velamo

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <filesystem>
+#include <span>
+#include <string>
+
+#include "cli/console.h"
+
+namespace velamo {
+
+/// Describes each design in a few lines for a person, with an empty line between two.
+[[nodiscard]] ExitStatus info(std::span<const std::string> files, const Console& console);
+
+/// A JSON list with an object for each file, in their order: "file", "width" and "height" in millimetres, "stitches"
+/// and "colors" as the indexer stores them, and "statistics"; or "file" and "error".
+[[nodiscard]] ExitStatus infoAsJson(std::span<const std::string> files, const Console& console);
+
+}  // namespace velamo

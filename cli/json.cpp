@@ -1,0 +1,60 @@
+#include "cli/json.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+
+namespace velamo {
+namespace {
+
+Json nonFinite(double number) {
+    if (std::isnan(number)) return "nan";
+    return number < 0 ? "-inf" : "inf";
+}
+
+/// 0.1F as 0.1, where widening alone would give 0.10000000149011612.
+double shortestDouble(float number) {
+    std::array<char, 32> digits{};
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    double shortest = 0;
+    std::from_chars(digits.data(), written.ptr, shortest);
+    return static_cast<float>(shortest) == number ? shortest : double{number};
+}
+
+}  // namespace
+
+Json jsonNumber(float number) {
+    return std::isfinite(number) ? Json(shortestDouble(number)) : nonFinite(double{number});
+}
+
+Json jsonNumber(double number) {
+    return std::isfinite(number) ? Json(number) : nonFinite(number);
+}
+
+Json jsonCount(float count) {
+    constexpr float everyIntegerBelow = 9.0e18F;
+    const bool isWhole = std::trunc(count) == count && std::abs(count) < everyIntegerBelow;
+    return isWhole ? Json(static_cast<std::int64_t>(count)) : jsonNumber(count);
+}
+
+Json jsonText(const Text& text) {
+    return text ? Json(*text) : Json();
+}
+
+std::string textOf(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string listTextOf(const Json& list) {
+    if (list.empty()) return "[]\n";
+    std::string text = "[";
+    const char* separator = "\n";
+    for (const Json& element : list) {
+        text.append(separator).append("  ").append(textOf(element));
+        separator = ",\n";
+    }
+    return text + "\n]\n";
+}
+
+}  // namespace velamo

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "platform/text.h"
+
+namespace velamo {
+
+/// JSON whose members stay in the order in which they were put.
+using Json = nlohmann::ordered_json;
+
+/// The number with the fewest digits that give back the same float or double; "inf", "-inf" and "nan" are texts, as
+/// JSON has no such numbers.
+[[nodiscard]] Json jsonNumber(float number);
+[[nodiscard]] Json jsonNumber(double number);
+/// A count that is kept as a float: without a decimal point where it is whole.
+[[nodiscard]] Json jsonCount(float count);
+/// An absent text is null.
+[[nodiscard]] Json jsonText(const Text& text);
+
+/// The value on one line. Bytes that are no UTF-8 become U+FFFD.
+[[nodiscard]] std::string textOf(const Json& json);
+/// The elements of a list, each on a line of its own.
+[[nodiscard]] std::string listTextOf(const Json& list);
+
+}  // namespace velamo

@@ -1,0 +1,14 @@
+#include <iostream>
+
+#include "cli/command_line.h"
+#include "platform/terminal.h"
+
+int main(int argumentCount, char** arguments) {
+    std::ios::sync_with_stdio(false);
+    velamo::adoptUserLanguage();
+    const velamo::Console console{.out = std::cout,
+                                  .problems = std::cerr,
+                                  .outIsTerminal = isTerminal(velamo::StandardStream::output),
+                                  .problemsIsTerminal = isTerminal(velamo::StandardStream::error)};
+    return velamo::runCommandLine({arguments + 1, arguments + argumentCount}, console);
+}

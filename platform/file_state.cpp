@@ -1,0 +1,42 @@
+#include "platform/file_state.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/system_state.h"
+
+namespace velamo {
+
+FileState stateFromSystem(const struct stat& status) noexcept {
+    constexpr std::int64_t nanosecondsInSecond = 1'000'000'000;
+#ifdef __APPLE__
+    const timespec& modified = status.st_mtimespec;
+#else
+    const timespec& modified = status.st_mtim;
+#endif
+    return {.kind = S_ISREG(status.st_mode)   ? FileKind::regular
+                    : S_ISDIR(status.st_mode) ? FileKind::folder
+                                              : FileKind::other,
+            .size = status.st_size,
+            .modified = std::int64_t{modified.tv_sec} * nanosecondsInSecond + modified.tv_nsec};
+}
+
+FileState stateOfFile(const std::filesystem::path& path, std::error_code& error) noexcept {
+    struct stat status = {};
+    error.clear();
+    if (::stat(path.c_str(), &status) == 0) return stateFromSystem(status);
+    error.assign(errno, std::generic_category());
+    return {};
+}
+
+std::error_code reasonAgainstReading(const std::filesystem::path& path) noexcept {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0) return {errno, std::generic_category()};
+    ::close(descriptor);
+    return {};
+}
+
+}  // namespace velamo

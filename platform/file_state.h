@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+
+namespace velamo {
+
+/// What a path leads to. `other`: a pipe, a socket or a device.
+enum class FileKind : std::uint8_t { regular, folder, other };
+
+/// What the system tells of a file without opening it.
+struct FileState {
+    FileKind kind = FileKind::other;
+    std::int64_t size = 0;      // bytes
+    std::int64_t modified = 0;  // nanoseconds since the start of 1970
+    friend bool operator==(const FileState&, const FileState&) = default;
+};
+
+/// The state of what `path` leads to, links followed. `error` is cleared on success, else holds the system's reason.
+[[nodiscard]] FileState stateOfFile(const std::filesystem::path& path, std::error_code& error) noexcept;
+
+/// Why the file cannot be opened for reading; no error when it can. Never waits, not even for a pipe's other end.
+[[nodiscard]] std::error_code reasonAgainstReading(const std::filesystem::path& path) noexcept;
+
+}  // namespace velamo

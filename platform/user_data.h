@@ -1,0 +1,13 @@
+#pragma once
+
+#include <filesystem>
+
+#include "platform/user.h"
+
+namespace velamo {
+
+/// The folder for data that programs keep for the user: $XDG_DATA_HOME where that is an absolute path, else
+/// "~/.local/share". Empty when there is no home folder either.
+[[nodiscard]] std::filesystem::path userDataFolder(const Environment& environment = processEnvironment);
+
+}  // namespace velamo

@@ -1,0 +1,223 @@
+#include "catalogue/catalogue.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "tests/catalogue/support.h"
+
+namespace velamo {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+const DesignStamp stamp{.design = {100, 5}, .sideFile = FileStamp{7, 8}, .reader = 3};
+const DesignAttributes attributes{
+    .widthInMillimetres = 123.4F, .heightInMillimetres = 50, .stitches = 1000, .colors = 4};
+const DesignFailure failure{"de.velamo.vlmdesign.ErrorDomain", 123, "too short"};
+
+class CatalogueFile : public testing::Test {
+protected:
+    [[nodiscard]] std::string refusalToIndex() const {
+        try {
+            static_cast<void>(Catalogue::openForIndexing(file_));
+        } catch (const CatalogueError& error) {
+            return error.what();
+        }
+        return "";
+    }
+    [[nodiscard]] std::string refusalToSearch() const {
+        try {
+            static_cast<void>(Catalogue::openForSearching(file_));
+        } catch (const CatalogueError& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    test::TemporaryFolder folder_;
+    std::filesystem::path file_ = folder_.path() / "deep" / "catalogue.sqlite";
+};
+
+TEST_F(CatalogueFile, IsMadeWithItsFolderAndLayout) {
+    { const auto catalogue = Catalogue::openForIndexing(file_); }
+    EXPECT_EQ(test::runSql(file_, "PRAGMA user_version"), "1");
+    EXPECT_EQ(test::runSql(file_, "PRAGMA application_id"), "1447841091");
+    EXPECT_EQ(test::runSql(file_, "PRAGMA journal_mode"), "wal");
+    EXPECT_THAT(test::pathsFound(Catalogue::openForSearching(file_)), IsEmpty());
+}
+
+TEST_F(CatalogueFile, KeepsWhatWasPutIn) {
+    {
+        auto catalogue = Catalogue::openForIndexing(file_);
+        const auto folder = catalogue.putFolder("/a", "a");
+        catalogue.putDesign(folder, "rose.dst", stamp, attributes);
+        catalogue.putDesign(folder, "torn.dst", {.design = {3, 4}, .sideFile = {}, .reader = 3}, failure);
+        catalogue.addRoot("/a");
+        catalogue.commit();
+    }
+    auto catalogue = Catalogue::openForIndexing(file_);
+    EXPECT_THAT(catalogue.roots(), ElementsAre("/a"));
+    const auto folder = catalogue.findFolder("/a");
+    ASSERT_TRUE(folder.has_value());
+    const auto designs = catalogue.designsIn(*folder);
+    ASSERT_EQ(designs.size(), 2U);
+    EXPECT_EQ(designs.at("rose.dst").stamp, stamp);
+    EXPECT_FALSE(designs.at("rose.dst").isBroken);
+    EXPECT_EQ(designs.at("torn.dst").stamp.sideFile, std::nullopt);
+    EXPECT_TRUE(designs.at("torn.dst").isBroken);
+
+    const auto found = catalogue.search({});
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].file, "/a/rose.dst");
+    EXPECT_EQ(found[0].attributes, attributes);
+    EXPECT_EQ(found[0].modified, 5);
+    const auto broken = catalogue.search({.isBroken = true});
+    ASSERT_EQ(broken.size(), 1U);
+    EXPECT_EQ(broken[0].file, "/a/torn.dst");
+    EXPECT_EQ(broken[0].failure, failure);
+}
+
+TEST_F(CatalogueFile, ReplacesWhatWasKnown) {
+    auto catalogue = Catalogue::openForIndexing(file_);
+    const auto folder = catalogue.putFolder("/a", "a");
+    catalogue.putDesign(folder, "rose.dst", stamp, failure);
+    catalogue.putDesign(folder, "rose.dst", stamp, attributes);
+    EXPECT_EQ(catalogue.search({}).size(), 1U);
+    EXPECT_THAT(catalogue.search({.isBroken = true}), IsEmpty());
+    catalogue.removeDesign(folder, "rose.dst");
+    EXPECT_THAT(catalogue.search({}), IsEmpty());
+}
+
+TEST_F(CatalogueFile, UndoesWhatWasNotCommitted) {
+    {
+        auto catalogue = Catalogue::openForIndexing(file_);
+        catalogue.putDesign(catalogue.putFolder("/a", "a"), "rose.dst", stamp, attributes);
+    }
+    EXPECT_THAT(Catalogue::openForSearching(file_).search({}), IsEmpty());
+}
+
+TEST_F(CatalogueFile, CommitsAFullBatchByItself) {
+    {
+        auto catalogue = Catalogue::openForIndexing(file_);
+        const auto folder = catalogue.putFolder("/a", "a");
+        for (int i = 0; i < 600; ++i) catalogue.putDesign(folder, std::to_string(i) + ".dst", stamp, attributes);
+    }
+    EXPECT_EQ(Catalogue::openForSearching(file_).search({}).size(), 499U);  // the folder is the batch's first change
+}
+
+TEST_F(CatalogueFile, RemovesFoldersAtAndBelowAPath) {
+    auto catalogue = Catalogue::openForIndexing(file_);
+    for (const char* path : {"/a", "/a/b", "/a/b/c", "/a-b", "/ab", "/a0"})
+        catalogue.putDesign(catalogue.putFolder(path, path), "x.dst", stamp, attributes);
+    const auto kept = *catalogue.findFolder("/a/b");
+    EXPECT_EQ(catalogue.removeFolders(
+                  "/a", [kept](Catalogue::FolderId id, const std::filesystem::path&) { return id == kept; }),
+              2);
+    EXPECT_THAT(test::pathsFound(catalogue),
+                UnorderedElementsAre("/a/b/x.dst", "/a-b/x.dst", "/ab/x.dst", "/a0/x.dst"));
+}
+
+TEST_F(CatalogueFile, ForgetsEmptyFolders) {
+    auto catalogue = Catalogue::openForIndexing(file_);
+    catalogue.putFolder("/empty", "empty");
+    catalogue.putDesign(catalogue.putFolder("/a", "a"), "x.dst", stamp, attributes);
+    catalogue.removeEmptyFolders();
+    EXPECT_EQ(catalogue.findFolder("/empty"), std::nullopt);
+    EXPECT_NE(catalogue.findFolder("/a"), std::nullopt);
+}
+
+TEST_F(CatalogueFile, OfANewerLayoutIsRefusedAndLeftAlone) {
+    { const auto catalogue = Catalogue::openForIndexing(file_); }
+    test::runSql(file_, "PRAGMA user_version = 2; CREATE TABLE future (x); PRAGMA wal_checkpoint(TRUNCATE)");
+    const auto before = test::TemporaryFolder::read(file_);
+    EXPECT_THAT(refusalToIndex(), HasSubstr("newer version of velamo (layout 2, this one knows 1)"));
+    EXPECT_THAT(refusalToSearch(), HasSubstr("newer version of velamo"));
+    EXPECT_EQ(test::TemporaryFolder::read(file_), before);
+}
+
+TEST_F(CatalogueFile, OfAnOlderLayoutKeepsItsRootsAlone) {
+    std::filesystem::create_directories(file_.parent_path());
+    test::runSql(file_,
+                 "PRAGMA application_id = 1447841091; PRAGMA user_version = 0;"
+                 "CREATE TABLE roots (path BLOB PRIMARY KEY) WITHOUT ROWID; INSERT INTO roots VALUES (x'2F61');"
+                 "CREATE TABLE designs (whatever); INSERT INTO designs VALUES (1);");
+    EXPECT_THAT(refusalToSearch(), HasSubstr("run 'velamo index'"));
+    const auto catalogue = Catalogue::openForIndexing(file_);
+    EXPECT_THAT(catalogue.roots(), ElementsAre("/a"));
+    EXPECT_THAT(catalogue.search({}), IsEmpty());
+}
+
+TEST_F(CatalogueFile, OfAnotherProgramIsRefusedAndLeftAlone) {
+    std::filesystem::create_directories(file_.parent_path());
+    test::runSql(file_, "CREATE TABLE letters (text); INSERT INTO letters VALUES ('dear')");
+    const auto before = test::TemporaryFolder::read(file_);
+    EXPECT_THAT(refusalToIndex(), HasSubstr("not a catalogue"));
+    EXPECT_THAT(refusalToSearch(), HasSubstr("not a catalogue"));
+    EXPECT_EQ(test::TemporaryFolder::read(file_), before);
+}
+
+TEST_F(CatalogueFile, ThatIsNoDatabaseIsRefusedAndLeftAlone) {
+    const std::string text(5000, 'x');
+    folder_.write("deep/catalogue.sqlite", text);
+    EXPECT_THAT(refusalToIndex(), HasSubstr("not a database"));
+    EXPECT_THAT(refusalToSearch(), HasSubstr("not a database"));
+    EXPECT_EQ(test::TemporaryFolder::read(file_), text);
+}
+
+TEST_F(CatalogueFile, ThatIsDamagedIsRefused) {
+    {
+        auto catalogue = Catalogue::openForIndexing(file_);
+        const auto folder = catalogue.putFolder("/a", "a");
+        for (int i = 0; i < 400; ++i) catalogue.putDesign(folder, std::to_string(i) + ".dst", stamp, attributes);
+        catalogue.commit();
+    }
+    auto bytes = test::TemporaryFolder::read(file_);
+    ASSERT_GT(bytes.size(), 20'000U);
+    std::fill(bytes.begin() + 100, bytes.end(), '\xA5');  // the head stays, so that it is still taken for ours
+    folder_.write("deep/catalogue.sqlite", bytes);
+    EXPECT_THROW(static_cast<void>(Catalogue::openForSearching(file_).search({})), CatalogueError);
+    EXPECT_THAT(refusalToIndex(), HasSubstr("malformed"));
+    EXPECT_EQ(test::TemporaryFolder::read(file_), bytes);
+}
+
+TEST_F(CatalogueFile, ThatIsEmptyBecomesACatalogue) {
+    folder_.write("deep/catalogue.sqlite", std::string());
+    EXPECT_EQ(refusalToIndex(), "");
+    EXPECT_EQ(refusalToSearch(), "");
+}
+
+TEST_F(CatalogueFile, ThatIsNotThereCannotBeSearched) {
+    EXPECT_THAT(refusalToSearch(), HasSubstr("velamo index FOLDER"));
+    EXPECT_FALSE(std::filesystem::exists(file_));
+}
+
+TEST_F(CatalogueFile, MayBeNoFolderOrPipe) {
+    std::filesystem::create_directories(file_);
+    EXPECT_THAT(refusalToIndex(), HasSubstr("not a regular file"));
+    EXPECT_THAT(refusalToSearch(), HasSubstr("not a regular file"));
+    std::filesystem::remove(file_);
+    ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
+    EXPECT_THAT(refusalToIndex(), HasSubstr("not a regular file"));
+    EXPECT_THAT(refusalToSearch(), HasSubstr("not a regular file"));
+}
+
+TEST_F(CatalogueFile, InAFolderThatCannotBeMadeIsASystemError) {
+    folder_.write("deep", std::string("a file stands where the folder should be"));
+    EXPECT_THROW(static_cast<void>(Catalogue::openForIndexing(file_)), std::system_error);
+}
+
+TEST_F(CatalogueFile, IsSearchedWhileItIsIndexed) {
+    auto indexing = Catalogue::openForIndexing(file_);
+    const auto folder = indexing.putFolder("/a", "a");
+    indexing.putDesign(folder, "rose.dst", stamp, attributes);
+    indexing.commit();
+    indexing.putDesign(folder, "lily.dst", stamp, attributes);
+    EXPECT_THAT(test::pathsFound(Catalogue::openForSearching(file_)), ElementsAre("/a/rose.dst"));
+}
+
+}  // namespace
+}  // namespace velamo

@@ -1,0 +1,57 @@
+// Designs are read through the importer plug-in.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "tests/catalogue/support.h"
+#include "tests/support/other_user.h"
+
+namespace velamo {
+namespace {
+
+class PluginReader : public testing::Test {
+protected:
+    test::TemporaryFolder folder_;
+    std::vector<DesignReader> readers_ = pluginReaders(PluginHost::findModule(), 2);
+};
+
+TEST_F(PluginReader, GivesTheAttributes) {
+    const auto file = folder_.write("rose.dst", test::soundDst(11));
+    for (const DesignReader& reader : readers_)
+        EXPECT_EQ(std::get<DesignAttributes>(reader(file)), (DesignAttributes{10.0F, 0.0F, 11.0F, 1.0F}));
+}
+
+TEST_F(PluginReader, GivesTheReasonOfARefusal) {
+    const auto file = folder_.write("torn.dst", test::brokenDst);
+    EXPECT_EQ(std::get<DesignFailure>(readers_[0](file)),
+              (DesignFailure{"de.velamo.vlmdesign.ErrorDomain", 123, "Unable to import DST file (missing header)."}));
+}
+
+TEST_F(PluginReader, TellsWhatIsNotThereFromWhatIsBroken) {
+    EXPECT_EQ(std::get<std::error_code>(readers_[0](folder_.path() / "nowhere.dst")).value(), ENOENT);
+}
+
+TEST_F(PluginReader, FillsACatalogue) {
+    folder_.write("designs/rose.dst", test::soundDst(11));
+    folder_.write("designs/torn.dst", test::brokenDst);
+    auto catalogue = Catalogue::openForIndexing(folder_.path() / "catalogue.sqlite");
+    test::Told told;
+    EXPECT_EQ(indexFolders(catalogue, {{folder_.path() / "designs"}}, readers_, 1, told.observer()),
+              (IndexSummary{.added = 2, .broken = 1}));
+}
+
+TEST(ReaderNumber, ChangesWithTheModule) {
+    const test::TemporaryFolder folder;
+    const auto module = folder.write("importer", std::string("one"));
+    const auto before = readerNumber(module);
+    EXPECT_EQ(readerNumber(module), before);
+    folder.write("importer", std::string("another"));
+    EXPECT_NE(readerNumber(module), before);
+}
+
+TEST(PluginReaders, OfNoModuleAreARuntimeError) {
+    EXPECT_THROW(static_cast<void>(pluginReaders("/nowhere", 1)), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace velamo

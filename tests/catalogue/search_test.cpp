@@ -1,0 +1,126 @@
+#include "catalogue/search.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/catalogue/support.h"
+
+namespace velamo {
+namespace {
+
+struct Known {
+    const char* folder;
+    const char* name;
+    float width;
+    float height;
+    float stitches;
+    float colors;
+    std::int64_t modified;
+};
+const std::vector<Known> known{
+    {"/home/rose/Designs", "Lily.dst", 50, 60, 1000, 2, 30},
+    {"/home/rose/Designs/Flowers", "rose.dst", 123.4F, 40, 2000, 4, 10},
+    {"/home/rose/Designs/Flowers", "Ähre.dst", 100, 10.1F, 500, 1, 20},
+    {"/home/rose/Designs/Flowers 2", "50%_off.dst", 99.9F, 10, 16'777'216, 12, 40},
+    {"/home/rose/Designs/a_b", "x.dst", 0.5F, 0, 0, 1, 50},
+};
+
+class Search : public testing::Test {
+protected:
+    Search() {
+        for (const Known& design : known) {
+            const std::filesystem::path folder = design.folder;
+            const auto words = std::filesystem::relative(folder, "/home/rose").native();
+            catalogue_.putDesign(catalogue_.putFolder(folder, words), design.name,
+                                 {.design = {1, design.modified}, .sideFile = {}, .reader = 0},
+                                 DesignAttributes{design.width, design.height, design.stitches, design.colors});
+        }
+        catalogue_.putDesign(catalogue_.putFolder("/home/rose/Designs/Torn", "Designs/Torn"), "torn.dst", {},
+                             DesignFailure{"domain", 123, "too short"});
+    }
+    [[nodiscard]] std::vector<std::string> names(const SearchRequest& request) const {
+        std::vector<std::string> names;
+        for (const FoundDesign& design : catalogue_.search(request)) names.push_back(design.file.filename());
+        return names;
+    }
+
+    test::TemporaryFolder folder_;
+    Catalogue catalogue_ = Catalogue::openForIndexing(folder_.path() / "catalogue.sqlite");
+};
+
+struct Row {
+    const char* name;
+    SearchRequest request;
+    std::vector<std::string> names;
+};
+class SearchRows : public Search, public testing::WithParamInterface<Row> {};
+
+TEST_P(SearchRows, FindWhatTheRowSays) {
+    EXPECT_EQ(names(GetParam().request), GetParam().names);
+}
+
+const std::vector<std::string> all{"50%_off.dst", "Lily.dst", "rose.dst", "x.dst", "Ähre.dst"};
+
+INSTANTIATE_TEST_SUITE_P(
+    Words, SearchRows,
+    testing::Values(Row{"NoneFindsAll", {}, all}, Row{"Name", {.words = {"lily"}}, {"Lily.dst"}},
+                    Row{"AnyCase", {.words = {"LILY"}}, {"Lily.dst"}},
+                    Row{"NotAboveTheIndexedFolder", {.words = {"rose"}}, {"rose.dst"}},
+                    Row{"FolderName", {.words = {"flowers"}}, {"50%_off.dst", "rose.dst", "Ähre.dst"}},
+                    Row{"IndexedFolderItself", {.words = {"designs"}}, all},
+                    Row{"AllMustMatch", {.words = {"flowers", "rose"}}, {"rose.dst"}},
+                    Row{"InNameAndFolder", {.words = {"flowers/ro"}}, {"rose.dst"}},
+                    Row{"WithSpace", {.words = {"Flowers 2"}}, {"50%_off.dst"}},
+                    Row{"PercentIsItself", {.words = {"%"}}, {"50%_off.dst"}},
+                    Row{"UnderscoreIsItself", {.words = {"a_b"}}, {"x.dst"}},
+                    Row{"QuotesAreThemselves", {.words = {"' OR 1=1 --"}}, {}},
+                    Row{"LettersBeyondAscii", {.words = {"äHRE"}}, {"Ähre.dst"}},
+                    Row{"DecomposedLetters", {.words = {"a\u0308hre"}}, {"Ähre.dst"}},
+                    Row{"Nothing", {.words = {"zzz"}}, {}}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    Ranges, SearchRows,
+    testing::Values(Row{"WidthWithin", {.width = NumberRange{50, 100}}, {"50%_off.dst", "Lily.dst", "Ähre.dst"}},
+                    Row{"BothEndsBelong", {.width = NumberRange{99.9, 100}}, {"50%_off.dst", "Ähre.dst"}},
+                    Row{"NumbersAreThoseOfFloats", {.width = NumberRange{123.4, 123.4}}, {"rose.dst"}},
+                    Row{"UpTo", {.height = NumberRange{{}, 10}}, {"50%_off.dst", "x.dst"}},
+                    Row{"From", {.height = NumberRange{40, {}}}, {"Lily.dst", "rose.dst"}},
+                    Row{"Stitches", {.stitches = NumberRange{1000, 2000}}, {"Lily.dst", "rose.dst"}},
+                    Row{"Colors", {.colors = NumberRange{{}, 2}}, {"Lily.dst", "x.dst", "Ähre.dst"}},
+                    Row{"TwoAtOnce", {.width = NumberRange{{}, 100}, .colors = NumberRange{2, 4}}, {"Lily.dst"}},
+                    Row{"BeyondAllFloats", {.width = NumberRange{1e300, {}}}, {}},
+                    Row{"Zero", {.stitches = NumberRange{0, 0}}, {"x.dst"}}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    Orders, SearchRows,
+    testing::Values(
+        Row{"Width", {.sortKey = SortKey::width}, {"x.dst", "Lily.dst", "50%_off.dst", "Ähre.dst", "rose.dst"}},
+        Row{"Height", {.sortKey = SortKey::height}, {"x.dst", "50%_off.dst", "Ähre.dst", "rose.dst", "Lily.dst"}},
+        Row{"Stitches", {.sortKey = SortKey::stitches}, {"x.dst", "Ähre.dst", "Lily.dst", "rose.dst", "50%_off.dst"}},
+        Row{"ColorsThenName",
+            {.sortKey = SortKey::colors},
+            {"x.dst", "Ähre.dst", "Lily.dst", "rose.dst", "50%_off.dst"}},
+        Row{"Date", {.sortKey = SortKey::date}, {"rose.dst", "Ähre.dst", "Lily.dst", "50%_off.dst", "x.dst"}},
+        Row{"NameReversed", {.isReversed = true}, {all.rbegin(), all.rend()}},
+        Row{"Limit", {.sortKey = SortKey::date, .limit = 2}, {"rose.dst", "Ähre.dst"}},
+        Row{"LimitOfReversed", {.sortKey = SortKey::date, .isReversed = true, .limit = 1}, {"x.dst"}}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    Folders, SearchRows,
+    testing::Values(Row{"Below", {.folder = "/home/rose/Designs"}, all},
+                    Row{"NotItsNeighbour", {.folder = "/home/rose/Designs/Flowers"}, {"rose.dst", "Ähre.dst"}},
+                    Row{"Root", {.folder = "/"}, all}, Row{"Elsewhere", {.folder = "/home"}, all},
+                    Row{"None", {.folder = "/home/rose/Des"}, {}}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Broken, SearchRows,
+                         testing::Values(Row{"All", {.isBroken = true}, {"torn.dst"}},
+                                         Row{"ByWord", {.words = {"torn"}, .isBroken = true}, {"torn.dst"}},
+                                         Row{"NoOther", {.words = {"lily"}, .isBroken = true}, {}}),
+                         [](const auto& row) { return row.param.name; });
+
+}  // namespace
+}  // namespace velamo

@@ -1,0 +1,176 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "cli/index.h"
+#include "cli/progress_bar.h"
+#include "cli/search.h"
+#include "tests/cli/support.h"
+
+namespace velamo {
+namespace {
+
+using test::call;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class IndexAndSearch : public testing::Test {
+protected:
+    test::Outcome index(std::vector<std::string> arguments, bool isTerminal = false) const {
+        return callWith("index", std::move(arguments), isTerminal);
+    }
+    test::Outcome search(std::vector<std::string> arguments, bool isTerminal = false) const {
+        return callWith("search", std::move(arguments), isTerminal);
+    }
+    std::string write(const std::string& name, const test::Bytes& bytes = test::smallDst) const {
+        return folder_.write("designs/" + name, bytes);
+    }
+
+    test::TemporaryFolder folder_;
+    std::filesystem::path designs_ = std::filesystem::canonical(folder_.path()) / "designs";
+    std::filesystem::path catalogue_ = folder_.path() / "own" / "catalogue.sqlite";
+
+private:
+    test::Outcome callWith(const char* command, std::vector<std::string> arguments, bool isTerminal) const {
+        arguments.insert(arguments.begin(), {command, "--catalogue", catalogue_.native()});
+        return call(arguments, isTerminal);
+    }
+};
+
+TEST_F(IndexAndSearch, FindWhatWasIndexed) {
+    write("flowers/rose.dst");
+    write("lily.dst");
+    const auto indexed = index({designs_});
+    EXPECT_EQ(indexed.status, 0);
+    EXPECT_THAT(indexed.out, StartsWith("2 designs: 2 new, 0 changed, 0 unchanged; 0 removed, 0 broken, 0 skipped; "));
+    EXPECT_EQ(indexed.problems, "");  // no bar in a pipe
+
+    const auto found = search({});
+    EXPECT_EQ(found.status, 0);
+    EXPECT_EQ(found.out,
+              "           Size  Stitches  Colors  Design\n"
+              "1.0 mm x 8.1 mm         3       1  " +
+                  (designs_ / "lily.dst").native() +
+                  "\n"
+                  "1.0 mm x 8.1 mm         3       1  " +
+                  (designs_ / "flowers" / "rose.dst").native() + "\n2 designs\n");
+    EXPECT_THAT(search({"FLOWERS", "ros", "--height", "8..9"}).out, HasSubstr("rose.dst\n1 design\n"));
+    EXPECT_EQ(search({"--width", "2.."}).out, "no design found\n");
+    EXPECT_EQ(search({"--width", "2.."}).status, 0);
+    EXPECT_THAT(search({"--folder", (designs_ / "flowers/").native()}).out, HasSubstr("\n1 design\n"));
+    EXPECT_THAT(search({"--limit", "1", "--reverse"}).out, HasSubstr("rose.dst\n1 design\n"));
+}
+
+TEST_F(IndexAndSearch, GiveJson) {
+    const auto rose = write("rose.dst");
+    std::filesystem::last_write_time(rose, std::filesystem::file_time_type::clock::from_sys(
+                                               std::chrono::sys_seconds(std::chrono::seconds(1709210096))));
+    write("torn.dst", test::bytes('L', 'A', ':'));
+    static_cast<void>(index({designs_}));
+    EXPECT_EQ(
+        search({"--json"}).out,
+        "[\n  {\"file\":\"" + (designs_ / "rose.dst").native() +
+            "\",\"modified\":\"2024-02-29T12:34:56Z\",\"width\":1.0,\"height\":8.1,\"stitches\":3,\"colors\":1}\n]\n");
+    EXPECT_EQ(search({"--json", "nothing"}).out, "[]\n");
+    const auto broken = search({"--json", "--broken"}).json();
+    ASSERT_EQ(broken.size(), 1U);
+    EXPECT_EQ(broken[0]["file"], (designs_ / "torn.dst").native());
+    EXPECT_EQ(broken[0]["error"]["code"], 123);
+    EXPECT_EQ(broken[0]["error"]["message"], "Unable to import DST file (missing header).");
+}
+
+TEST_F(IndexAndSearch, ReportBrokenFilesAndSucceed) {
+    const auto torn = (designs_ / "torn.dst").native();
+    write("torn.dst", test::bytes('L', 'A', ':'));
+    const auto indexed = index({designs_});
+    EXPECT_EQ(indexed.status, 0);
+    EXPECT_EQ(indexed.problems, "velamo: " + torn + ": Unable to import DST file (missing header). (error 123)\n");
+    EXPECT_THAT(indexed.out, StartsWith("1 design: 1 new, 0 changed, 0 unchanged; 0 removed, 1 broken, 0 skipped; "));
+    EXPECT_EQ(search({"--broken"}).out,
+              torn + ": Unable to import DST file (missing header). (error 123)\n1 broken file\n");
+    EXPECT_EQ(search({}).out, "no design found\n");
+}
+
+TEST_F(IndexAndSearch, KeepOddNames) {
+    write("a\nb\xff.dst");
+    static_cast<void>(index({designs_}));
+    const auto path = (designs_ / "a\nb\xff.dst").native();
+    EXPECT_EQ(search({"--print0"}).out, path + '\0');
+    EXPECT_EQ(search({"--json"}).json()[0]["file"], (designs_ / "a\nb\uFFFD.dst").native());
+    EXPECT_THAT(search({}, true).out, HasSubstr((designs_ / "a\\nb\\xff.dst\n").native()));
+    EXPECT_THAT(search({}).out, HasSubstr(path));
+}
+
+TEST_F(IndexAndSearch, WithoutAFolderNeedOneFirst) {
+    auto outcome = index({});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.problems, HasSubstr("velamo index ~/Designs"));
+    EXPECT_FALSE(std::filesystem::exists(catalogue_));
+    write("rose.dst");
+    static_cast<void>(index({designs_}));
+    outcome = index({});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.out, HasSubstr("1 unchanged"));
+}
+
+TEST_F(IndexAndSearch, FailForANamedFolderThatIsNotThere) {
+    const auto outcome = index({(designs_ / "nowhere").native()});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.problems,
+              "velamo: " + (designs_ / "nowhere").native() + ": No such file or directory (error 2)\n");
+}
+
+TEST_F(IndexAndSearch, NameACatalogueThatCannotBeUsed) {
+    const auto missing = search({});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_THAT(missing.problems, StartsWith("velamo: " + catalogue_.native() + ": no such catalogue"));
+    const std::string text(1000, 'x');
+    folder_.write("own/catalogue.sqlite", text);
+    write("rose.dst");
+    for (const auto& outcome : {search({}), index({designs_})}) {
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.problems, "velamo: " + catalogue_.native() + ": file is not a database (error 26)\n");
+    }
+    EXPECT_EQ(test::TemporaryFolder::read(catalogue_), text);
+    catalogue_ = folder_.path() / "designs" / "rose.dst" / "catalogue.sqlite";
+    EXPECT_EQ(index({designs_}).status, 1);
+    EXPECT_EQ(index({designs_}).problems, "velamo: " + catalogue_.native() + ": Not a directory (error 20)\n");
+}
+
+TEST_F(IndexAndSearch, TakeAsManyJobsAsAsked) {
+    for (int i = 0; i < 20; ++i) write(std::to_string(i) + ".dst");
+    EXPECT_THAT(index({"--jobs", "1", designs_}).out, StartsWith("20 designs: 20 new"));
+    EXPECT_THAT(index({"--jobs", "8", designs_}).out, StartsWith("20 designs: 0 new, 0 changed, 20 unchanged"));
+}
+
+TEST(SummaryText, CountsAndTellsTheTime) {
+    EXPECT_EQ(summaryText({.added = 1, .changed = 2, .unchanged = 3, .removed = 4, .broken = 5, .skipped = 6}, 12.34),
+              "6 designs: 1 new, 2 changed, 3 unchanged; 4 removed, 5 broken, 6 skipped; 12.3 s");
+    EXPECT_EQ(summaryText({.added = 1}, 0.96),
+              "1 design: 1 new, 0 changed, 0 unchanged; 0 removed, 0 broken, 0 skipped; 1.0 s");
+}
+
+TEST(TimeText, IsThatOfTheCalendar) {
+    EXPECT_EQ(timeText(0), "1970-01-01T00:00:00Z");
+    EXPECT_EQ(timeText(1'709'210'096'999'999'999), "2024-02-29T12:34:56Z");
+    EXPECT_EQ(timeText(-1), "1969-12-31T23:59:59Z");
+}
+
+TEST(ProgressLine, ShowsShareFilesAndSpeed) {
+    EXPECT_EQ(progressLine(0, 0, 0), "[------------------------]   0 %  0 files  0 files/s");
+    EXPECT_EQ(progressLine(0.5, 1234, 0.5), "[############------------]  50 %  1234 files  2468 files/s");
+    EXPECT_EQ(progressLine(1, 10, 2), "[########################] 100 %  10 files  5 files/s");
+}
+
+TEST(ProgressBar, IsSilentWhereNobodyLooksOn) {
+    std::ostringstream stream;
+    {
+        ProgressBar bar(stream, false);
+        for (int i = 0; i < 3; ++i) bar.show(0.5, i);
+    }
+    EXPECT_EQ(stream.str(), "");
+}
+
+}  // namespace
+}  // namespace velamo

@@ -1,0 +1,38 @@
+#include "platform/file_lock.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "tests/support/temporary_folder.h"
+
+namespace velamo {
+namespace {
+
+TEST(FileLock, IsHeldByOneAtATime) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.path() / "lock";
+    auto first = std::make_unique<FileLock>(file, [] { FAIL() << "nobody holds it"; });
+    std::atomic<bool> isWaiting = false;
+    std::atomic<bool> isHeld = false;
+    std::thread second([&] {
+        const FileLock lock(file, [&] { isWaiting = true; });
+        isHeld = true;
+    });
+    for (int i = 0; i < 500 && !isWaiting; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(isWaiting);
+    EXPECT_FALSE(isHeld);
+    first.reset();
+    second.join();
+    EXPECT_TRUE(isHeld);
+    EXPECT_TRUE(std::filesystem::exists(file));
+}
+
+TEST(FileLock, ThatCannotBeMadeIsASystemError) {
+    EXPECT_THROW(FileLock("/nowhere/lock", [] {}), std::system_error);
+}
+
+}  // namespace
+}  // namespace velamo
