@@ -31,7 +31,7 @@ std::filesystem::path pathOfThisModule() {
     std::error_code error;
     if (dladdr(&insideThisModule, &info) != 0 && info.dli_fname != nullptr) {
         const std::filesystem::path module = info.dli_fname;
-        const auto canonical = module.has_parent_path() ? std::filesystem::canonical(module, error) : "";
+        auto canonical = module.has_parent_path() ? std::filesystem::canonical(module, error) : "";
         if (!error && !canonical.empty()) return canonical;
     }
     // A program found through PATH is known to the loader by its bare name alone.

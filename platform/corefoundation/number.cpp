@@ -20,7 +20,7 @@ struct CFNumberObject final : Object {
 
 namespace {
 
-CFNumberRef create(CFNumberType type, Float64 value) noexcept {
+CFNumberRef create(CFNumberType type, Float64 value) {
     return orNull([&]() -> CFNumberRef { return new CFNumberObject(type, value); });
 }
 

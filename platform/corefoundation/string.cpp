@@ -48,7 +48,7 @@ bool isUtf8(std::string_view text) noexcept {
     return true;
 }
 
-CFStringRef create(std::string_view bytes) noexcept {
+CFStringRef create(std::string_view bytes) {
     return orNull([&]() -> CFStringRef { return new CFStringObject(bytes); });
 }
 

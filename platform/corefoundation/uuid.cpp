@@ -36,7 +36,7 @@ std::optional<UuidBytes> bytesOf(std::string_view text) noexcept {
     return bytes;
 }
 
-CFUUIDRef create(const UuidBytes& bytes) noexcept {
+CFUUIDRef create(const UuidBytes& bytes) {
     return orNull([&]() -> CFUUIDRef { return new CFUUIDObject(bytes); });
 }
 

@@ -144,6 +144,7 @@ TEST(PluginHost, ServesManyThreadsWithAHostEach) {
     const auto shared = folder.write("shared.dst", smallDst());
     const CFIndex before = VelamoPlugInInstanceCount();
     std::vector<std::thread> threads;
+    threads.reserve(16);
     std::atomic<int> wrong = 0;
     for (int number = 0; number < 16; ++number)
         threads.emplace_back([&, number] {

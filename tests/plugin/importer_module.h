@@ -10,23 +10,31 @@
 
 namespace velamo::test {
 
+/// A function of a module, of whatever type it is wanted as.
+struct Symbol {
+    void* address;
+    template <class Function>
+    operator Function*() const {  // NOLINT(google-explicit-constructor): only the receiver knows the type
+        return reinterpret_cast<Function*>(address);
+    }
+};
+
 /// The functions of the built module, found by name as a host finds them.
 struct ImporterModule {
     SharedModule module{PluginHost::findModule()};
-    decltype(&MetadataImporterPluginFactory) factory = function(factory, "MetadataImporterPluginFactory");
-    decltype(&AllocMetadataImporterPluginType) alloc = function(alloc, "AllocMetadataImporterPluginType");
-    decltype(&DeallocMetadataImporterPluginType) dealloc = function(dealloc, "DeallocMetadataImporterPluginType");
-    decltype(&MetadataImporterQueryInterface) query = function(query, "MetadataImporterQueryInterface");
-    decltype(&MetadataImporterPluginAddRef) addRef = function(addRef, "MetadataImporterPluginAddRef");
-    decltype(&MetadataImporterPluginRelease) release = function(release, "MetadataImporterPluginRelease");
-    decltype(&GetMetadataForFile) getMetadata = function(getMetadata, "GetMetadataForFile");
+    decltype(&MetadataImporterPluginFactory) factory = symbol("MetadataImporterPluginFactory");
+    decltype(&AllocMetadataImporterPluginType) alloc = symbol("AllocMetadataImporterPluginType");
+    decltype(&DeallocMetadataImporterPluginType) dealloc = symbol("DeallocMetadataImporterPluginType");
+    decltype(&MetadataImporterQueryInterface) query = symbol("MetadataImporterQueryInterface");
+    decltype(&MetadataImporterPluginAddRef) addRef = symbol("MetadataImporterPluginAddRef");
+    decltype(&MetadataImporterPluginRelease) release = symbol("MetadataImporterPluginRelease");
+    decltype(&GetMetadataForFile) getMetadata = symbol("GetMetadataForFile");
 
 private:
-    template <class Function>
-    Function function(Function, const char* name) const {
+    [[nodiscard]] Symbol symbol(const char* name) const {
         void* found = module.symbol(name);
         if (found == nullptr) throw std::runtime_error(name);
-        return reinterpret_cast<Function>(found);
+        return {found};
     }
 };
 

@@ -31,7 +31,7 @@ protected:
         return **static_cast<MDImporterInterfaceStruct**>(instance);
     }
 
-    const ImporterModule importer_;
+    const ImporterModule importer_{};
     const CFIndex instancesBefore_ = VelamoPlugInInstanceCount();
 };
 
