@@ -1,37 +1,18 @@
 #include "platform/string_table.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <optional>
 #include <utility>
 
 #include "platform/text.h"
+#include "platform/utf16.h"
 
 namespace velamo {
 namespace {
 
 using Entry = std::pair<std::string, std::string>;
-
-constexpr char32_t replacement = 0xFFFD;
-
-void appendUtf8(std::string& text, char32_t character) {
-    const auto append = [&text](char32_t byte) { text.push_back(static_cast<char>(byte)); };
-    const auto appendRest = [&](int bitsAbove) {
-        for (int bits = bitsAbove; bits >= 0; bits -= 6) append(0x80 | ((character >> bits) & 0x3F));
-    };
-    if (character < 0x80) return append(character);
-    if (character < 0x800) return append(0xC0 | character >> 6), appendRest(0);
-    if (character < 0x10000) return append(0xE0 | character >> 12), appendRest(6);
-    append(0xF0 | character >> 18), appendRest(12);
-}
-
-bool isHighSurrogate(char32_t unit) noexcept {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
-bool isLowSurrogate(char32_t unit) noexcept {
-    return unit >= 0xDC00 && unit < 0xE000;
-}
 
 /// Walks through a ".strings" text; every step takes its part off the front of what is left.
 class Scanner {
@@ -98,7 +79,7 @@ private:
         if (rest_.empty()) return false;
         const char kind = rest_.front();
         rest_.remove_prefix(1);
-        if (kind == 'U') return appendCharacter(text);
+        if (kind == 'U') return appendCharacters(text);
         constexpr std::string_view kinds = "ntr";
         constexpr std::string_view meanings = "\n\t\r";
         const auto index = kinds.find(kind);
@@ -106,32 +87,26 @@ private:
         return true;
     }
 
-    bool appendCharacter(std::string& text) {
-        const auto unit = utf16Unit();
-        if (!unit) return false;
-        char32_t character = *unit;
-        if (isHighSurrogate(character)) character = completed(character);
-        appendUtf8(text, isLowSurrogate(character) ? replacement : character);
+    /// The characters of a run of UTF-16 units, whose first has its "\U" taken already.
+    bool appendCharacters(std::string& text) {
+        std::u16string units;
+        do {
+            const auto unit = utf16Unit();
+            if (!unit) return false;
+            units.push_back(*unit);
+        } while (take("\\U"));
+        text += utf8FromUtf16(units);
         return true;
     }
 
-    /// The character of a high surrogate and the low one that should follow it.
-    char32_t completed(char32_t high) noexcept {
-        Scanner ahead = *this;
-        const auto low = ahead.take("\\U") ? ahead.utf16Unit() : std::nullopt;
-        if (!low || !isLowSurrogate(*low)) return replacement;
-        *this = ahead;
-        return 0x10000 + ((high - 0xD800) << 10) + (*low - 0xDC00);
-    }
-
-    std::optional<char32_t> utf16Unit() noexcept {
+    std::optional<char16_t> utf16Unit() noexcept {
         constexpr std::size_t digits = 4;
         const auto hex = rest_.substr(0, digits);
-        std::uint32_t unit = 0;
+        std::uint16_t unit = 0;
         const auto end = std::from_chars(hex.data(), hex.data() + hex.size(), unit, 16).ptr;
         if (hex.size() != digits || end != hex.data() + digits) return std::nullopt;
         rest_.remove_prefix(digits);
-        return unit;
+        return static_cast<char16_t>(unit);
     }
 
     std::string_view rest_;

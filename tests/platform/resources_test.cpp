@@ -16,6 +16,7 @@ namespace velamo {
 namespace {
 
 using testing::Pair;
+using namespace std::string_view_literals;
 
 /// A folder of resources that lives as long as the test.
 class TemporaryFolder {
@@ -131,7 +132,7 @@ TEST(Resources, ReadNoTableOutsideTheirFolders) {
     folder.write("secret.strings", "\"one\" = \"one\";");
     folder.write("en.lproj/sub/Texts.strings", "\"one\" = \"one\";");
     const Resources resources({folder.path()}, {"en"});
-    for (const std::string table : {"../secret", "sub/Texts", "/sub/Texts", "", "/", std::string("x\0y", 3).c_str()}) {
+    for (const std::string_view table : {"../secret"sv, "sub/Texts"sv, "/sub/Texts"sv, ""sv, "/"sv, "x\0y"sv}) {
         EXPECT_EQ(resources.text("one", table, "-"), "-") << table;
     }
 }
@@ -150,6 +151,7 @@ TEST(Resources, GiveOneAnswerToManyThreads) {
     folder.write("en.lproj/Texts.strings", "\"one\" = \"one\";");
     const Resources resources({folder.path()}, {"en"});
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int thread = 0; thread < 8; ++thread) {
         threads.emplace_back([&resources] {
             for (int round = 0; round < 500; ++round) EXPECT_EQ(resources.text("one", "Texts", "-"), "one");
