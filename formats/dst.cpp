@@ -47,12 +47,8 @@ constexpr std::array<Tag, 9> tags{{
     {"AY:", 119},
 }};
 
-/// What one byte of a record adds to the move.
-struct Move {
-    std::int16_t x = 0;
-    std::int16_t y = 0;
-};
-using MoveTable = std::array<Move, 256>;
+/// What each value of one byte of a record adds to the move.
+using MoveTable = std::array<CoordinatePair, 256>;
 
 /// The weights of a byte's bits: bits 0 and 7 add the smaller one, 1 and 6 take it away; likewise 2, 5 and 3, 4 the
 /// larger.
@@ -60,8 +56,9 @@ constexpr MoveTable movesOf(int smallWeight, int largeWeight) {
     MoveTable moves{};
     for (unsigned byte = 0; byte < moves.size(); ++byte) {
         const auto bit = [byte](unsigned number) { return static_cast<int>(byte >> number & 1U); };
-        moves[byte].x = static_cast<std::int16_t>(smallWeight * (bit(0) - bit(1)) + largeWeight * (bit(2) - bit(3)));
-        moves[byte].y = static_cast<std::int16_t>(smallWeight * (bit(7) - bit(6)) + largeWeight * (bit(5) - bit(4)));
+        moves[byte] =
+            CoordinatePair{static_cast<float>(smallWeight * (bit(0) - bit(1)) + largeWeight * (bit(2) - bit(3))),
+                           static_cast<float>(smallWeight * (bit(7) - bit(6)) + largeWeight * (bit(5) - bit(4)))};
     }
     return moves;
 }
@@ -69,12 +66,13 @@ constexpr MoveTable firstByte = movesOf(1, 9);
 constexpr MoveTable secondByte = movesOf(3, 27);
 constexpr MoveTable thirdByte = movesOf(0, 81);  // its outer bits tell the kind of the record
 
-enum class Kind : std::uint8_t { unknown, stitch, jump, colorChange };
+enum class Kind : std::uint8_t { unknown, end, stitch, jump, colorChange };
 constexpr auto kinds = [] {
     std::array<Kind, 256> table{};
     for (unsigned byte = 0; byte < table.size(); ++byte) {
         const unsigned control = byte & 0xC3U;
-        table[byte] = control == 0x03   ? Kind::stitch
+        table[byte] = byte == endMark   ? Kind::end
+                      : control == 0x03 ? Kind::stitch
                       : control == 0x83 ? Kind::jump
                       : control == 0xC3 ? Kind::colorChange
                                         : Kind::unknown;
@@ -90,23 +88,30 @@ bool checkHeader(std::span<const std::uint8_t> file, VLMError* error) {
     return true;
 }
 
-/// Decodes records up to the end mark, or up to the file's last three bytes: there the end mark is expected, and
+/// The kind of the first record. The file's last three bytes end the design too: the end mark is expected there, and
 /// whatever else stands there is not looked at.
+Kind kindOf(std::span<const std::uint8_t> records) {
+    return records.size() > recordSize ? kinds[records[2]] : Kind::end;
+}
+
+DecodedStitch decode(std::span<const std::uint8_t, recordSize> record, Kind kind) {
+    const CoordinatePair delta = firstByte[record[0]] + secondByte[record[1]] + thirdByte[record[2]];
+    return {delta, kind == Kind::jump, kind == Kind::colorChange};
+}
+
 bool readStitches(VLMDesign& design, std::span<const std::uint8_t> records, VLMError* error) {
+    std::size_t colorChanges = 0;
     VLMStitchSink sink(design, records.size() / recordSize);
-    for (; records.size() > recordSize; records = records.subspan(recordSize)) {
-        const auto record = records.first<recordSize>();
-        if (record[2] == endMark) return true;
-        const Kind kind = kinds[record[2]];
-        if (kind == Kind::unknown) return fail(errorTexts, unknownKind, error);
-        if (kind == Kind::colorChange) appendUndefinedThread(design);
-        const Move first = firstByte[record[0]];
-        const Move second = secondByte[record[1]];
-        const Move third = thirdByte[record[2]];
-        sink.append(static_cast<float>(first.x + second.x + third.x), static_cast<float>(first.y + second.y + third.y),
-                    kind == Kind::jump, kind == Kind::colorChange);
-    }
-    return true;
+    sink.appendWhile([&](DecodedStitch& stitch) {
+        const Kind kind = kindOf(records);
+        if (kind == Kind::end || kind == Kind::unknown) return false;
+        stitch = decode(records.first<recordSize>(), kind);
+        colorChanges += kind == Kind::colorChange;
+        records = records.subspan(recordSize);
+        return true;
+    });
+    for (; colorChanges > 0; --colorChanges) appendUndefinedThread(design);
+    return kindOf(records) == Kind::end || fail(errorTexts, unknownKind, error);
 }
 
 }  // namespace

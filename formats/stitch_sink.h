@@ -1,12 +1,21 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 
 #include "model/design.h"
 
 namespace velamo {
+
+/// Both coordinates of a move or a place, which the processor takes in one step: x, y.
+using CoordinatePair [[gnu::vector_size(2 * sizeof(float))]] = float;
+
+/// One stitch as it stands in a file.
+struct DecodedStitch {
+    CoordinatePair delta{};
+    bool isJump = false;
+    bool isChange = false;
+};
 
 /// What a file's stitches do to the bounds that the design has already.
 enum class SinkBounds { replace, widen };
@@ -20,10 +29,8 @@ public:
     VLMStitchSink(VLMDesign& design, std::size_t mostStitches, SinkBounds bounds = SinkBounds::replace)
         : design_(design) {
         if (bounds == SinkBounds::replace) design_.resetBounds();
-        xMin_ = design_.xMin();
-        yMin_ = design_.yMin();
-        xMax_ = design_.xMax();
-        yMax_ = design_.yMax();
+        track_.least = CoordinatePair{design_.xMin(), design_.yMin()};
+        track_.greatest = CoordinatePair{design_.xMax(), design_.yMax()};
         auto& stitches = design_.stitches().all();
         stitches.reserve(stitches.size() + mostStitches + blockSize_);
     }
@@ -32,14 +39,22 @@ public:
     VLMStitchSink& operator=(const VLMStitchSink&) = delete;
 
     void append(float deltaX, float deltaY, bool isJump, bool isChange) {
-        pending_[count_++] = VLMStitch::initWithDatadYisJumpisChange(deltaX, deltaY, isJump, isChange);
-        x_ += deltaX;
-        y_ += deltaY;
-        xMin_ = std::min(xMin_, x_);
-        xMax_ = std::max(xMax_, x_);
-        yMin_ = std::min(yMin_, y_);
-        yMax_ = std::max(yMax_, y_);
+        put({CoordinatePair{deltaX, deltaY}, isJump, isChange}, count_++, track_);
         if (count_ == pending_.size()) flush();
+    }
+
+    /// Appends the stitches that `decode(DecodedStitch&)` gives, until it says false. As long as it calls nothing that
+    /// is not inlined, the loop keeps position and bounds in registers, and so is faster than append.
+    template <class Decode>
+    void appendWhile(Decode decode) {
+        for (bool isMore = true; isMore; flush()) {
+            DecodedStitch stitch;
+            Track track = track_;
+            std::size_t count = count_;
+            while (count < pending_.size() && (isMore = decode(stitch))) put(stitch, count++, track);
+            track_ = track;
+            count_ = count;
+        }
     }
 
     /// The design's last stitch, or null while it has none.
@@ -57,15 +72,30 @@ public:
 private:
     static constexpr std::size_t blockSize_ = 256;
 
+    /// Where the needle is, and the bounds of where it has been.
+    struct Track {
+        CoordinatePair position{};
+        CoordinatePair least{};
+        CoordinatePair greatest{};
+    };
+
+    void put(const DecodedStitch& stitch, std::size_t index, Track& track) {
+        pending_[index] =
+            VLMStitch::initWithDatadYisJumpisChange(stitch.delta[0], stitch.delta[1], stitch.isJump, stitch.isChange);
+        track.position += stitch.delta;
+        track.least = track.position < track.least ? track.position : track.least;
+        track.greatest = track.position > track.greatest ? track.position : track.greatest;
+    }
+
     /// There is always room for a block behind the stitches, so this needs no memory.
     void flushBlock() noexcept {
         auto& stitches = design_.stitches().all();
         stitches.insert(stitches.end(), pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(count_));
         count_ = 0;
-        design_.setXMin(xMin_);
-        design_.setXMax(xMax_);
-        design_.setYMin(yMin_);
-        design_.setYMax(yMax_);
+        design_.setXMin(track_.least[0]);
+        design_.setXMax(track_.greatest[0]);
+        design_.setYMin(track_.least[1]);
+        design_.setYMax(track_.greatest[1]);
     }
 
     VLMDesign& design_;
@@ -73,12 +103,7 @@ private:
     // by one.
     std::array<VLMStitch, blockSize_> pending_;
     std::size_t count_ = 0;
-    float x_ = 0;
-    float y_ = 0;
-    float xMin_ = 0;
-    float yMin_ = 0;
-    float xMax_ = 0;
-    float yMax_ = 0;
+    Track track_;
 };
 
 }  // namespace velamo
