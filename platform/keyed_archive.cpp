@@ -5,14 +5,13 @@
 #include <limits>
 #include <map>
 
-#include "platform/binary_list.h"
-#include "platform/property_list.h"
+#include "platform/plist.h"
 
 namespace velamo {
 namespace {
 
 constexpr std::string_view archiverName = "NSKeyedArchiver";
-constexpr std::int64_t archiveVersion = 100000;
+constexpr std::uint64_t archiveVersion = 100000;
 constexpr std::string_view nullText = "$null";
 constexpr std::string_view classKey = "$class";
 constexpr std::string_view rootClass = "NSObject";
@@ -100,81 +99,76 @@ std::optional<std::filesystem::path> pathOfLocation(std::string_view url) {
 
 }  // namespace
 
-struct KeyedArchiver::Entries {
-    std::vector<BinaryListWriter::Index> keys;
-    std::vector<BinaryListWriter::Index> values;
-};
+/// The table of objects that an archive is.
+class KeyedArchiver::Table {
+public:
+    Table() { append(PlistOwner(plist_new_string(std::string(nullText).c_str()))); }
 
-struct KeyedArchiver::Table {
-    using Index = BinaryListWriter::Index;
-
-    BinaryListWriter writer;
-    std::vector<Index> objects{writer.text(nullText)};
-    std::map<std::string, std::size_t, std::less<>> classes;  // where in the table each class is
-
-    void put(Entries& entries, std::string_view key, Index value) {
-        entries.keys.push_back(writer.text(key));
-        entries.values.push_back(value);
+    static void put(plist_t object, std::string_view key, PlistOwner value) {
+        plist_dict_set_item(object, std::string(key).c_str(), value.release());
     }
 
-    Index add(Index object) {
-        objects.push_back(object);
-        return writer.uid(objects.size() - 1);
-    }
-
-    Index addClass(std::string_view name) {
-        if (const auto known = classes.find(name); known != classes.end()) return writer.uid(known->second);
-        std::vector<Index> chain{writer.text(name)};
-        for (const std::string_view superclass : superclassesOf(name)) chain.push_back(writer.text(superclass));
-        Entries entries;
-        put(entries, "$classname", chain.front());
-        put(entries, "$classes", writer.array(chain));
-        classes.emplace(name, objects.size());
-        return add(writer.dictionary(entries.keys, entries.values));
-    }
+    PlistOwner addText(std::string_view text) { return append(PlistOwner(plist_new_string(plistText(text).c_str()))); }
 
     // An object stands before what it refers to, its class behind all of that.
-    Index addObject(std::string_view className, const Body& body) {
-        Entries entries;
-        return addObject(className, body, entries);
-    }
-
-    Index addObject(std::string_view className, const Body& body, Entries& entries) {
-        const std::size_t place = objects.size();
-        objects.push_back(objects.front());
-        entries.keys.clear();
-        entries.values.clear();
-        KeyedArchiver archiver(*this, entries);
+    PlistOwner addObject(std::string_view className, const Body& body) {
+        const plist_t object = plist_new_dict();
+        PlistOwner reference = append(PlistOwner(object));
+        KeyedArchiver archiver(*this, object);
         body(archiver);
-        put(entries, classKey, addClass(className));
-        objects[place] = writer.dictionary(entries.keys, entries.values);
-        return writer.uid(place);
+        put(object, classKey, addClass(className));
+        return reference;
     }
 
-    Index addList(std::string_view className, std::size_t count,
-                  const std::function<void(KeyedArchiver&, std::size_t)>& body) {
+    PlistOwner addList(std::string_view className, std::size_t count,
+                       const std::function<void(KeyedArchiver&, std::size_t)>& body) {
         return addObject(listClass, [&](KeyedArchiver& list) {
-            std::vector<Index> references;
-            references.reserve(count);
-            Entries entries;  // one for all, for its memory
+            PlistOwner references(plist_new_array());
             for (std::size_t i = 0; i < count; ++i) {
-                references.push_back(addObject(
-                    className, [&](KeyedArchiver& object) { body(object, i); }, entries));
+                const auto element = [&](KeyedArchiver& object) { body(object, i); };
+                plist_array_append_item(references.get(), addObject(className, element).release());
             }
-            put(*list.entries_, listKey, writer.array(references));
+            put(list.object_, listKey, std::move(references));
         });
     }
 
-    std::vector<std::uint8_t> finish(Index root) {
-        Entries top;
-        put(top, "root", root);
-        Entries entries;
-        put(entries, "$version", writer.integer(archiveVersion));
-        put(entries, "$archiver", writer.text(archiverName));
-        put(entries, "$top", writer.dictionary(top.keys, top.values));
-        put(entries, "$objects", writer.array(objects));
-        return writer.finish(writer.dictionary(entries.keys, entries.values));
+    std::vector<std::uint8_t> finish(PlistOwner root) {
+        PlistOwner top(plist_new_dict());
+        put(top.get(), "root", std::move(root));
+        const PlistOwner archive(plist_new_dict());
+        put(archive.get(), "$version", PlistOwner(plist_new_uint(archiveVersion)));
+        put(archive.get(), "$archiver", PlistOwner(plist_new_string(std::string(archiverName).c_str())));
+        put(archive.get(), "$top", std::move(top));
+        put(archive.get(), "$objects", std::move(objects_));
+        return xmlOf(archive.get());
     }
+
+private:
+    /// The reference to the object, which is put behind the others.
+    PlistOwner append(PlistOwner object) {
+        plist_array_append_item(objects_.get(), object.release());
+        return PlistOwner(plist_new_uid(count_++));
+    }
+
+    PlistOwner addClass(std::string_view name) {
+        if (const auto known = classes_.find(name); known != classes_.end())
+            return PlistOwner(plist_new_uid(known->second));
+        PlistOwner chain(plist_new_array());
+        const auto appendName = [&](std::string_view className) {
+            plist_array_append_item(chain.get(), plist_new_string(std::string(className).c_str()));
+        };
+        appendName(name);
+        for (const std::string_view superclass : superclassesOf(name)) appendName(superclass);
+        PlistOwner description(plist_new_dict());
+        put(description.get(), "$classname", PlistOwner(plist_new_string(std::string(name).c_str())));
+        put(description.get(), "$classes", std::move(chain));
+        classes_.emplace(name, count_);
+        return append(std::move(description));
+    }
+
+    PlistOwner objects_{plist_new_array()};
+    std::uint64_t count_ = 0;
+    std::map<std::string, std::uint64_t, std::less<>> classes_;  // where in the table each class is
 };
 
 std::vector<std::uint8_t> KeyedArchiver::archiveRoot(std::string_view className, const Body& body) {
@@ -183,20 +177,20 @@ std::vector<std::uint8_t> KeyedArchiver::archiveRoot(std::string_view className,
 }
 
 void KeyedArchiver::encodeFloat(std::string_view key, float value) {
-    table_->put(*entries_, key, table_->writer.real(static_cast<double>(value)));
+    Table::put(object_, key, PlistOwner(plist_new_real(static_cast<double>(value))));
 }
 
 void KeyedArchiver::encodeInteger(std::string_view key, std::int32_t value) {
-    table_->put(*entries_, key, table_->writer.integer(value));
+    Table::put(object_, key, PlistOwner(plist_new_uint(static_cast<std::uint64_t>(std::int64_t{value}))));
 }
 
 void KeyedArchiver::encodeBool(std::string_view key, bool value) {
-    table_->put(*entries_, key, table_->writer.boolean(value));
+    Table::put(object_, key, PlistOwner(plist_new_bool(value ? 1 : 0)));
 }
 
 void KeyedArchiver::encodeText(std::string_view key, const std::optional<std::string>& text) {
     if (!text) return encodeNothing(key);
-    table_->put(*entries_, key, table_->add(table_->writer.text(*text)));
+    Table::put(object_, key, table_->addText(*text));
 }
 
 void KeyedArchiver::encodeLocation(std::string_view key, const std::optional<std::filesystem::path>& location) {
@@ -208,22 +202,19 @@ void KeyedArchiver::encodeLocation(std::string_view key, const std::optional<std
 }
 
 void KeyedArchiver::encodeObject(std::string_view key, std::string_view className, const Body& body) {
-    table_->put(*entries_, key, table_->addObject(className, body));
+    Table::put(object_, key, table_->addObject(className, body));
 }
 
 void KeyedArchiver::encodeNothing(std::string_view key) {
-    table_->put(*entries_, key, table_->writer.uid(0));
+    Table::put(object_, key, PlistOwner(plist_new_uid(0)));
 }
 
 void KeyedArchiver::encodeList(std::string_view key, std::string_view className, std::size_t count,
                                const std::function<void(KeyedArchiver&, std::size_t)>& body) {
-    table_->put(*entries_, key, table_->addList(className, count, body));
+    Table::put(object_, key, table_->addList(className, count, body));
 }
 
 namespace {
-
-using Kind = BinaryList::Kind;
-using Object = BinaryList::Object;
 
 [[noreturn]] void refuse(const std::string& reason) {
     throw KeyedArchiveError("The archive cannot be read: " + reason);
@@ -246,84 +237,82 @@ constexpr bool isOneOf(std::string_view name, std::span<const std::string_view> 
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-}  // namespace
+bool isOfKind(plist_t node, plist_type kind) {
+    return node != nullptr && plist_get_node_type(node) == kind;
+}
 
-struct KeyedUnarchiver::Cursor {
-    Object object;         // a dictionary
-    std::size_t next = 0;  // the entry behind the one found last: keys are mostly asked for in the order of the file
-};
+plist_t valueOf(plist_t object, std::string_view key) {
+    return plist_dict_get_item(object, std::string(key).c_str());
+}
+
+/// An integer, or a boolean as 0 or 1.
+std::optional<std::int64_t> integerOf(plist_t node) {
+    if (isOfKind(node, PLIST_UINT)) {
+        std::uint64_t value = 0;
+        plist_get_uint_val(node, &value);
+        return static_cast<std::int64_t>(value);
+    }
+    if (!isOfKind(node, PLIST_BOOLEAN)) return std::nullopt;
+    std::uint8_t value = 0;
+    plist_get_bool_val(node, &value);
+    return value;
+}
+
+}  // namespace
 
 class KeyedUnarchiver::Archive {
 public:
     explicit Archive(std::span<const std::uint8_t> archive)
-        : converted_(binaryForm(archive)),
-          list_(openList(converted_.empty() ? archive : std::span<const std::uint8_t>(converted_))) {
-        allowance_ = leastWork + workPerByte * list_.byteCount();
-        Cursor root{objectAt(list_.root(), Kind::dictionary)};
-        checkHeader(root);
-        table_ = required(root, "$objects", Kind::array);
-        top_ = required(root, "$top", Kind::dictionary);
-        active_.resize(table_.count);
+        : root_(parsePlist(archive)), allowance_(leastWork + workPerByte * archive.size()) {
+        if (!root_) refuse("it is damaged or no property list.");
+        if (!isOfKind(root_.get(), PLIST_DICT)) refuse("it is no keyed archive.");
+        checkHeader();
+        table_ = childrenOf(required("$objects", PLIST_ARRAY));
+        active_.resize(table_.size());
     }
 
-    std::optional<Object> find(Cursor& cursor, std::string_view key) {
-        const std::size_t count = cursor.object.count;
-        for (std::size_t i = 0; i < count; ++i) {
-            const std::size_t place = cursor.next < count ? cursor.next : 0;
-            cursor.next = place + 1;
-            if (!isTextEqual(entry(cursor.object, place), key)) continue;
-            return entry(cursor.object, count + place);
-        }
-        return std::nullopt;
+    [[nodiscard]] plist_t top() const { return required("$top", PLIST_DICT); }
+
+    /// The place in the table that a value refers to; nothing for no value and for "$null".
+    [[nodiscard]] std::optional<std::size_t> target(plist_t value, std::string_view key) const {
+        if (value == nullptr) return std::nullopt;
+        const auto place = referenceOf(value);
+        if (!place) refuseKind(key, "reference");
+        if (*place >= table_.size())
+            refuse("the value of " + inQuotes(key) + " refers to an object that is not there.");
+        return *place == 0 ? std::nullopt : std::optional(static_cast<std::size_t>(*place));
     }
 
-    // The place in the table that a value refers to; nothing for no value and for "$null".
-    std::optional<std::size_t> target(const std::optional<Object>& value, std::string_view key) const {
-        if (!value) return std::nullopt;
-        if (value->kind != Kind::uid) refuseKind(key, "reference");
-        const std::uint64_t place = uidOf(*value);
-        if (place >= table_.count) refuse("the value of " + inQuotes(key) + " refers to an object that is not there.");
-        if (place == 0) return std::nullopt;
-        return static_cast<std::size_t>(place);
-    }
-
-    Object tableEntry(std::size_t place) { return entry(table_, place); }
-
-    Object entry(const Object& container, std::size_t place) {
-        spend(1);
-        return objectAt(list_.reference(container, place));
-    }
-
-    std::string textOfObject(const Object& object) {
-        spend(object.body.size());
-        return textOf(object);
-    }
-
-    // The text at a place of the table: a text itself, or an object that stands for a changeable one.
+    /// The text at a place of the table: a text itself, or an object that stands for a changeable one.
     std::string text(std::size_t place, std::string_view key) {
-        const Object object = tableEntry(place);
-        if (object.isText()) return textOfObject(object);
-        if (object.kind != Kind::dictionary) refuseKind(key, "text");
-        Cursor cursor{object};
-        checkClass(cursor, std::array{mutableTextClass, textClass});
-        const auto content = find(cursor, textKey);
-        if (!content || !content->isText()) refuseKind(key, "text");
-        return textOfObject(*content);
+        plist_t content = table_[place];
+        if (isOfKind(content, PLIST_DICT)) {
+            checkClass(content, std::array{mutableTextClass, textClass});
+            content = valueOf(content, textKey);
+        }
+        if (!isOfKind(content, PLIST_STRING)) refuseKind(key, "text");
+        std::string text = textOfNode(content);
+        spend(text.size());
+        return text;
     }
 
-    // Runs `visit` on the object at a place of the table, which is of one of the classes.
+    /// Runs `visit` on the object at a place of the table, which is of one of the classes.
     template <class Visit>
     void visitObject(std::size_t place, std::span<const std::string_view> classNames, const Visit& visit) {
         if (active_[place]) refuse("an object of class " + inQuotes(classNames.front()) + " contains itself.");
-        Cursor cursor{tableEntry(place)};
-        if (cursor.object.kind != Kind::dictionary)
+        const plist_t object = table_[place];
+        if (!isOfKind(object, PLIST_DICT))
             refuse("there is no " + inQuotes(classNames.front()) + " where one belongs.");
-        checkClass(cursor, classNames);
+        spend(1 + plist_dict_get_size(object));
+        checkClass(object, classNames);
         const Activity activity(active_, place);
-        visit(cursor);
+        visit(object);
     }
 
-    Cursor top() const { return {top_}; }
+    void spend(std::size_t work) {
+        if (work > allowance_) refuse("it unfolds to more than an archive of its size can hold.");
+        allowance_ -= work;
+    }
 
 private:
     // Marks an object as being decoded.
@@ -341,53 +330,20 @@ private:
         std::size_t place_;
     };
 
-    // An XML archive in the binary form, so that there is one way to read; nothing for an archive that has it already.
-    static std::vector<std::uint8_t> binaryForm(std::span<const std::uint8_t> archive) {
-        if (BinaryList::open(archive)) return {};
-        const auto list = parsePropertyList(archive);
-        if (!list) refuse("it is damaged or no property list.");
-        return binaryPropertyList(*list);
+    void checkHeader() const {
+        if (textOfNode(valueOf(root_.get(), "$archiver")) != archiverName) refuse("it is no keyed archive.");
+        if (integerOf(valueOf(root_.get(), "$version")) != archiveVersion) refuse("its version is not known.");
     }
 
-    static BinaryList openList(std::span<const std::uint8_t> bytes) {
-        const auto list = BinaryList::open(bytes);
-        if (!list) refuse("it is damaged or no property list.");
-        return *list;
+    [[nodiscard]] plist_t required(std::string_view key, plist_type kind) const {
+        const plist_t found = valueOf(root_.get(), key);
+        if (!isOfKind(found, kind)) refuse("it has no " + inQuotes(key) + ".");
+        return found;
     }
 
-    void checkHeader(Cursor& root) {
-        const auto archiver = find(root, "$archiver");
-        if (!archiver || !isTextEqual(*archiver, archiverName)) refuse("it is no keyed archive.");
-        const auto version = find(root, "$version");
-        if (!version || version->kind != Kind::integer || integerOf(*version) != archiveVersion) {
-            refuse("its version is not known.");
-        }
-    }
-
-    Object required(Cursor& cursor, std::string_view key, Kind kind) {
-        const auto found = find(cursor, key);
-        if (!found || found->kind != kind) refuse("it has no " + inQuotes(key) + ".");
-        return *found;
-    }
-
-    Object objectAt(std::uint64_t index) const {
-        const auto object = list_.object(index);
-        if (!object) refuse("a value is damaged or cut off.");
-        return *object;
-    }
-
-    Object objectAt(std::uint64_t index, Kind kind) const {
-        const Object object = objectAt(index);
-        if (object.kind != kind) refuse("it is no keyed archive.");
-        return object;
-    }
-
-    void checkClass(Cursor& cursor, std::span<const std::string_view> classNames) {
-        cursor.next = std::max<std::size_t>(cursor.object.count, 1) - 1;  // archivers write the class last
-        const auto place = target(find(cursor, classKey), classKey);
-        const bool isKnown = place && place == knownClass_ && knownName_ == classNames.front();
-        cursor.next = 0;
-        if (isKnown) return;
+    void checkClass(plist_t object, std::span<const std::string_view> classNames) {
+        const auto place = target(valueOf(object, classKey), classKey);
+        if (place && place == knownClass_ && knownName_ == classNames.front()) return;
         const std::string name = place ? className(*place) : "";
         if (!isOneOf(name, classNames)) {
             refuse("there is an object of class " + inQuotes(name) + " where one of class " +
@@ -398,73 +354,57 @@ private:
     }
 
     std::string className(std::size_t place) {
-        Cursor cursor{tableEntry(place)};
-        const auto name = cursor.object.kind == Kind::dictionary ? find(cursor, "$classname") : std::nullopt;
-        if (!name || !name->isText()) refuse("an object has no class.");
-        return textOfObject(*name);
+        const plist_t description = table_[place];
+        const plist_t name = isOfKind(description, PLIST_DICT) ? valueOf(description, "$classname") : nullptr;
+        if (!isOfKind(name, PLIST_STRING)) refuse("an object has no class.");
+        return textOfNode(name);
     }
 
-    void spend(std::size_t work) {
-        if (work > allowance_) refuse("it unfolds to more than an archive of its size can hold.");
-        allowance_ -= work;
-    }
-
-    std::vector<std::uint8_t> converted_;
-    BinaryList list_;
-    Object table_;
-    Object top_;
+    PlistOwner root_;
+    std::vector<plist_t> table_;
     std::vector<bool> active_;  // by place in the table: being decoded
-    std::size_t allowance_ = 0;
+    std::size_t allowance_;
     std::optional<std::size_t> knownClass_;  // the class checked last, mostly that of the next object too
     std::string knownName_;
 };
 
-namespace {
-
-bool isInteger(const Object& object) {
-    return object.kind == Kind::integer || object.kind == Kind::boolean;
-}
-
-std::optional<std::int64_t> integerOrBoolean(const Object& object) {
-    return object.kind == Kind::integer ? integerOf(object) : static_cast<std::int64_t>(object.count);
-}
-
-}  // namespace
-
 void KeyedUnarchiver::unarchiveRoot(std::span<const std::uint8_t> bytes, std::string_view className, const Body& body) {
     Archive archive(bytes);
-    Cursor top = archive.top();
-    if (!KeyedUnarchiver(archive, top).decodeObject("root", className, body)) refuse("it holds no object.");
+    if (!KeyedUnarchiver(archive, archive.top()).decodeObject("root", className, body)) refuse("it holds no object.");
 }
 
 float KeyedUnarchiver::decodeFloat(std::string_view key) {
-    const auto value = archive_->find(*cursor_, key);
-    if (!value) return 0;
-    if (value->kind == Kind::real) return static_cast<float>(realOf(*value));
-    const auto integer = isInteger(*value) ? integerOrBoolean(*value) : std::nullopt;
+    const plist_t value = valueOf(object_, key);
+    if (value == nullptr) return 0;
+    if (isOfKind(value, PLIST_REAL)) {
+        double real = 0;
+        plist_get_real_val(value, &real);
+        return static_cast<float>(real);
+    }
+    const auto integer = integerOf(value);
     if (!integer) refuseKind(key, "number");
     return static_cast<float>(*integer);
 }
 
 std::int32_t KeyedUnarchiver::decodeInteger(std::string_view key) {
-    const auto value = archive_->find(*cursor_, key);
-    if (!value) return 0;
-    const auto integer = isInteger(*value) ? integerOrBoolean(*value) : std::nullopt;
+    const plist_t value = valueOf(object_, key);
+    if (value == nullptr) return 0;
     using Limits = std::numeric_limits<std::int32_t>;
+    const auto integer = integerOf(value);
     if (!integer || *integer < Limits::min() || *integer > Limits::max()) refuseKind(key, "integer of 32 bits");
     return static_cast<std::int32_t>(*integer);
 }
 
 bool KeyedUnarchiver::decodeBool(std::string_view key) {
-    const auto value = archive_->find(*cursor_, key);
-    if (!value) return false;
-    const auto integer = isInteger(*value) ? integerOrBoolean(*value) : std::nullopt;
+    const plist_t value = valueOf(object_, key);
+    if (value == nullptr) return false;
+    const auto integer = integerOf(value);
     if (!integer) refuseKind(key, "boolean");
     return *integer != 0;
 }
 
 std::optional<std::string> KeyedUnarchiver::decodeText(std::string_view key) {
-    const auto place = archive_->target(archive_->find(*cursor_, key), key);
+    const auto place = archive_->target(valueOf(object_, key), key);
     if (!place) return std::nullopt;
     return archive_->text(*place, key);
 }
@@ -481,9 +421,9 @@ std::optional<std::filesystem::path> KeyedUnarchiver::decodeLocation(std::string
 }
 
 bool KeyedUnarchiver::decodeObject(std::string_view key, std::string_view className, const Body& body) {
-    const auto place = archive_->target(archive_->find(*cursor_, key), key);
+    const auto place = archive_->target(valueOf(object_, key), key);
     if (!place) return false;
-    archive_->visitObject(*place, std::array{className}, [&](Cursor& object) {
+    archive_->visitObject(*place, std::array{className}, [&](plist_t object) {
         KeyedUnarchiver unarchiver(*archive_, object);
         body(unarchiver);
     });
@@ -492,16 +432,18 @@ bool KeyedUnarchiver::decodeObject(std::string_view key, std::string_view classN
 
 bool KeyedUnarchiver::decodeList(std::string_view key, std::string_view className,
                                  const std::function<void(std::size_t)>& begin, const Body& body) {
-    const auto place = archive_->target(archive_->find(*cursor_, key), key);
+    const auto place = archive_->target(valueOf(object_, key), key);
     if (!place) return false;
-    archive_->visitObject(*place, std::array{listClass, plainListClass}, [&](Cursor& cursor) {
-        const auto entries = archive_->find(cursor, listKey);
-        if (!entries || entries->kind != Kind::array) refuseKind(listKey, "list");
-        begin(entries->count);
-        for (std::size_t i = 0; i < entries->count; ++i) {
-            const auto target = archive_->target(archive_->entry(*entries, i), listKey);
+    archive_->visitObject(*place, std::array{listClass, plainListClass}, [&](plist_t list) {
+        const plist_t references = valueOf(list, listKey);
+        if (!isOfKind(references, PLIST_ARRAY)) refuseKind(listKey, "list");
+        const auto entries = childrenOf(references);
+        archive_->spend(entries.size());
+        begin(entries.size());
+        for (const plist_t entry : entries) {
+            const auto target = archive_->target(entry, listKey);
             if (!target) refuse("the list of " + inQuotes(key) + " has an entry without an object.");
-            archive_->visitObject(*target, std::array{className}, [&](Cursor& object) {
+            archive_->visitObject(*target, std::array{className}, [&](plist_t object) {
                 KeyedUnarchiver unarchiver(*archive_, object);
                 body(unarchiver);
             });

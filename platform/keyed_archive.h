@@ -21,7 +21,8 @@ class KeyedArchiver {
 public:
     using Body = std::function<void(KeyedArchiver&)>;
 
-    /// The archive of one root object, whose keys `body` encodes, as a binary property list.
+    /// The archive of one root object, whose keys `body` encodes, as an XML property list: the writer of binary ones
+    /// takes minutes for a large design.
     [[nodiscard]] static std::vector<std::uint8_t> archiveRoot(std::string_view className, const Body& body);
 
     void encodeFloat(std::string_view key, float value);
@@ -39,11 +40,10 @@ public:
                     const std::function<void(KeyedArchiver&, std::size_t)>& body);
 
 private:
-    struct Table;
-    struct Entries;
-    KeyedArchiver(Table& table, Entries& entries) noexcept : table_(&table), entries_(&entries) {}
+    class Table;
+    KeyedArchiver(Table& table, void* object) noexcept : table_(&table), object_(object) {}
     Table* table_;
-    Entries* entries_;  // of the object being encoded
+    void* object_;  // libplist's dictionary of the object being encoded
 };
 
 /// Why an archive was refused, in words for a person.
@@ -52,12 +52,11 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Reads what KeyedArchiver writes (and what Apple's archiver writes of such objects, in XML or binary form), straight
-/// from the bytes: nothing is built but what is asked for. A missing key gives zero, false or nothing. A value of the
-/// wrong kind (an integer will do for a float, and integers and booleans for each other), a reference outside the
-/// table, a reference that leads back to an object being decoded, another class than the one asked for, or more to
-/// decode than an archive of that size can hold throws KeyedArchiveError. Every operation may also throw std::bad_alloc
-/// and what its body throws.
+/// Reads what KeyedArchiver writes (and what Apple's archiver writes of such objects), in XML or binary form. A missing
+/// key gives zero, false or nothing. A value of the wrong kind (an integer will do for a float, and integers and
+/// booleans for each other), a reference outside the table, a reference that leads back to an object being decoded,
+/// another class than the one asked for, or more to decode than an archive of that size can hold throws
+/// KeyedArchiveError. Every operation may also throw std::bad_alloc and what its body throws.
 class KeyedUnarchiver {
 public:
     using Body = std::function<void(KeyedUnarchiver&)>;
@@ -79,10 +78,9 @@ public:
 
 private:
     class Archive;
-    struct Cursor;
-    KeyedUnarchiver(Archive& archive, Cursor& cursor) noexcept : archive_(&archive), cursor_(&cursor) {}
+    KeyedUnarchiver(Archive& archive, void* object) noexcept : archive_(&archive), object_(object) {}
     Archive* archive_;
-    Cursor* cursor_;  // the object being decoded
+    void* object_;  // libplist's dictionary of the object being decoded
 };
 
 }  // namespace velamo

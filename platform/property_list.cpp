@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
+#include <cstdlib>
+#include <memory>
 #include <numeric>
 
-#include "platform/binary_list.h"
-#include "platform/xml_list.h"
+#include "platform/plist.h"
 
 namespace velamo {
 
@@ -110,163 +110,105 @@ std::optional<std::int64_t> PropertyList::integer() const {
 
 namespace {
 
-using Kind = BinaryList::Kind;
-using Object = BinaryList::Object;
+PropertyList valueOf(plist_t node);
 
-// What a list may unfold to, so that its memory stays in proportion to its bytes: an ordinary list names the same few
-// keys and values again and again in one or two bytes each, a hostile one its containers.
-constexpr std::size_t unfoldingPerByte = 64;
-constexpr std::size_t costOfValue = 16;
-
-bool isContainer(const Object& object) {
-    return object.kind == Kind::array || object.kind == Kind::dictionary;
+PropertyList::Data dataOf(plist_t node) {
+    std::uint64_t size = 0;
+    const char* bytes = plist_get_data_ptr(node, &size);
+    return {bytes, bytes + size};
 }
 
-std::size_t referenceCount(const Object& container) {
-    return container.kind == Kind::dictionary ? 2 * container.count : container.count;
-}
-
-// Follows every reference as building does, and gives up where the list is damaged, too deep (or circular) or too big.
-class Unfolding {
-public:
-    explicit Unfolding(const BinaryList& list) noexcept
-        : list_(&list), allowance_(list.byteCount() * unfoldingPerByte) {}
-
-    bool isAllowed(std::uint64_t index, int depth) {
-        const auto object = list_->object(index);
-        if (!object || !spend(costOfValue + (isContainer(*object) ? 0 : object->body.size()))) return false;
-        if (!isContainer(*object)) return true;
-        if (depth > deepestNesting || !areKeysTexts(*object)) return false;
-        for (std::size_t place = 0; place < referenceCount(*object); ++place) {
-            if (!isAllowed(list_->reference(*object, place), depth + 1)) return false;
-        }
-        return true;
-    }
-
-private:
-    bool spend(std::size_t cost) {
-        if (cost > allowance_) return false;
-        allowance_ -= cost;
-        return true;
-    }
-
-    bool areKeysTexts(const Object& container) const {
-        if (container.kind != Kind::dictionary) return true;
-        for (std::size_t place = 0; place < container.count; ++place) {
-            const auto key = list_->object(list_->reference(container, place));
-            if (!key || !key->isText()) return false;
-        }
-        return true;
-    }
-
-    const BinaryList* list_;
-    std::size_t allowance_;
-};
-
-PropertyList integerValue(const Object& object) {
-    const auto value = integerOf(object);
-    return value ? PropertyList(*value) : PropertyList();
-}
-
-PropertyList build(const BinaryList& list, std::uint64_t index);
-
-PropertyList buildArray(const BinaryList& list, const Object& object) {
+PropertyList::Array arrayOf(plist_t node) {
     PropertyList::Array entries;
-    entries.reserve(object.count);
-    for (std::size_t i = 0; i < object.count; ++i) entries.push_back(build(list, list.reference(object, i)));
-    return PropertyList(std::move(entries));
+    for (const plist_t child : childrenOf(node)) entries.push_back(valueOf(child));
+    return entries;
 }
 
-PropertyList buildDictionary(const BinaryList& list, const Object& object) {
+Dictionary dictionaryOf(plist_t node) {
     std::vector<Dictionary::Entry> entries;
-    entries.reserve(object.count);
-    for (std::size_t i = 0; i < object.count; ++i) {
-        const Object key = list.object(list.reference(object, i)).value_or(Object{});
-        entries.emplace_back(textOf(key), build(list, list.reference(object, object.count + i)));
+    plist_dict_iter iterator = nullptr;
+    plist_dict_new_iter(node, &iterator);
+    const std::unique_ptr<void, decltype(&std::free)> owner(iterator, &std::free);
+    for (;;) {
+        char* key = nullptr;
+        plist_t child = nullptr;
+        plist_dict_next_item(node, iterator, &key, &child);
+        const std::unique_ptr<char, decltype(&std::free)> ownedKey(key, &std::free);
+        if (child == nullptr) return Dictionary(std::move(entries));
+        entries.emplace_back(key, valueOf(child));
     }
-    return PropertyList(Dictionary(std::move(entries)));
 }
 
-// Of a list whose unfolding is allowed.
-PropertyList build(const BinaryList& list, std::uint64_t index) {
-    const Object object = list.object(index).value_or(Object{});
-    switch (object.kind) {
-        case Kind::boolean:
-            return PropertyList(object.count == 1);
-        case Kind::integer:
-            return integerValue(object);
-        case Kind::real:
-            return PropertyList(realOf(object));
-        case Kind::data:
-            return PropertyList(PropertyList::Data(object.body.begin(), object.body.end()));
-        case Kind::ascii:
-        case Kind::utf16:
-            return PropertyList(textOf(object));
-        case Kind::uid:
-            return PropertyList(PropertyList::Uid{uidOf(object)});
-        case Kind::array:
-            return buildArray(list, object);
-        case Kind::dictionary:
-            return buildDictionary(list, object);
-        case Kind::nothing:
-        case Kind::date:
+template <class Number>
+Number numberOf(plist_t node, void (*getter)(plist_t, Number*)) {
+    Number number{};
+    getter(node, &number);
+    return number;
+}
+
+PropertyList valueOf(plist_t node) {
+    if (const auto reference = referenceOf(node)) return PropertyList(PropertyList::Uid{*reference});
+    switch (plist_get_node_type(node)) {
+        case PLIST_BOOLEAN:
+            return PropertyList(numberOf(node, plist_get_bool_val) != 0);
+        case PLIST_UINT:  // signed all the same: libplist keeps negative numbers in its unsigned ones
+            return PropertyList(static_cast<std::int64_t>(numberOf(node, plist_get_uint_val)));
+        case PLIST_REAL:
+            return PropertyList(numberOf(node, plist_get_real_val));
+        case PLIST_STRING:
+            return PropertyList(textOfNode(node));
+        case PLIST_DATA:
+            return PropertyList(dataOf(node));
+        case PLIST_ARRAY:
+            return PropertyList(arrayOf(node));
+        case PLIST_DICT:
+            return PropertyList(dictionaryOf(node));
+        default:
             return {};
     }
-    return {};
 }
 
-class BinaryBuilder {
-public:
-    using Index = BinaryListWriter::Index;
-
-    explicit BinaryBuilder(BinaryListWriter& writer) noexcept : writer_(&writer) {}
-    Index write(const PropertyList& list) { return std::visit(*this, list.value()); }
-
-    Index operator()(PropertyList::Other /*absent*/) { return writer_->nothing(); }
-    Index operator()(bool value) { return writer_->boolean(value); }
-    Index operator()(std::int64_t value) { return writer_->integer(value); }
-    Index operator()(double value) { return writer_->real(value); }
-    Index operator()(const std::string& value) { return writer_->text(value); }
-    Index operator()(const PropertyList::Data& value) { return writer_->data(value); }
-    Index operator()(PropertyList::Uid value) { return writer_->uid(value.index); }
-    Index operator()(const PropertyList::Array& array) {
-        std::vector<Index> entries;
-        entries.reserve(array.size());
-        for (const PropertyList& entry : array) entries.push_back(write(entry));
-        return writer_->array(entries);
+struct NodeOfValue {
+    PlistOwner operator()(PropertyList::Other) const { return PlistOwner(plist_new_string("")); }
+    PlistOwner operator()(bool value) const { return PlistOwner(plist_new_bool(value ? 1 : 0)); }
+    PlistOwner operator()(std::int64_t value) const {
+        return PlistOwner(plist_new_uint(static_cast<std::uint64_t>(value)));
     }
-    Index operator()(const Dictionary& dictionary) {
-        std::vector<Index> keys;
-        std::vector<Index> values;
-        for (const auto& [key, value] : dictionary) {
-            keys.push_back(writer_->text(key));
-            values.push_back(write(value));
-        }
-        return writer_->dictionary(keys, values);
+    PlistOwner operator()(double value) const { return PlistOwner(plist_new_real(value)); }
+    PlistOwner operator()(const std::string& value) const {
+        return PlistOwner(plist_new_string(plistText(value).c_str()));
     }
-
-private:
-    BinaryListWriter* writer_;
+    PlistOwner operator()(const PropertyList::Data& value) const {
+        return PlistOwner(plist_new_data(reinterpret_cast<const char*>(value.data()), value.size()));
+    }
+    PlistOwner operator()(PropertyList::Uid value) const { return PlistOwner(plist_new_uid(value.index)); }
+    PlistOwner operator()(const PropertyList::Array& array) const {
+        PlistOwner node(plist_new_array());
+        for (const PropertyList& entry : array)
+            plist_array_append_item(node.get(), std::visit(NodeOfValue(), entry.value()).release());
+        return node;
+    }
+    PlistOwner operator()(const Dictionary& dictionary) const {
+        PlistOwner node(plist_new_dict());
+        for (const auto& [key, value] : dictionary)
+            plist_dict_set_item(node.get(), plistText(key).c_str(), std::visit(NodeOfValue(), value.value()).release());
+        return node;
+    }
 };
 
 }  // namespace
 
 std::optional<PropertyList> parsePropertyList(std::span<const std::uint8_t> bytes) {
-    const auto list = BinaryList::open(bytes);
-    if (!list) return parseXmlList({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-    if (!Unfolding(*list).isAllowed(list->root(), 1)) return std::nullopt;
-    return build(*list, list->root());
+    const PlistOwner root = parsePlist(bytes);
+    return root ? std::optional(valueOf(root.get())) : std::nullopt;
 }
 
 std::vector<std::uint8_t> xmlPropertyList(const PropertyList& root) {
-    const std::string xml = xmlList(root);
-    return {xml.begin(), xml.end()};
+    return xmlOf(std::visit(NodeOfValue(), root.value()).get());
 }
 
 std::vector<std::uint8_t> binaryPropertyList(const PropertyList& root) {
-    BinaryListWriter writer;
-    const auto index = BinaryBuilder(writer).write(root);
-    return writer.finish(index);
+    return binaryOf(std::visit(NodeOfValue(), root.value()).get());
 }
 
 }  // namespace velamo

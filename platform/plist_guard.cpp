@@ -1,0 +1,237 @@
+#include "platform/plist_guard.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace velamo {
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::size_t deepestNesting = 64;
+constexpr std::size_t mostKeys = 65536;
+
+// What a binary list may unfold to, so that its memory stays in proportion to its bytes: an ordinary list names the
+// same few keys and values again and again in one or two bytes each, a hostile one its containers.
+constexpr std::size_t unfoldingPerByte = 64;
+constexpr std::size_t costOfValue = 16;
+
+constexpr std::size_t headerSize = 8;
+constexpr std::size_t trailerSize = 32;
+constexpr unsigned longCount = 15;  // the count stands behind the mark as an integer object
+
+std::uint64_t bigEndian(Bytes bytes) noexcept {
+    std::uint64_t value = 0;
+    for (const std::uint8_t byte : bytes) value = value << 8 | byte;
+    return value;
+}
+
+/// An object of a binary list: what stands behind its mark and its count.
+struct Object {
+    enum class Kind : std::uint8_t { leaf, text, array, dictionary };
+    Kind kind = Kind::leaf;
+    std::size_t count = 0;
+    Bytes body;
+};
+using Kind = Object::Kind;
+
+std::optional<Object> leafOf(std::size_t size, Bytes rest) noexcept {
+    if (size > rest.size()) return std::nullopt;
+    return Object{Kind::leaf, size, rest.first(size)};
+}
+
+/// An object of `count` units of the size; the count may stand behind the mark.
+std::optional<Object> countedOf(Kind kind, std::size_t unit, std::uint64_t count, Bytes rest) noexcept {
+    if (count == longCount) {
+        if (rest.empty() || (rest[0] & 0xFC) != 0x10) return std::nullopt;
+        const std::size_t width = std::size_t{1} << (rest[0] & 0x03);
+        if (width >= rest.size()) return std::nullopt;
+        count = bigEndian(rest.subspan(1, width));
+        rest = rest.subspan(1 + width);
+    }
+    if (count > rest.size() / unit) return std::nullopt;
+    return Object{kind, static_cast<std::size_t>(count), rest.first(static_cast<std::size_t>(count) * unit)};
+}
+
+/// The object whose mark is the first of the bytes: the mark's high half tells the kind, its low half the size.
+std::optional<Object> objectAt(Bytes bytes, std::size_t referenceWidth) noexcept {
+    const unsigned low = bytes[0] & 0x0FU;
+    const Bytes rest = bytes.subspan(1);
+    switch (bytes[0] >> 4) {
+        case 0x0:  // a boolean
+            return low == 8 || low == 9 ? leafOf(0, rest) : std::nullopt;
+        case 0x1:  // an integer
+            return low <= 4 ? leafOf(std::size_t{1} << low, rest) : std::nullopt;
+        case 0x2:  // a real
+            return low == 2 || low == 3 ? leafOf(std::size_t{1} << low, rest) : std::nullopt;
+        case 0x3:  // a date
+            return low == 3 ? leafOf(8, rest) : std::nullopt;
+        case 0x4:  // data
+            return countedOf(Kind::leaf, 1, low, rest);
+        case 0x5:  // ASCII
+            return countedOf(Kind::text, 1, low, rest);
+        case 0x6:  // UTF-16
+            return countedOf(Kind::text, 2, low, rest);
+        case 0x8:  // a reference of a keyed archive
+            return low < 8 ? leafOf(low + 1, rest) : std::nullopt;
+        case 0xA:
+            return countedOf(Kind::array, referenceWidth, low, rest);
+        case 0xD:
+            return countedOf(Kind::dictionary, 2 * referenceWidth, low, rest);
+        default:
+            return std::nullopt;
+    }
+}
+
+/// The binary form, looked at in place: a table of objects that refer to each other by index.
+///   "bplist00", the objects, the offset of each object, and at the end a trailer of 32 bytes:
+///   offset  bytes   meaning (big-endian)
+///   6       1       width of an offset, 1 to 8
+///   7       1       width of a reference, 1 to 8
+///   8       8       number of objects
+///   16      8       index of the root object
+///   24      8       position of the table of offsets
+class BinaryList {
+public:
+    /// Whether every reference, followed as building does, leads to an object, and not too deep, in circles or to too
+    /// much.
+    static bool isSafe(Bytes bytes) {
+        if (bytes.size() < headerSize + trailerSize) return false;
+        BinaryList list(bytes);
+        return list.hasTables_ && list.isAllowed(bigEndian(bytes.last(trailerSize).subspan(16, 8)), 1);
+    }
+
+private:
+    explicit BinaryList(Bytes bytes) noexcept : allowance_(bytes.size() * unfoldingPerByte) {
+        const Bytes trailer = bytes.last(trailerSize);
+        const Bytes content = bytes.first(bytes.size() - trailerSize);
+        offsetWidth_ = trailer[6];
+        referenceWidth_ = trailer[7];
+        if (offsetWidth_ < 1 || offsetWidth_ > 8 || referenceWidth_ < 1 || referenceWidth_ > 8) return;
+        const std::uint64_t count = bigEndian(trailer.subspan(8, 8));
+        const std::uint64_t position = bigEndian(trailer.subspan(24, 8));
+        if (position > content.size() || count > (content.size() - position) / offsetWidth_) return;
+        objects_ = content.first(static_cast<std::size_t>(position));
+        offsets_ = content.subspan(objects_.size(), static_cast<std::size_t>(count) * offsetWidth_);
+        hasTables_ = true;
+    }
+
+    [[nodiscard]] std::optional<Object> object(std::uint64_t index) const noexcept {
+        if (index >= offsets_.size() / offsetWidth_) return std::nullopt;
+        const auto place = static_cast<std::size_t>(index) * offsetWidth_;
+        const std::uint64_t offset = bigEndian(offsets_.subspan(place, offsetWidth_));
+        if (offset < headerSize || offset >= objects_.size()) return std::nullopt;
+        return objectAt(objects_.subspan(static_cast<std::size_t>(offset)), referenceWidth_);
+    }
+
+    [[nodiscard]] std::uint64_t reference(const Object& container, std::size_t place) const noexcept {
+        return bigEndian(container.body.subspan(place * referenceWidth_, referenceWidth_));
+    }
+
+    [[nodiscard]] bool areKeysTexts(const Object& dictionary) const noexcept {
+        for (std::size_t place = 0; place < dictionary.count; ++place) {
+            const auto key = object(reference(dictionary, place));
+            if (!key || key->kind != Kind::text) return false;
+        }
+        return dictionary.count <= mostKeys;
+    }
+
+    bool isAllowed(std::uint64_t index, std::size_t depth) noexcept {
+        const auto found = object(index);
+        if (!found || !spend(costOfValue)) return false;
+        if (found->kind != Kind::array && found->kind != Kind::dictionary) return spend(found->body.size());
+        if (depth > deepestNesting || (found->kind == Kind::dictionary && !areKeysTexts(*found))) return false;
+        const std::size_t references = found->body.size() / referenceWidth_;
+        for (std::size_t place = 0; place < references; ++place) {
+            if (!isAllowed(reference(*found, place), depth + 1)) return false;
+        }
+        return true;
+    }
+
+    bool spend(std::size_t cost) noexcept {
+        if (cost > allowance_) return false;
+        allowance_ -= cost;
+        return true;
+    }
+
+    bool hasTables_ = false;
+    Bytes objects_;
+    Bytes offsets_;
+    std::size_t offsetWidth_ = 1;
+    std::size_t referenceWidth_ = 1;
+    std::size_t allowance_;
+};
+
+/// The nesting of arrays and dictionaries in an XML text.
+class XmlNesting {
+public:
+    /// Takes the content of a tag, what stands between "<" and ">"; false when it nests too deep or is one key too
+    /// many.
+    bool take(std::string_view tag) noexcept {
+        if (tag == "/array" || tag == "/dict") {
+            if (depth_ > 0) --depth_;
+        } else if (tag.substr(0, 3) == "key") {
+            return ++keys_[depth_] <= mostKeys;
+        } else if (tag.substr(0, 5) == "array" || tag.substr(0, 4) == "dict") {
+            if (depth_ == deepestNesting) return false;
+            keys_[depth_ + 1] = 0;
+            if (tag != "array/" && tag != "dict/") ++depth_;
+        }
+        return true;
+    }
+
+private:
+    std::size_t depth_ = 0;
+    std::array<std::size_t, deepestNesting + 1> keys_{};  // of each dictionary that is open
+};
+
+/// Passes over a run that begins and ends with the marks; false when it does not begin so. One without an end takes the
+/// whole text.
+bool takeRun(std::string_view& xml, std::string_view begin, std::string_view end) noexcept {
+    if (xml.substr(0, begin.size()) != begin) return false;
+    const std::size_t found = xml.find(end, begin.size());
+    xml.remove_prefix(found == xml.npos ? xml.size() : found + end.size());
+    return true;
+}
+
+/// Passes over what is no tag of a list: comments, character data, processing instructions.
+bool takeOther(std::string_view& xml) noexcept {
+    return takeRun(xml, "<!--", "-->") || takeRun(xml, "<![CDATA[", "]]>") || takeRun(xml, "<?", "?>");
+}
+
+/// libplist takes a list for whole whose end was cut off behind its value.
+bool isWhole(std::string_view xml) noexcept {
+    constexpr std::string_view end = "</plist>";
+    return xml.find("<plist") == xml.npos ||
+           xml.substr(std::min(xml.rfind("</"), xml.size())).substr(0, end.size()) == end;
+}
+
+bool isPlainDocumentType(std::string_view tag) noexcept {
+    return tag.substr(0, 8) == "!DOCTYPE" && tag.find_first_of("[<") == tag.npos;
+}
+
+}  // namespace
+
+bool isSafeBinaryPlist(std::span<const std::uint8_t> bytes) {
+    return BinaryList::isSafe(bytes);
+}
+
+bool isSafeXmlPlist(std::string_view xml) noexcept {
+    if (xml.find('\0') != xml.npos || !isWhole(xml)) return false;
+    XmlNesting nesting;
+    for (xml.remove_prefix(std::min(xml.find('<'), xml.size())); !xml.empty();
+         xml.remove_prefix(std::min(xml.find('<'), xml.size()))) {
+        if (takeOther(xml)) continue;
+        const std::size_t end = std::min(xml.find('>'), xml.size());
+        const std::string_view tag = xml.substr(1, end - 1);
+        // A tag's end inside quotes is none.
+        if (std::count(tag.begin(), tag.end(), '"') % 2 != 0) return false;
+        if (tag.substr(0, 1) == "!" && !isPlainDocumentType(tag)) return false;
+        if (!nesting.take(tag)) return false;
+        xml.remove_prefix(end);
+    }
+    return true;
+}
+
+}  // namespace velamo
