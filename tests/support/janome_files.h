@@ -57,8 +57,7 @@ constexpr std::size_t sewStreamOffset = 7544;
 inline Bytes sewFile(const std::vector<int>& indices, const Bytes& stream) {
     Bytes header = le16(static_cast<std::int64_t>(indices.size()));
     for (const int index : indices) append(header, le16(index));
-    header.resize(sewStreamOffset, 0x77);
-    return bytes(header, stream);
+    return bytes(header, repeated(sewStreamOffset - header.size(), 0x77), stream);
 }
 
 }  // namespace velamo::test
