@@ -40,21 +40,31 @@ constexpr auto flagTable = [] {
     return table;
 }();
 
+/// Whether reading ends at a record of these flags, be it well or ill.
+bool isLast(std::uint8_t flags) noexcept {
+    return flags == endMark || !flagTable[flags].isValid;
+}
+
 bool readStitches(VLMDesign& design, std::span<const std::uint8_t> records, VLMError* error) {
     VLMStitchSink sink(design, records.size() / recordSize);
     bool isJumping = true;
-    for (; records.size() >= recordSize; records = records.subspan(recordSize)) {
-        const auto record = records.first<recordSize>();
-        const Flags flags = flagTable[record[2]];
-        if (!flags.isValid) return fail(errorTexts, invalidRecord, error);
-        if (record[2] == endMark) return true;
-        if (flags.isColorChange) appendUndefinedThread(design);
+    std::size_t colorChanges = 0;
+    sink.appendWhile([&](DecodedStitch& stitch) {
+        if (records.size() < recordSize || isLast(records[2])) return false;
+        const Flags& flags = flagTable[records[2]];
         const bool isJump = isJumping || flags.startsJumps || flags.isColorChange;
-        sink.append(static_cast<float>(record[1] * flags.signX), static_cast<float>(record[0] * flags.signY), isJump,
-                    flags.isColorChange);
+        stitch.delta =
+            CoordinatePair{static_cast<float>(records[1] * flags.signX), static_cast<float>(records[0] * flags.signY)};
+        stitch.isJump = isJump;
+        stitch.isChange = flags.isColorChange;
         isJumping = isJump && !flags.endsJumps;
-    }
-    return true;
+        colorChanges += flags.isColorChange;
+        records = records.subspan(recordSize);
+        return true;
+    });
+    for (; colorChanges > 0; --colorChanges) appendUndefinedThread(design);
+    const bool isValid = records.size() < recordSize || flagTable[records[2]].isValid;
+    return isValid || fail(errorTexts, invalidRecord, error);
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ constexpr std::uint8_t mark = 0x32;
 constexpr std::size_t headSize = 6;  // without the palette
 constexpr std::size_t colorSize = 4;
 constexpr std::size_t recordSize = 9;
+constexpr std::size_t kindOffset = 8;
 constexpr int mostColors = 16;
 constexpr std::int32_t usualVersion = 20;
 constexpr std::int32_t versionWithPlacedChanges = 21;
@@ -44,23 +45,26 @@ constexpr std::array<ErrorText, 6> errorTexts{{
 constexpr std::array<const char*, 4> types{"PCD", "PCQ", "PCS", "PCS"};
 
 struct Record {
-    int colorIndex = 0;
+    std::size_t colorIndex = 0;
     std::uint32_t rawX = 0;
     std::uint32_t rawY = 0;
     int kind = 0;
+
+    /// Without one a colour is changed where the needle is.
+    [[nodiscard]] bool hasPlace() const noexcept { return rawX != 0 && rawY != 0; }
 };
 constexpr int colorChangeKind = 3;
 constexpr int jumpKind = 4;
 
-Record recordOf(std::span<const std::uint8_t> bytes) noexcept {
-    VLMByteReader in(bytes);
-    Record record;
-    record.colorIndex = in.u8();
-    record.rawX = in.u24();
-    in.skip(1);
-    record.rawY = in.u24();
-    record.kind = in.u8();
-    return record;
+/// The first three bytes as a number. Four are taken, which the processor does in one step.
+std::uint32_t number24(std::span<const std::uint8_t, 4> bytes) noexcept {
+    const std::uint32_t number =
+        bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 | std::uint32_t{bytes[3]} << 24;
+    return number & 0xFFFFFFU;
+}
+
+Record recordOf(std::span<const std::uint8_t, recordSize> bytes) noexcept {
+    return {bytes[0], number24(bytes.subspan<1, 4>()), number24(bytes.subspan<5, 4>()), bytes[kindOffset]};
 }
 
 /// Sixths of a millimetre in tenths. Numbers of the upper half are negative, and one more than the usual complement:
@@ -80,82 +84,90 @@ VLMThread threadOf(std::span<const std::uint8_t> color) {
         localizedText("PATTERN_PALETTE", "VLMDesign", "Threadcolors"));
 }
 
-struct Place {
-    float x = 0;
-    float y = 0;
-    friend bool operator==(const Place&, const Place&) = default;
-};
+bool isLong(CoordinatePair way) noexcept {
+    return std::abs(way[0]) > longestStitch || std::abs(way[1]) > longestStitch;
+}
 
-/// Turns records of absolute places into stitches.
-class RecordReader {
+/// Turns the places of records into the ways between them.
+class RecordDecoder {
 public:
-    RecordReader(VLMDesign& design, std::span<const std::uint8_t> palette, bool isPcs, std::size_t mostStitches)
-        : design_(design),
-          palette_(palette),
-          isPcs_(isPcs),
-          center_{static_cast<float>(design.hoopWidth()) * 5, static_cast<float>(design.hoopHeight()) * 5},
-          sink_(design, mostStitches) {}
+    /// Takes records until `count` of them were no colour records.
+    RecordDecoder(std::span<const std::uint8_t> records, std::size_t count, std::size_t colorCount, bool isPcs,
+                  CoordinatePair center) noexcept
+        : rest_(records), count_(count), colorCount_(colorCount), isPcs_(isPcs), center_(center) {}
 
-    [[nodiscard]] std::size_t colorChanges() const noexcept { return colorChanges_; }
+    /// The records that are left: behind the last one, or from one that makes no sense.
+    [[nodiscard]] std::span<const std::uint8_t> rest() const noexcept { return rest_; }
+    /// Why the next record makes no sense, or 0.
+    [[nodiscard]] int failure() const noexcept { return failure_; }
 
-    /// Takes the next record; the first one only tells where sewing starts. False, with 164 or 165, when it makes no
-    /// sense.
-    bool take(const Record& record, VLMError* error) {
-        Place place{tenths(record.rawX), tenths(record.rawY)};
-        if (place.x > farthestX || place.y > farthestY) return fail(errorTexts, invalidPlace, error);
-        place = {place.x - center_.x, place.y - center_.y};
-        const bool isChange = isPcs_ && record.kind == colorChangeKind;
-        const bool isJump = isPcs_ && record.kind == jumpKind;
-        if (isChange && !takeColorChange(record, place, error)) return false;
-        // A place that is repeated means that the needle was moved there, not sewn.
-        if (VLMStitch* const last = sink_.last(); last && !isChange && !isJump && place == former_)
-            last->setIsJumpStitch(true);
-        if (!isFirst_) append(place, isJump, isChange);
-        isFirst_ = false;
+    /// The way to the next record's place, the first time from the hoop's middle; false when there is none.
+    bool take(DecodedStitch& way) noexcept {
+        if (count_ == 0 || rest_.size() < recordSize) return false;
+        const Record record = recordOf(rest_.first<recordSize>());
+        const CoordinatePair fromCorner{tenths(record.rawX), tenths(record.rawY)};
+        way.isChange = isPcs_ && record.kind == colorChangeKind;
+        if (fromCorner[0] > farthestX || fromCorner[1] > farthestY)
+            failure_ = invalidPlace;
+        else if (way.isChange && record.colorIndex >= colorCount_)
+            failure_ = invalidColor;
+        if (failure_ != 0) return false;
+        const CoordinatePair place = way.isChange && !record.hasPlace() ? former_ : fromCorner - center_;
+        way.delta = place - former_;
+        way.isJump = (isPcs_ && record.kind == jumpKind) || isLong(way.delta);
         former_ = place;
+        count_ -= way.isChange ? 0 : 1;
+        rest_ = rest_.subspan(recordSize);
         return true;
     }
 
 private:
-    bool takeColorChange(const Record& record, Place& place, VLMError* error) {
-        const auto offset = static_cast<std::size_t>(record.colorIndex) * colorSize;
-        if (offset >= palette_.size()) return fail(errorTexts, invalidColor, error);
-        design_.threads().push_back(threadOf(palette_.subspan(offset, colorSize)));
-        ++colorChanges_;
-        if (record.rawX == 0 || record.rawY == 0) {
-            place = former_;
-        } else {
-            design_.setDesignVersion(versionWithPlacedChanges);
-        }
-        return true;
-    }
-
-    void append(Place place, bool isJump, bool isChange) {
-        const float deltaX = place.x - former_.x;
-        const float deltaY = place.y - former_.y;
-        const bool isLong = std::abs(deltaX) > longestStitch || std::abs(deltaY) > longestStitch;
-        sink_.append(deltaX, deltaY, isJump || isLong, isChange);
-    }
-
-    VLMDesign& design_;
-    std::span<const std::uint8_t> palette_;
+    std::span<const std::uint8_t> rest_;
+    std::size_t count_;
+    std::size_t colorCount_;
     bool isPcs_;
-    Place center_;
-    VLMStitchSink sink_;
-    Place former_;
-    bool isFirst_ = true;
-    std::size_t colorChanges_ = 0;
+    CoordinatePair center_;
+    CoordinatePair former_{};
+    int failure_ = 0;
 };
 
-/// Reads records until `count` of them were no colour records, or until the file ends.
+/// The first record only tells where sewing starts.
+void appendStitches(VLMDesign& design, RecordDecoder& records, std::size_t mostStitches) {
+    VLMStitchSink sink(design, mostStitches);
+    RecordDecoder decoder = records;
+    DecodedStitch start;
+    if (decoder.take(start)) sink.appendWhile([&](DecodedStitch& stitch) { return decoder.take(stitch); });
+    records = decoder;
+}
+
+/// A place that is repeated means that the needle was moved there, not sewn. Looks at the stitches from `first` on.
+void markRepeatedPlaces(VLMStitchList& stitches, std::size_t first) {
+    for (std::size_t i = std::max<std::size_t>(first, 1); i < stitches.size(); ++i) {
+        const bool isPlain = !stitches[i].isJumpStitch() && !stitches[i].isColorChange();
+        if (isPlain && stitches[i].isNullStitch()) stitches[i - 1].setIsJumpStitch(true);
+    }
+}
+
+void takeColors(VLMDesign& design, std::span<const std::uint8_t> records, std::span<const std::uint8_t> palette) {
+    for (; !records.empty(); records = records.subspan(recordSize)) {
+        if (records[kindOffset] != colorChangeKind) continue;
+        const Record record = recordOf(records.first<recordSize>());
+        design.threads().push_back(threadOf(palette.subspan(record.colorIndex * colorSize, colorSize)));
+        if (record.hasPlace()) design.setDesignVersion(versionWithPlacedChanges);
+    }
+}
+
+/// Stitches and threads of the records; those before one that makes no sense stay.
 bool readRecords(VLMDesign& design, std::span<const std::uint8_t> records, std::span<const std::uint8_t> palette,
                  std::size_t count, bool isPcs, VLMError* error) {
-    RecordReader reader(design, palette, isPcs, records.size() / recordSize);
-    for (std::size_t taken = 0; taken - reader.colorChanges() < count && records.size() >= recordSize; ++taken) {
-        if (!reader.take(recordOf(records.first(recordSize)), error)) return false;
-        records = records.subspan(recordSize);
-    }
-    return true;
+    const CoordinatePair center{static_cast<float>(design.hoopWidth()) * 5,
+                                static_cast<float>(design.hoopHeight()) * 5};
+    RecordDecoder decoder(records, count, palette.size() / colorSize, isPcs, center);
+    const std::size_t first = design.stitches().size();
+    appendStitches(design, decoder, records.size() / recordSize);
+    markRepeatedPlaces(design.stitches(), first);
+    if (isPcs) takeColors(design, records.first(records.size() - decoder.rest().size()), palette);
+    return decoder.failure() == 0 || fail(errorTexts, decoder.failure(), error);
 }
 
 bool takeType(VLMDesign& design, std::uint8_t type, VLMError* error) {

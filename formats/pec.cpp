@@ -39,32 +39,27 @@ constexpr std::array<ErrorText, 3> errorTexts{{
 
 /// The lower 12 bits of two bytes as a signed number.
 int longValue(unsigned first, unsigned second) noexcept {
-    const int value = static_cast<int>((first & 0x0FU) << 8 | second);
-    return value < 0x800 ? value : value - 0x1000;
+    const auto value = static_cast<int>((first & 0x0FU) << 8 | second);
+    return (value ^ 0x800) - 0x800;
 }
 
 /// One byte below 0x80 as a signed number.
 int shortValue(int byte) noexcept {
-    return byte < 0x40 ? byte : byte - 0x80;
+    return (byte ^ 0x40) - 0x40;
 }
 
 struct Coordinate {
     int value = 0;
     bool hasFlags = false;  // a long form that is not just the sign's continuation of a short one
+    std::size_t size = 0;   // 0: the bytes end within it
 };
 
-/// Takes a coordinate off the front of the bytes; nothing when they end within it.
-std::optional<Coordinate> takeCoordinate(std::span<const std::uint8_t>& bytes) noexcept {
-    if (bytes.empty()) return std::nullopt;
+Coordinate coordinateAt(std::span<const std::uint8_t> bytes) noexcept {
+    if (bytes.empty()) return {};
     const std::uint8_t first = bytes[0];
-    if (first < 0x80) {
-        bytes = bytes.subspan(1);
-        return Coordinate{shortValue(first), false};
-    }
-    if (bytes.size() < 2) return std::nullopt;
-    const std::uint8_t second = bytes[1];
-    bytes = bytes.subspan(2);
-    return Coordinate{longValue(first, second), first != 0x80 && first != 0x8F};
+    if (first < 0x80) return {shortValue(first), false, 1};
+    if (bytes.size() < 2) return {};
+    return {longValue(first, bytes[1]), first != 0x80 && first != 0x8F, 2};
 }
 
 /// A jump from the origin to where sewing starts: the start coordinates count from the corner of the bounds, so the
@@ -93,10 +88,11 @@ std::uint32_t readMoves(VLMStitchSink& sink, std::span<const std::uint8_t> strea
             stream = stream.subspan(std::min(changeSize, stream.size()));
             continue;
         }
-        const auto x = takeCoordinate(stream);
-        const auto y = takeCoordinate(stream);
-        if (!x || !y) return 0;
-        sink.append(static_cast<float>(x->value), static_cast<float>(-y->value), x->hasFlags && y->hasFlags, false);
+        const Coordinate x = coordinateAt(stream);
+        const Coordinate y = coordinateAt(stream.subspan(x.size));
+        if (x.size == 0 || y.size == 0) return 0;
+        sink.append(static_cast<float>(x.value), static_cast<float>(-y.value), x.hasFlags && y.hasFlags, false);
+        stream = stream.subspan(x.size + y.size);
     }
     return 0;
 }
