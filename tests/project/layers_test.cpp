@@ -80,7 +80,7 @@ TEST(Rooms, ModelSeesOnlyTheMeasurementsOfRender) {
 INSTANTIATE_TEST_SUITE_P(All, Layers,
                          testing::Values("platform", "render", "model", "formats", "plugin", "catalogue", "cli",
                                          "samples"),
-                         [](const auto& info) { return info.param; });
+                         [](const auto& layer) { return layer.param; });
 
 }  // namespace
 }  // namespace velamo
