@@ -1,0 +1,114 @@
+// Writes the seeds from which fuzzing starts: make_corpus FOLDER puts them into FOLDER/<target>/.
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <map>
+
+#include "formats/format.h"
+#include "fuzz/import_input.h"
+#include "platform/files.h"
+#include "platform/property_list.h"
+#include "tests/support/samples.h"
+
+namespace velamo::fuzz {
+namespace {
+
+using test::Bytes;
+using test::sampleFile;
+
+/// The target of each format: formats that share a reader share it, and have the name of the first of them.
+std::map<std::string_view, std::string_view> targetsOfFormats() {
+    std::map<std::string_view, std::string_view> targets;
+    for (const Format& format : allFormats())
+        for (const Format& first : allFormats())
+            if (first.reader == format.reader) {
+                targets.emplace(format.extension, first.extension);
+                break;
+            }
+    return targets;
+}
+
+/// A side file of two threads, as it is written today and as it once was.
+PropertyList sideFile(bool isCurrent) {
+    PropertyList::Array threads;
+    for (const char* name : {"Red", "Blue"}) {
+        PropertyList::Dictionary thread;
+        const auto put = [&](const char* key, PropertyList::Value value) {
+            thread.emplace(key, PropertyList(std::move(value)));
+        };
+        for (const char* key : {"name", "key", "palette", "paletteName"}) put(key, std::string(name));
+        if (isCurrent) put("threadfileversion", std::int64_t{2});
+        for (const char* key : {"red", "green", "blue"}) put(key, 0.5);
+        put("color", PropertyList::Data{4, 11, 's', 't', 'r', 'e', 'a', 'm', 't', 'y', 'p', 'e', 'd'});
+        threads.emplace_back(std::move(thread));
+    }
+    return PropertyList(std::move(threads));
+}
+
+/// Inputs that only the target's own reader understands, besides the format's sample.
+std::vector<Bytes> furtherSeeds(std::string_view target) {
+    if (target == "dst") return {test::bytes(0x81, 0, 0x03, 0, 0, 0xC3, 0x84, 1, 0x83), test::dstEnd};
+    if (target == "ksm") return {test::bytes(5, 10, 0x98, 5, 5, 0x80, 0, 0, 0x8C, 9, 20, 0xB8, 4, 4, 0xE0, 0, 0, 0x88)};
+    if (target == "sew") {
+        const Bytes whole = sampleFile("sew");
+        return {test::bytes(Bytes(whole.begin(), whole.begin() + 26), test::janomeSample)};
+    }
+    if (target == "pec") return {test::pecSegment(), test::pecSegment({.surplusHeader = 1})};
+    if (target == "pes") return {test::pesFileOf("0060", test::pecSegment())};
+    if (target == "vp3") return {test::vp3File()};
+    return {};
+}
+
+class Corpus {
+public:
+    explicit Corpus(std::filesystem::path folder) : folder_(std::move(folder)) {}
+
+    bool write(std::string_view target, const Bytes& seed) {
+        const auto folder = folder_ / target;
+        std::filesystem::create_directories(folder);
+        return !replaceFile(folder / ("seed" + std::to_string(++written_)), seed);
+    }
+
+private:
+    std::filesystem::path folder_;
+    int written_ = 0;
+};
+
+bool writeImportSeeds(Corpus& corpus) {
+    const auto formats = allFormats();
+    bool isWritten = true;
+    for (std::size_t i = 0; i < formats.size(); ++i) {
+        const Bytes file = sampleFile(formats[i].extension);
+        isWritten = corpus.write("import", bytesOf(i, {}, file)) && isWritten;
+        isWritten = corpus.write("import", bytesOf(i, xmlPropertyList(sideFile(true)), file)) && isWritten;
+    }
+    const Bytes exp = sampleFile("exp");
+    const auto isExp = [](const Format& format) { return format.extension == "exp"; };
+    const auto place = static_cast<std::size_t>(std::find_if(formats.begin(), formats.end(), isExp) - formats.begin());
+    for (const bool isCurrent : {true, false})
+        for (const auto& encoded : {xmlPropertyList(sideFile(isCurrent)), binaryPropertyList(sideFile(isCurrent))})
+            isWritten = corpus.write("import", bytesOf(place, encoded, exp)) && isWritten;
+    return isWritten;
+}
+
+bool writeSeeds(Corpus& corpus) {
+    bool isWritten = writeImportSeeds(corpus);
+    for (const auto& [extension, target] : targetsOfFormats()) {
+        if (target != "pec") isWritten = corpus.write(target, sampleFile(extension)) && isWritten;
+        if (target != extension) continue;
+        for (const Bytes& seed : furtherSeeds(target)) isWritten = corpus.write(target, seed) && isWritten;
+    }
+    return isWritten;
+}
+
+}  // namespace
+}  // namespace velamo::fuzz
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 2) {
+        std::fprintf(stderr, "usage: %s FOLDER\n", arguments[0]);
+        return 2;
+    }
+    velamo::fuzz::Corpus corpus(arguments[1]);
+    return velamo::fuzz::writeSeeds(corpus) ? 0 : 1;
+}
