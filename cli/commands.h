@@ -19,6 +19,8 @@ void describeIndex(CLI::App& program, Action& chosen);
 void describeSearch(CLI::App& program, Action& chosen);
 void describeDump(CLI::App& program, Action& chosen);
 void describePalettes(CLI::App& program, Action& chosen);
+void describeHoops(CLI::App& program, Action& chosen);
+void describeEdit(CLI::App& program, Action& chosen);
 void describeFormatLength(CLI::App& program, Action& chosen);
 void describeParseLength(CLI::App& program, Action& chosen);
 

@@ -33,14 +33,6 @@ Json threadsJson(const VLMThreadList& threads) {
     return list;
 }
 
-Json hoopJson(const VLMHoopHandle& hoop) {
-    if (!hoop) return {};
-    return {{"name", jsonText(hoop->name())}, {"vendor", jsonText(hoop->vendor())},
-            {"code", hoop->code()},           {"width", hoop->width()},
-            {"height", hoop->height()},       {"isMultiHoop", hoop->isMultiHoop()},
-            {"isRounded", hoop->isRounded()}, {"isWritable", hoop->isWritable()}};
-}
-
 Json recordJson(const VLMDesign& design, const VLMError* error) {
     const VLMRange range = design.displayRange();
     return {{"ok", error == nullptr},
@@ -87,6 +79,14 @@ void writeStitches(std::ostream& out, const VLMStitchList& stitches) {
 }
 
 }  // namespace
+
+Json hoopJson(const VLMHoopHandle& hoop) {
+    if (!hoop) return {};
+    return {{"name", jsonText(hoop->name())}, {"vendor", jsonText(hoop->vendor())},
+            {"code", hoop->code()},           {"width", hoop->width()},
+            {"height", hoop->height()},       {"isMultiHoop", hoop->isMultiHoop()},
+            {"isRounded", hoop->isRounded()}, {"isWritable", hoop->isWritable()}};
+}
 
 Json errorJson(const VLMError& error) {
     return {{"domain", std::string(error.domain)}, {"code", error.code}, {"message", error.message()}};

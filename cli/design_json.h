@@ -10,6 +10,9 @@ namespace velamo {
 /// {"domain", "code", "message"}
 [[nodiscard]] Json errorJson(const VLMError& error);
 
+/// The hoop with its eight values; null without one.
+[[nodiscard]] Json hoopJson(const VLMHoopHandle& hoop);
+
 /// The figures that are derived from a design.
 [[nodiscard]] Json statisticsJson(const VLMDesign& design);
 
