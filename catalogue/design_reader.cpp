@@ -29,6 +29,7 @@ ReadOutcome read(PluginHost& host, const std::filesystem::path& file) {
 
 std::vector<DesignReader> pluginReaders(const std::filesystem::path& module, std::size_t count) {
     std::vector<DesignReader> readers;
+    readers.reserve(count);
     for (std::size_t i = 0; i < count; ++i)
         readers.emplace_back([host = std::make_shared<PluginHost>(module)](const std::filesystem::path& file) {
             return read(*host, file);

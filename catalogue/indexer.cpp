@@ -86,6 +86,7 @@ ReadOutcome readSafely(const DesignReader& reader, const Path& file) noexcept {
 
 std::vector<Readers::Work> worksOf(std::vector<DesignReader> readers) {
     std::vector<Readers::Work> works;
+    works.reserve(readers.size());
     for (DesignReader& reader : readers)
         works.emplace_back([reader = std::move(reader)](Job&& job) {
             ReadOutcome outcome = readSafely(reader, job.file);
