@@ -159,8 +159,10 @@ private:
     /// The way from the end of the section before to the start of this one, which its first stitch takes along. Its y
     /// is not turned round, unlike that of stitches: that is how machines understand the files.
     void takeGap(Place start) {
-        gapX_ = static_cast<float>(wrappedDifference(start.x, former_.x) / 100);
-        gapY_ = static_cast<float>(wrappedDifference(start.y, former_.y) / 100);
+        const std::int32_t tenthsX = wrappedDifference(start.x, former_.x) / 100;
+        const std::int32_t tenthsY = wrappedDifference(start.y, former_.y) / 100;
+        gapX_ = static_cast<float>(tenthsX);
+        gapY_ = static_cast<float>(tenthsY);
         constexpr std::int32_t versionWithGaps = 20;
         if (gapX_ != 0 || gapY_ != 0) design_.setDesignVersion(versionWithGaps);
     }
