@@ -46,8 +46,11 @@ std::string outputOf(const std::string& command) {
     return output;
 }
 
-/// Times differ from run to run, and so do the folders of a checkout.
-std::string withoutTimes(const std::string& text) {
+/// Times differ from run to run, and the README's checkout is in another folder.
+std::string comparable(std::string text) {
+    const std::string folder = VELAMO_SOURCE_FOLDER;
+    for (std::size_t found = text.find(folder); found != text.npos; found = text.find(folder))
+        text.replace(found, folder.size(), "/home/you/velamo");
     static const std::regex time(R"([0-9]+(\.[0-9]+)? s\b)");
     return std::regex_replace(text, time, "N s");
 }
@@ -60,7 +63,7 @@ TEST(Readme, ShowsWhatTheProgramPrints) {
         if (command.rfind("velamo ", 0) != 0) continue;  // ./run and ./test are tried whole, not from within themselves
         const std::string run = "cd '" + std::string(VELAMO_SOURCE_FOLDER) + "' && XDG_DATA_HOME='" +
                                 data.path().native() + "' " + VELAMO_PROGRAM + command.substr(6) + " 2>&1";
-        EXPECT_EQ(withoutTimes(outputOf(run)), withoutTimes(output)) << command;
+        EXPECT_EQ(comparable(outputOf(run)), comparable(output)) << command;
         ++tried;
     }
     EXPECT_GE(tried, 3U);
