@@ -22,8 +22,7 @@ void describeParseLength(CLI::App& program, Action& chosen) {
         std::string text;
         std::optional<std::int32_t> unit;
     };
-    auto* command =
-        program.add_subcommand("parse-length", "Read a length such as '0.5 in' and print its millimetres");
+    auto* command = program.add_subcommand("parse-length", "Read a length such as '0.5 in' and print its millimetres");
     const auto options = std::make_shared<Options>();
     command->add_option("TEXT", options->text, "The length; without a unit of its own it is in the user's")->required();
     describeUnit(*command, options->unit);
