@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <map>
 
@@ -9,6 +10,9 @@
 
 namespace velamo {
 namespace {
+
+// The time of libplist's other writer grows with the square of the number of objects: minutes for a large design.
+constexpr PlistForm form = PlistForm::xml;
 
 constexpr std::string_view archiverName = "NSKeyedArchiver";
 constexpr std::uint64_t archiveVersion = 100000;
@@ -108,7 +112,9 @@ public:
         plist_dict_set_item(object, std::string(key).c_str(), value.release());
     }
 
-    PlistOwner addText(std::string_view text) { return append(PlistOwner(plist_new_string(plistText(text).c_str()))); }
+    PlistOwner addText(std::string_view text) {
+        return append(PlistOwner(plist_new_string(plistText(text, form).c_str())));
+    }
 
     // An object stands before what it refers to, its class behind all of that.
     PlistOwner addObject(std::string_view className, const Body& body) {
@@ -135,12 +141,12 @@ public:
     std::vector<std::uint8_t> finish(PlistOwner root) {
         PlistOwner top(plist_new_dict());
         put(top.get(), "root", std::move(root));
-        const PlistOwner archive(plist_new_dict());
+        PlistOwner archive(plist_new_dict());
         put(archive.get(), "$version", PlistOwner(plist_new_uint(archiveVersion)));
         put(archive.get(), "$archiver", PlistOwner(plist_new_string(std::string(archiverName).c_str())));
         put(archive.get(), "$top", std::move(top));
         put(archive.get(), "$objects", std::move(objects_));
-        return xmlOf(archive.get());
+        return plistBytes(std::move(archive), form);
     }
 
 private:
@@ -177,7 +183,10 @@ std::vector<std::uint8_t> KeyedArchiver::archiveRoot(std::string_view className,
 }
 
 void KeyedArchiver::encodeFloat(std::string_view key, float value) {
-    Table::put(object_, key, PlistOwner(plist_new_real(static_cast<double>(value))));
+    // libplist writes the negative zero without its sign; the smallest negative number becomes it again as a float.
+    constexpr double negativeZero = -std::numeric_limits<double>::denorm_min();
+    const bool isNegativeZero = value == 0 && std::signbit(value);
+    Table::put(object_, key, PlistOwner(plist_new_real(isNegativeZero ? negativeZero : static_cast<double>(value))));
 }
 
 void KeyedArchiver::encodeInteger(std::string_view key, std::int32_t value) {
@@ -247,12 +256,7 @@ plist_t valueOf(plist_t object, std::string_view key) {
 
 /// An integer, or a boolean as 0 or 1.
 std::optional<std::int64_t> integerOf(plist_t node) {
-    if (isOfKind(node, PLIST_UINT)) {
-        std::uint64_t value = 0;
-        plist_get_uint_val(node, &value);
-        return static_cast<std::int64_t>(value);
-    }
-    if (!isOfKind(node, PLIST_BOOLEAN)) return std::nullopt;
+    if (!isOfKind(node, PLIST_BOOLEAN)) return integerOfNode(node);
     std::uint8_t value = 0;
     plist_get_bool_val(node, &value);
     return value;
@@ -276,7 +280,7 @@ public:
     /// The place in the table that a value refers to; nothing for no value and for "$null".
     [[nodiscard]] std::optional<std::size_t> target(plist_t value, std::string_view key) const {
         if (value == nullptr) return std::nullopt;
-        const auto place = referenceOf(value);
+        const auto place = referenceOfNode(value);
         if (!place) refuseKind(key, "reference");
         if (*place >= table_.size())
             refuse("the value of " + inQuotes(key) + " refers to an object that is not there.");

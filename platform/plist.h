@@ -18,23 +18,29 @@ struct PlistDeleter {
 };
 using PlistOwner = std::unique_ptr<void, PlistDeleter>;
 
+/// The two forms of a property list. XML has no control characters but tab and the two ends of a line.
+enum class PlistForm : std::uint8_t { xml, binary };
+
 /// Reads an XML or binary property list; null when the bytes are none, or are such that libplist must not be given them
 /// (see plist_guard.h).
 [[nodiscard]] PlistOwner parsePlist(std::span<const std::uint8_t> bytes);
 
-/// The tree as XML text and in the binary form. The time of the latter grows with the square of a tree's size.
-[[nodiscard]] std::vector<std::uint8_t> xmlOf(plist_t root);
-[[nodiscard]] std::vector<std::uint8_t> binaryOf(plist_t root);
+/// The tree in a form; the tree is gone before the bytes are copied, as both may be large. The time of the binary form
+/// grows with the square of a tree's size. Throws std::length_error when it would be more than 4 GB.
+[[nodiscard]] std::vector<std::uint8_t> plistBytes(PlistOwner root, PlistForm form);
 
-/// A text as XML can hold it: what is no UTF-8 and no character of XML becomes U+FFFD.
-[[nodiscard]] std::string plistText(std::string_view text);
+/// A text or a key as the form can hold it: what is no UTF-8, and what is no character of the form, becomes U+FFFD.
+[[nodiscard]] std::string plistText(std::string_view text, PlistForm form);
 
 /// The text of a node, with what is no UTF-8 in it replaced by U+FFFD; "" when the node is no text.
 [[nodiscard]] std::string textOfNode(plist_t node);
 
-/// What a reference of a keyed archive refers to; nothing when the node is no reference. XML has no references of its
-/// own: there a dictionary with the key "CF$UID" alone is one.
-[[nodiscard]] std::optional<std::uint64_t> referenceOf(plist_t node) noexcept;
+/// The number of an integer node; nothing when the node is no integer or the number needs more than 64 signed bits.
+[[nodiscard]] std::optional<std::int64_t> integerOfNode(plist_t node);
+
+/// The place in a keyed archive's table that a node refers to; nothing when the node is no reference. In XML a
+/// reference is a dictionary of the one key "CF$UID", which libplist writes so, but reads as the dictionary.
+[[nodiscard]] std::optional<std::uint32_t> referenceOfNode(plist_t node);
 
 /// The children of an array in order; none when the node is no array. One pass, as looking up by index may be slow.
 [[nodiscard]] std::vector<plist_t> childrenOf(plist_t array);

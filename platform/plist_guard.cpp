@@ -10,12 +10,19 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::size_t deepestNesting = 64;
-constexpr std::size_t mostKeys = 65536;
 
 // What a binary list may unfold to, so that its memory stays in proportion to its bytes: an ordinary list names the
-// same few keys and values again and again in one or two bytes each, a hostile one its containers.
-constexpr std::size_t unfoldingPerByte = 64;
-constexpr std::size_t costOfValue = 16;
+// same keys and values again and again in one or two bytes each, a hostile one its containers.
+constexpr std::size_t costOfValue = 96;  // the bytes of one in memory, beside its text
+constexpr std::size_t unfoldingPerByte = 160;
+
+// In XML libplist goes along a dictionary from its first key for each that comes again, and along a text for each
+// character reference. A step along the keys takes the time of many bytes of a text.
+constexpr std::size_t leastXmlWork = std::size_t{1} << 26;  // about a second
+constexpr std::size_t xmlWorkPerByte = 64;
+constexpr std::size_t movedBytesPerWork = 64;
+constexpr std::size_t longestReference = 9;  // with its end: "#x10FFFF;"
+constexpr std::size_t longestTag = 4096;     // a name's length is an int in libplist
 
 constexpr std::size_t headerSize = 8;
 constexpr std::size_t trailerSize = 32;
@@ -84,7 +91,7 @@ std::optional<Object> objectAt(Bytes bytes, std::size_t referenceWidth) noexcept
     }
 }
 
-/// The binary form, looked at in place: a table of objects that refer to each other by index.
+/// The binary form: a table of objects that refer to each other by index.
 ///   "bplist00", the objects, the offset of each object, and at the end a trailer of 32 bytes:
 ///   offset  bytes   meaning (big-endian)
 ///   6       1       width of an offset, 1 to 8
@@ -96,7 +103,7 @@ class BinaryList {
 public:
     /// Whether every reference, followed as building does, leads to an object, and not too deep, in circles or to too
     /// much.
-    static bool isSafe(Bytes bytes) {
+    static bool isSafe(Bytes bytes) noexcept {
         if (bytes.size() < headerSize + trailerSize) return false;
         BinaryList list(bytes);
         return list.hasTables_ && list.isAllowed(bigEndian(bytes.last(trailerSize).subspan(16, 8)), 1);
@@ -134,12 +141,22 @@ private:
             const auto key = object(reference(dictionary, place));
             if (!key || key->kind != Kind::text) return false;
         }
-        return dictionary.count <= mostKeys;
+        return true;
+    }
+
+    /// libplist ends a text at a NUL, and stops the program where that is a key of UTF-16.
+    static bool hasNul(const Object& text) noexcept {
+        const std::size_t unit = text.count == 0 ? 1 : text.body.size() / text.count;
+        for (std::size_t place = 0; place < text.body.size(); place += unit) {
+            if (bigEndian(text.body.subspan(place, unit)) == 0) return true;
+        }
+        return false;
     }
 
     bool isAllowed(std::uint64_t index, std::size_t depth) noexcept {
         const auto found = object(index);
         if (!found || !spend(costOfValue)) return false;
+        if (found->kind == Kind::text && hasNul(*found)) return false;
         if (found->kind != Kind::array && found->kind != Kind::dictionary) return spend(found->body.size());
         if (depth > deepestNesting || (found->kind == Kind::dictionary && !areKeysTexts(*found))) return false;
         const std::size_t references = found->body.size() / referenceWidth_;
@@ -163,75 +180,110 @@ private:
     std::size_t allowance_;
 };
 
-/// The nesting of arrays and dictionaries in an XML text.
-class XmlNesting {
+/// The XML form, looked at as libplist reads it, so that both see the same tags. What only libplist refuses may differ
+/// from there on, as it stops at that place.
+class XmlList {
 public:
-    /// Takes the content of a tag, what stands between "<" and ">"; false when it nests too deep or is one key too
-    /// many.
-    bool take(std::string_view tag) noexcept {
-        if (tag == "/array" || tag == "/dict") {
-            if (depth_ > 0) --depth_;
-        } else if (tag.substr(0, 3) == "key") {
-            return ++keys_[depth_] <= mostKeys;
-        } else if (tag.substr(0, 5) == "array" || tag.substr(0, 4) == "dict") {
-            if (depth_ == deepestNesting) return false;
-            keys_[depth_ + 1] = 0;
-            if (tag != "array/" && tag != "dict/") ++depth_;
+    explicit XmlList(std::string_view xml) noexcept
+        : rest_(xml), allowance_(leastXmlWork + xml.size() * xmlWorkPerByte) {}
+
+    bool isSafe() noexcept {
+        if (rest_.find('\0') != rest_.npos) return false;
+        while (takeText() && !rest_.empty()) {
+            if (!takeMarkup()) return false;
+        }
+        return rest_.empty() && !lacksEnd_;
+    }
+
+private:
+    /// Takes what stands before the next tag. libplist moves the rest of a text for every reference in it.
+    bool takeText() noexcept {
+        const std::string_view text = rest_.substr(0, rest_.find('<'));
+        rest_.remove_prefix(text.size());
+        for (std::size_t place = text.find('&'); place != text.npos; place = text.find('&', place + 1)) {
+            const std::string_view reference = text.substr(place + 1, longestReference);
+            const std::size_t end = reference.find(';');
+            if (end == reference.npos || !isKnown(reference.substr(0, end))) return false;
+            if (!spend(text.size() / movedBytesPerWork)) return false;
         }
         return true;
     }
 
-private:
+    /// Only so much of a name decides in libplist that "&ampere;" is an ampersand. Numbers it looks at closely.
+    static bool isKnown(std::string_view reference) noexcept {
+        constexpr std::array<std::string_view, 5> names{"amp", "apos", "gt", "lt", "quot"};
+        return reference.starts_with('#') || std::find(names.begin(), names.end(), reference) != names.end();
+    }
+
+    bool takeMarkup() noexcept {
+        if (rest_.starts_with("<!--")) return takeRun(4, "-->");
+        if (rest_.starts_with("<![CDATA[")) return takeRun(9, "]]>");
+        if (rest_.starts_with("<?")) return hasWholeQuotes(rest_.substr(0, rest_.find("?>", 1))) && takeRun(1, "?>");
+        return takeTag();
+    }
+
+    /// Takes everything up to and including the end, which is looked for from a place on.
+    bool takeRun(std::size_t place, std::string_view end) noexcept {
+        const std::size_t found = rest_.find(end, place);
+        if (found == rest_.npos) return false;
+        rest_.remove_prefix(found + end.size());
+        return true;
+    }
+
+    bool takeTag() noexcept {
+        const std::string_view tag = rest_.substr(1, std::min(rest_.find('>'), rest_.size()) - 1);
+        if (tag.size() > longestTag || !hasWholeQuotes(tag)) return false;
+        if (tag.starts_with('!') && !isPlainDocumentType(tag)) return false;
+        // libplist takes a list for whole whose end was cut off behind its value.
+        if (tag.starts_with("plist") || tag.starts_with("/plist")) lacksEnd_ = tag.front() == 'p';
+        return nest(tag) && takeRun(0, ">");
+    }
+
+    /// For libplist an end inside quotes is none.
+    static bool hasWholeQuotes(std::string_view markup) noexcept {
+        return std::count(markup.begin(), markup.end(), '"') % 2 == 0;
+    }
+
+    static bool isPlainDocumentType(std::string_view tag) noexcept {
+        return tag.starts_with("!DOCTYPE") && tag.find_first_of("[<") == tag.npos;
+    }
+
+    /// False when the tag nests too deep or is one key too many. Unusual ends are not counted, which errs to the safe
+    /// side.
+    bool nest(std::string_view tag) noexcept {
+        if (tag == "/array" || tag == "/dict") {
+            depth_ -= depth_ > 0 ? 1 : 0;
+        } else if (tag.starts_with("key")) {
+            return spend(keys_[depth_]++);
+        } else if (tag.starts_with("array") || tag.starts_with("dict")) {
+            if (depth_ == deepestNesting) return false;
+            keys_[depth_ + 1] = 0;
+            depth_ += tag == "array/" || tag == "dict/" ? 0 : 1;
+        }
+        return true;
+    }
+
+    bool spend(std::size_t work) noexcept {
+        if (work > allowance_) return false;
+        allowance_ -= work;
+        return true;
+    }
+
+    std::string_view rest_;
+    std::size_t allowance_;
+    bool lacksEnd_ = false;
     std::size_t depth_ = 0;
-    std::array<std::size_t, deepestNesting + 1> keys_{};  // of each dictionary that is open
+    std::array<std::size_t, deepestNesting + 1> keys_{};  // of each container that is open
 };
-
-/// Passes over a run that begins and ends with the marks; false when it does not begin so. One without an end takes the
-/// whole text.
-bool takeRun(std::string_view& xml, std::string_view begin, std::string_view end) noexcept {
-    if (xml.substr(0, begin.size()) != begin) return false;
-    const std::size_t found = xml.find(end, begin.size());
-    xml.remove_prefix(found == xml.npos ? xml.size() : found + end.size());
-    return true;
-}
-
-/// Passes over what is no tag of a list: comments, character data, processing instructions.
-bool takeOther(std::string_view& xml) noexcept {
-    return takeRun(xml, "<!--", "-->") || takeRun(xml, "<![CDATA[", "]]>") || takeRun(xml, "<?", "?>");
-}
-
-/// libplist takes a list for whole whose end was cut off behind its value.
-bool isWhole(std::string_view xml) noexcept {
-    constexpr std::string_view end = "</plist>";
-    return xml.find("<plist") == xml.npos ||
-           xml.substr(std::min(xml.rfind("</"), xml.size())).substr(0, end.size()) == end;
-}
-
-bool isPlainDocumentType(std::string_view tag) noexcept {
-    return tag.substr(0, 8) == "!DOCTYPE" && tag.find_first_of("[<") == tag.npos;
-}
 
 }  // namespace
 
-bool isSafeBinaryPlist(std::span<const std::uint8_t> bytes) {
+bool isSafeBinaryPlist(std::span<const std::uint8_t> bytes) noexcept {
     return BinaryList::isSafe(bytes);
 }
 
 bool isSafeXmlPlist(std::string_view xml) noexcept {
-    if (xml.find('\0') != xml.npos || !isWhole(xml)) return false;
-    XmlNesting nesting;
-    for (xml.remove_prefix(std::min(xml.find('<'), xml.size())); !xml.empty();
-         xml.remove_prefix(std::min(xml.find('<'), xml.size()))) {
-        if (takeOther(xml)) continue;
-        const std::size_t end = std::min(xml.find('>'), xml.size());
-        const std::string_view tag = xml.substr(1, end - 1);
-        // A tag's end inside quotes is none.
-        if (std::count(tag.begin(), tag.end(), '"') % 2 != 0) return false;
-        if (tag.substr(0, 1) == "!" && !isPlainDocumentType(tag)) return false;
-        if (!nesting.take(tag)) return false;
-        xml.remove_prefix(end);
-    }
-    return true;
+    return XmlList(xml).isSafe();
 }
 
 }  // namespace velamo

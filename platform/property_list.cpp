@@ -3,62 +3,39 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <limits>
+#include <map>
 #include <memory>
-#include <numeric>
+#include <stdexcept>
 
 #include "platform/plist.h"
+#include "platform/text.h"
 
 namespace velamo {
 
 using Dictionary = PropertyList::Dictionary;
 
-Dictionary::Dictionary(std::vector<Entry> entries) : entries_(std::move(entries)), byKey_(entries_.size()) {
-    const auto keyOf = [&](std::size_t place) -> const std::string& { return entries_[place].first; };
-    std::iota(byKey_.begin(), byKey_.end(), std::size_t{0});
-    std::stable_sort(byKey_.begin(), byKey_.end(),
-                     [&](std::size_t left, std::size_t right) { return keyOf(left) < keyOf(right); });
-    const auto repeated = std::adjacent_find(
-        byKey_.begin(), byKey_.end(), [&](std::size_t left, std::size_t right) { return keyOf(left) == keyOf(right); });
-    if (repeated != byKey_.end()) dropRepeatedKeys();
+Dictionary::Dictionary(std::vector<Entry> entries) {
+    std::map<std::string, std::size_t> places;
+    for (Entry& entry : entries) {
+        const auto [known, isNew] = places.try_emplace(entry.first, entries_.size());
+        if (isNew)
+            entries_.push_back(std::move(entry));
+        else
+            entries_[known->second].second = std::move(entry.second);
+    }
 }
 
 Dictionary::Dictionary(std::initializer_list<Entry> entries) : Dictionary(std::vector<Entry>(entries)) {}
 
-void Dictionary::dropRepeatedKeys() {
-    std::vector<std::size_t> firstPlaces(entries_.size());
-    for (std::size_t i = 0; i < byKey_.size(); ++i) {
-        const bool isFirst = i == 0 || entries_[byKey_[i]].first != entries_[byKey_[i - 1]].first;
-        firstPlaces[byKey_[i]] = isFirst ? byKey_[i] : firstPlaces[byKey_[i - 1]];
-    }
-    std::vector<Entry> kept;
-    std::vector<std::size_t> keptPlaces(entries_.size());
-    for (std::size_t place = 0; place < entries_.size(); ++place) {
-        if (firstPlaces[place] == place) {
-            keptPlaces[place] = kept.size();
-            kept.push_back(std::move(entries_[place]));
-        } else {
-            kept[keptPlaces[firstPlaces[place]]].second = std::move(entries_[place].second);
-        }
-    }
-    *this = Dictionary(std::move(kept));
-}
-
-std::vector<std::size_t>::const_iterator Dictionary::placeOf(std::string_view key) const noexcept {
-    return std::lower_bound(byKey_.begin(), byKey_.end(), key,
-                            [&](std::size_t place, std::string_view wanted) { return entries_[place].first < wanted; });
-}
-
 void Dictionary::emplace(std::string key, PropertyList value) {
-    const auto place = placeOf(key);
-    if (place != byKey_.end() && entries_[*place].first == key) return;
-    byKey_.insert(place, entries_.size());
-    entries_.emplace_back(std::move(key), std::move(value));
+    if (find(key) == nullptr) entries_.emplace_back(std::move(key), std::move(value));
 }
 
 const PropertyList* Dictionary::find(std::string_view key) const noexcept {
-    const auto place = placeOf(key);
-    if (place == byKey_.end() || entries_[*place].first != key) return nullptr;
-    return &entries_[*place].second;
+    const auto found =
+        std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.first == key; });
+    return found == entries_.end() ? nullptr : &found->second;
 }
 
 bool operator==(const Dictionary& left, const Dictionary& right) {
@@ -135,7 +112,7 @@ Dictionary dictionaryOf(plist_t node) {
         plist_dict_next_item(node, iterator, &key, &child);
         const std::unique_ptr<char, decltype(&std::free)> ownedKey(key, &std::free);
         if (child == nullptr) return Dictionary(std::move(entries));
-        entries.emplace_back(key, valueOf(child));
+        entries.emplace_back(validUtf8(key), valueOf(child));
     }
 }
 
@@ -146,13 +123,19 @@ Number numberOf(plist_t node, void (*getter)(plist_t, Number*)) {
     return number;
 }
 
+PropertyList containerOf(plist_t node) {
+    if (const auto reference = referenceOfNode(node)) return PropertyList(PropertyList::Uid{*reference});
+    return PropertyList(dictionaryOf(node));
+}
+
 PropertyList valueOf(plist_t node) {
-    if (const auto reference = referenceOf(node)) return PropertyList(PropertyList::Uid{*reference});
     switch (plist_get_node_type(node)) {
         case PLIST_BOOLEAN:
             return PropertyList(numberOf(node, plist_get_bool_val) != 0);
-        case PLIST_UINT:  // signed all the same: libplist keeps negative numbers in its unsigned ones
-            return PropertyList(static_cast<std::int64_t>(numberOf(node, plist_get_uint_val)));
+        case PLIST_UINT: {
+            const auto integer = integerOfNode(node);
+            return integer ? PropertyList(*integer) : PropertyList();
+        }
         case PLIST_REAL:
             return PropertyList(numberOf(node, plist_get_real_val));
         case PLIST_STRING:
@@ -161,40 +144,55 @@ PropertyList valueOf(plist_t node) {
             return PropertyList(dataOf(node));
         case PLIST_ARRAY:
             return PropertyList(arrayOf(node));
+        case PLIST_UID:
         case PLIST_DICT:
-            return PropertyList(dictionaryOf(node));
+            return containerOf(node);
         default:
             return {};
     }
 }
 
-struct NodeOfValue {
-    PlistOwner operator()(PropertyList::Other) const { return PlistOwner(plist_new_string("")); }
+/// Builds libplist's node of a value.
+class NodeOf {
+public:
+    explicit NodeOf(PlistForm form) noexcept : form_(form) {}
+
+    PlistOwner operator()(const PropertyList& value) const { return std::visit(*this, value.value()); }
+    PlistOwner operator()(PropertyList::Other /*value*/) const { return PlistOwner(plist_new_string("")); }
     PlistOwner operator()(bool value) const { return PlistOwner(plist_new_bool(value ? 1 : 0)); }
+    // In two's complement, which libplist writes with its sign.
     PlistOwner operator()(std::int64_t value) const {
         return PlistOwner(plist_new_uint(static_cast<std::uint64_t>(value)));
     }
     PlistOwner operator()(double value) const { return PlistOwner(plist_new_real(value)); }
     PlistOwner operator()(const std::string& value) const {
-        return PlistOwner(plist_new_string(plistText(value).c_str()));
+        return PlistOwner(plist_new_string(plistText(value, form_).c_str()));
     }
     PlistOwner operator()(const PropertyList::Data& value) const {
+        // A counter of libplist's has 32 bits and would never come to the end.
+        if (value.size() > std::numeric_limits<std::uint32_t>::max()) throw std::length_error("The data are too long.");
         return PlistOwner(plist_new_data(reinterpret_cast<const char*>(value.data()), value.size()));
     }
     PlistOwner operator()(PropertyList::Uid value) const { return PlistOwner(plist_new_uid(value.index)); }
     PlistOwner operator()(const PropertyList::Array& array) const {
         PlistOwner node(plist_new_array());
-        for (const PropertyList& entry : array)
-            plist_array_append_item(node.get(), std::visit(NodeOfValue(), entry.value()).release());
+        for (const PropertyList& entry : array) plist_array_append_item(node.get(), (*this)(entry).release());
         return node;
     }
     PlistOwner operator()(const Dictionary& dictionary) const {
         PlistOwner node(plist_new_dict());
         for (const auto& [key, value] : dictionary)
-            plist_dict_set_item(node.get(), plistText(key).c_str(), std::visit(NodeOfValue(), value.value()).release());
+            plist_dict_set_item(node.get(), plistText(key, form_).c_str(), (*this)(value).release());
         return node;
     }
+
+private:
+    PlistForm form_;
 };
+
+std::vector<std::uint8_t> bytesOf(const PropertyList& root, PlistForm form) {
+    return plistBytes(NodeOf(form)(root), form);
+}
 
 }  // namespace
 
@@ -204,11 +202,11 @@ std::optional<PropertyList> parsePropertyList(std::span<const std::uint8_t> byte
 }
 
 std::vector<std::uint8_t> xmlPropertyList(const PropertyList& root) {
-    return xmlOf(std::visit(NodeOfValue(), root.value()).get());
+    return bytesOf(root, PlistForm::xml);
 }
 
 std::vector<std::uint8_t> binaryPropertyList(const PropertyList& root) {
-    return binaryOf(std::visit(NodeOfValue(), root.value()).get());
+    return bytesOf(root, PlistForm::binary);
 }
 
 }  // namespace velamo

@@ -19,16 +19,16 @@ public:
     using Array = std::vector<PropertyList>;
     /// A reference into the object table of a keyed archive.
     struct Uid {
-        std::uint64_t index = 0;
+        std::uint32_t index = 0;
         friend bool operator==(const Uid&, const Uid&) = default;
     };
-    /// A kind that a file may hold and that nothing here reads (a date, an absent value, an integer of more than 64
-    /// bits).
+    /// A kind that a file may hold and that nothing here reads (a date, an integer of more than 64 signed bits).
     struct Other {
         friend bool operator==(const Other&, const Other&) = default;
     };
 
-    /// Entries in the order in which they were given, which is also the order in the file.
+    /// Entries in the order in which they were given, which is also the order in the file. Looking up goes through
+    /// them.
     class Dictionary {
     public:
         using Entry = std::pair<std::string, PropertyList>;
@@ -52,10 +52,7 @@ public:
         friend bool operator==(const Dictionary& left, const Dictionary& right);
 
     private:
-        [[nodiscard]] std::vector<std::size_t>::const_iterator placeOf(std::string_view key) const noexcept;
-        void dropRepeatedKeys();
         std::vector<Entry> entries_;
-        std::vector<std::size_t> byKey_;  // places of the entries in the order of their keys
     };
 
     using Value = std::variant<Other, bool, std::int64_t, double, std::string, Data, Uid, Array, Dictionary>;
@@ -84,15 +81,17 @@ private:
 };
 
 /// Reads an XML or binary property list. Nothing when the bytes are no property list, are damaged or truncated, nest
-/// deeper than 64 levels, or would unfold to more than their size allows (a binary list may refer to one array many
-/// times, so that a few hundred bytes stand for gigabytes; such a file is refused before anything is built from it).
-/// Numbers read the same in every locale of the host. May throw std::bad_alloc.
+/// deeper than 64 levels, would unfold to more than their size allows (a binary list may refer to one array many times,
+/// so that a few hundred bytes stand for gigabytes), hold a NUL in a text, have an absent value, or would take too long
+/// (an XML dictionary of more than some 10,000 keys). What is wrong inside a value is read as well as can be: an
+/// integer "5 mm" is 5, "abc" is 0, "010" is octal. Numbers read the same in every locale of the host. May throw
+/// std::bad_alloc.
 [[nodiscard]] std::optional<PropertyList> parsePropertyList(std::span<const std::uint8_t> bytes);
 
-/// The property list as XML text and in the binary form, the latter in time and room in proportion to the list. Numbers
-/// keep every bit (of a NaN, XML keeps only that it is one); what is no text in a text (wrong UTF-8, in XML control
-/// characters too) becomes U+FFFD. `Other` is written as an absent value, which XML knows only as an empty text. May
-/// throw std::bad_alloc.
+/// The property list as XML text and in the binary form, the latter in time that grows with the square of the list's
+/// size. Numbers keep every bit, except that XML has one zero and one NaN; what is no text in a text (wrong UTF-8, a
+/// NUL, in XML other control characters too) becomes U+FFFD. `Other` is written as an empty text. May throw
+/// std::bad_alloc, and std::length_error when the file would be larger than 4 GB.
 [[nodiscard]] std::vector<std::uint8_t> xmlPropertyList(const PropertyList& root);
 [[nodiscard]] std::vector<std::uint8_t> binaryPropertyList(const PropertyList& root);
 

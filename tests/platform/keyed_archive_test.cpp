@@ -27,7 +27,7 @@ PropertyList real(double value) {
 PropertyList text(std::string value) {
     return PropertyList(std::move(value));
 }
-PropertyList uid(std::uint64_t index) {
+PropertyList uid(std::uint32_t index) {
     return PropertyList(PropertyList::Uid{index});
 }
 PropertyList classObject(const std::string& name, std::vector<std::string> superclasses = {"NSObject"}) {
@@ -188,12 +188,13 @@ INSTANTIATE_TEST_SUITE_P(Forms, KeyedArchiveForm,
                          [](const auto& form) { return form.param.name; });
 
 TEST(KeyedArchive, FloatsKeepTheirBits) {
-    for (const float value : {0.0F, 3.4028235e38F, -3.4028235e38F, 1e-45F, HUGE_VALF, 0.1F}) {
+    for (const float value : {0.0F, -0.0F, 3.4028235e38F, -3.4028235e38F, 1e-45F, -1e-45F, HUGE_VALF, 0.1F}) {
         const auto bytes =
             KeyedArchiver::archiveRoot("Thread", [&](KeyedArchiver& root) { root.encodeFloat("key", value); });
         decode(bytes, [&](KeyedUnarchiver& root) {
             const float found = root.decodeFloat("key");
             EXPECT_EQ(found, value);
+            EXPECT_EQ(std::signbit(found), std::signbit(value));
         });
     }
 }

@@ -39,6 +39,12 @@ std::string asText(const Bytes& bytes) {
     return {bytes.begin(), bytes.end()};
 }
 
+std::string repeated(std::string_view text, int count) {
+    std::string result;
+    for (int i = 0; i < count; ++i) result += text;
+    return result;
+}
+
 // The list inside so many arrays.
 PropertyList nested(int levels, PropertyList list) {
     for (int i = 0; i < levels; ++i) {
@@ -206,8 +212,8 @@ TEST(PropertyListRoundTrip, ReplacesWhatIsNoText) {
     const auto right = text("a\uFFFD\uFFFDz\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD");
     EXPECT_EQ(parsePropertyList(xmlPropertyList(wrong)), right);
     EXPECT_EQ(parsePropertyList(binaryPropertyList(wrong)), right);
-    EXPECT_EQ(parsePropertyList(xmlPropertyList(text(std::string("\x01\0z", 3)))), text("\uFFFD\uFFFDz"));
-    EXPECT_EQ(parsePropertyList(binaryPropertyList(text(std::string("\x01\0z", 3)))), text("\uFFFD\uFFFDz"));
+    EXPECT_EQ(parsePropertyList(xmlPropertyList(text(std::string("\x01\0z\uFFFF", 6)))), text("\uFFFD\uFFFDz\uFFFD"));
+    EXPECT_EQ(parsePropertyList(binaryPropertyList(text(std::string("\x01\0z", 3)))), text("\x01\uFFFDz"));
 }
 
 TEST(PropertyListWriting, WritesXmlAsOtherToolsDo) {
@@ -257,6 +263,17 @@ TEST(PropertyListReading, RefusesDictionariesOfVeryManyKeys) {
     EXPECT_FALSE(parsed(keys(65537)));
 }
 
+TEST(PropertyListReading, RefusesKeysThatRepeatWithoutEnd) {
+    const std::string entries = repeated("<key>a</key><true/>", 100000);
+    EXPECT_FALSE(parsed("<plist version=\"1.0\"><dict>" + entries + "</dict></plist>"));
+}
+
+TEST(PropertyListReading, RefusesTextsOfVeryManyReferences) {
+    const auto references = [](int count) { return "<plist><string>" + repeated("&lt;", count) + "</string></plist>"; };
+    EXPECT_EQ(parsed(references(20000)), text(std::string(20000, '<')));
+    EXPECT_FALSE(parsed(references(200000)));
+}
+
 TEST(PropertyListReading, RefusesTagsWhoseQuotesStayOpen) {
     // To libplist the quoted end tags are none, so that the arrays nest without end.
     std::string nested;
@@ -277,11 +294,6 @@ TEST_P(PropertyListXml, GivesTheRow) {
     EXPECT_EQ(parsed(GetParam().xml), GetParam().list);
 }
 
-std::string repeated(std::string_view text, int count) {
-    std::string result;
-    for (int i = 0; i < count; ++i) result += text;
-    return result;
-}
 std::string plist(std::string_view content) {
     return "<plist version=\"1.0\">" + std::string(content) + "</plist>";
 }
@@ -296,8 +308,8 @@ INSTANTIATE_TEST_SUITE_P(
         XmlRow{"LeadingZeroIsOctal", plist("<integer>010</integer>"), integer(8)},
         XmlRow{"SmallestInteger", plist("<integer>-9223372036854775808</integer>"),
                integer(std::numeric_limits<std::int64_t>::min())},
-        XmlRow{"IntegerOf64UnsignedBits", plist("<integer>18446744073709551615</integer>"), integer(-1)},
-        XmlRow{"HugeInteger", plist("<integer>99999999999999999999999</integer>"), integer(-1)},
+        XmlRow{"IntegerOf64UnsignedBits", plist("<integer>18446744073709551615</integer>"), PropertyList()},
+        XmlRow{"HugeInteger", plist("<integer>99999999999999999999999</integer>"), PropertyList()},
         XmlRow{"Real", plist("<real>-1.5e3</real>"), real(-1500)},
         XmlRow{"RealWithPlus", plist("<real>+.5</real>"), real(0.5)},
         XmlRow{"RealInfinity", plist("<real>+infinity</real>"), real(HUGE_VAL)},
@@ -320,7 +332,9 @@ INSTANTIATE_TEST_SUITE_P(
         XmlRow{"ReferenceThatIsText", plist("<dict><key>CF$UID</key><string>3</string></dict>"),
                PropertyList(Dictionary{{"CF$UID", text("3")}})},
         XmlRow{"NegativeReference", plist("<dict><key>CF$UID</key><integer>-3</integer></dict>"),
-               PropertyList(Uid{std::uint64_t(-3)})},
+               PropertyList(Dictionary{{"CF$UID", integer(-3)}})},
+        XmlRow{"ReferenceOfMoreThan32Bits", plist("<dict><key>CF$UID</key><integer>4294967296</integer></dict>"),
+               PropertyList(Dictionary{{"CF$UID", integer(4294967296)}})},
         XmlRow{"ReferenceAmongOthers", plist("<dict><key>CF$UID</key><integer>3</integer><key>a</key><true/></dict>"),
                PropertyList(Dictionary{{"CF$UID", integer(3)}, {"a", PropertyList(true)}})},
         XmlRow{"WithoutPlistElement", "<?xml version=\"1.0\"?><array/>", PropertyList(Array())},
@@ -366,6 +380,14 @@ INSTANTIATE_TEST_SUITE_P(
         XmlRow{"ValueWithoutKey", plist("<dict><true/></dict>"), {}},
         XmlRow{"KeyBehindKey", plist("<dict><key>a</key><key>b</key><true/></dict>"), {}},
         XmlRow{"TextAsKey", plist("<dict><string>a</string><true/></dict>"), {}},
+        XmlRow{"LevelsInAnInstructionThatIsOverAtOnce", "<?>" + repeated("<array>", 65) + "?>", {}},
+        XmlRow{"LevelsBehindAnInstructionWithAQuotedEnd", "<?x \"?> <!-- \" ?>" + repeated("<array>", 65) + " -->", {}},
+        XmlRow{
+            "LevelsInADocumentTypeWithAQuotedEnd", "<!DOCTYPE x \"> <!-- \">" + repeated("<array>", 65) + " -->", {}},
+        XmlRow{"LevelsInsideQuotes", plist(repeated("<array><string a=\"></array>\"></string>", 65)), {}},
+        XmlRow{"LongTag", "<" + std::string(100000, 'a') + ">", {}},
+        XmlRow{"EntityWithAKnownBeginning", plist("<string>&ampere;</string>"), {}},
+        XmlRow{"AmpersandAtTheEnd", plist("<string>a&</string>"), {}},
         XmlRow{"UnknownEntity", plist("<string>&foo;</string>"), {}},
         XmlRow{"OpenEntity", plist("<string>&amp</string>"), {}},
         XmlRow{"NulEntity", plist("<string>&#0;</string>"), {}},
@@ -461,14 +483,13 @@ INSTANTIATE_TEST_SUITE_P(
         BinaryRow{"IntegerOfFourBytes", binary({{0x12, 0xFF, 0xFF, 0xFF, 0xFB}}), integer(0xFFFFFFFB)},
         BinaryRow{"IntegersOfEightBytesHaveOne", binary({{0x13, 255, 255, 255, 255, 255, 255, 255, 0xFB}}),
                   integer(-5)},
-        BinaryRow{"IntegerOfSixteenBytes", binary({minusOne16}), integer(-1)},
-        BinaryRow{"IntegerOf64UnsignedBits", binary({unsigned64}), integer(-1)},
+        BinaryRow{"IntegerOfSixteenBytes", binary({minusOne16}), PropertyList()},
+        BinaryRow{"IntegerOf64UnsignedBits", binary({unsigned64}), PropertyList()},
         BinaryRow{"Float", binary({{0x22, 0x3F, 0, 0, 0}}), real(0.5)},
         BinaryRow{"Double", binary({{0x23, 0x3F, 0xE0, 0, 0, 0, 0, 0, 0}}), real(0.5)},
         BinaryRow{"Date", binary({{0x33, 0, 0, 0, 0, 0, 0, 0, 0}}), PropertyList()},
         BinaryRow{"HalfASurrogatePair", binary({{0x62, 0xD8, 0x00, 0x00, 0x41}}), text("A")},
         BinaryRow{"SurrogatePair", binary({{0x62, 0xD8, 0x3E, 0xDD, 0xF5}}), text("\U0001F9F5")},
-        BinaryRow{"NulEndsText", binary({{0x53, 'a', 0, 'b'}}), text("a")},
         BinaryRow{"HighBytesInText", binary({{0x51, 0xE9}}), text("\uFFFD")},
         BinaryRow{"ReferenceOfFourBytes", binary({{0x83, 0, 0, 1, 0}}), PropertyList(Uid{256})},
         BinaryRow{"RepeatedKey", binary({{0xD2, 1, 1, 2, 3}, {0x51, 'a'}, {0x08}, {0x09}}),
@@ -506,6 +527,10 @@ INSTANTIATE_TEST_SUITE_P(
         BinaryRow{"ReferenceOutsideTheTable", binary({{0xA1, 7}}), {}},
         BinaryRow{"ArrayInItself", binary({{0xA1, 0}}), {}},
         BinaryRow{"CircleOfTwo", binary({{0xA1, 1}, {0xD1, 2, 0}, {0x51, 'a'}}), {}},
+        BinaryRow{"NulInText", binary({{0x53, 'a', 0, 'b'}}), {}},
+        BinaryRow{"NulInWideText", binary({{0x63, 0, 'a', 0, 0, 0, 'b'}}), {}},
+        BinaryRow{"NulInKey", binary({{0xD1, 1, 2}, {0x53, 'a', 0, 'b'}, {0x09}}), {}},
+        BinaryRow{"NulInWideKey", binary({{0xD1, 1, 2}, {0x63, 0, 'a', 0, 0, 0, 'b'}, {0x09}}), {}},
         BinaryRow{"KeyThatIsNoText", binary({{0xD1, 1, 1}, {0x09}}), {}},
         BinaryRow{"KeyThatIsAnArray", binary({{0xD1, 1, 2}, {0xA0}, {0x09}}), {}},
         BinaryRow{"TextBeyondTheObjects", binary({{0x5A, 'a'}}), {}},
@@ -518,8 +543,9 @@ INSTANTIATE_TEST_SUITE_P(
         BinaryRow{"RealOfTwoBytes", binary({{0x21, 1, 1}}), {}},
         BinaryRow{"ReferenceOfNineBytes", binary({Bytes(10, 0x88)}), {}},
         BinaryRow{"Set", binary({{0xC1, 1}, {0x09}}), {}}, BinaryRow{"UnknownMark", binary({{0xF0}}), {}},
-        BinaryRow{"UnknownSimpleValue", binary({{0x0F}}), {}}, BinaryRow{"Levels65", levels(65, 1), {}},
-        BinaryRow{"Levels200", levels(200, 1), {}}, BinaryRow{"ArraysThatUnfoldWithoutEnd", levels(60, 2), {}},
+        BinaryRow{"Null", binary({{0x00}}), {}}, BinaryRow{"UnknownSimpleValue", binary({{0x0F}}), {}},
+        BinaryRow{"Levels65", levels(65, 1), {}}, BinaryRow{"Levels200", levels(200, 1), {}},
+        BinaryRow{"ArraysThatUnfoldWithoutEnd", levels(60, 2), {}},
         BinaryRow{"ArraysThatUnfoldFast", levels(30, 14), {}},
         BinaryRow{"LongTextNamedOften", sharedText(60000, 200), {}}),
     [](const auto& row) { return row.param.name; });
