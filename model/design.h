@@ -167,7 +167,8 @@ public:
 
     /// The numbers that stand for threads in Janome files, 0 to 78, with the threads' keys in the palette "Janome".
     [[nodiscard]] static std::map<std::int32_t, std::string> janomeColorCodes();
-    /// The numbers that are written for threads in PEC sections, 1 to 64, with the threads' keys in the palette "Brother".
+    /// The numbers that are written for threads in PEC sections, 1 to 64, with the threads' keys in the palette
+    /// "Brother".
     [[nodiscard]] static std::map<std::int32_t, std::string> brotherColorCodes();
     /// The same and the seven further numbers that are understood when a PEC section is read.
     [[nodiscard]] static std::map<std::int32_t, std::string> brotherReadColorCodes();

@@ -16,9 +16,10 @@ using Text = std::optional<std::string>;
 /// What fills a place in a pattern.
 using PatternArgument = std::variant<Text, std::int64_t, double>;
 
-/// Fills a message pattern: "%@" takes a text (absent: "(null)"), "%i" and "%d" a whole number, "%W.Pf" a real number, "%%" is a
-/// percent sign, and "%2$@" names its argument, so that a translation may change the order. Patterns come from files: a place without
-/// an argument stays as it stands, a number in a text's place is written out, and a real number in a whole number's place is rounded.
+/// Fills a message pattern: "%@" takes a text (absent: "(null)"), "%i" and "%d" a whole number, "%W.Pf" a real number,
+/// "%%" is a percent sign, and "%2$@" names its argument, so that a translation may change the order. Patterns come
+/// from files: a place without an argument stays as it stands, a number in a text's place is written out, and a real
+/// number in a whole number's place is rounded.
 [[nodiscard]] std::string fillPattern(std::string_view pattern, const std::vector<PatternArgument>& arguments);
 
 /// ISO Latin-1 bytes as UTF-8.
