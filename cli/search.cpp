@@ -135,6 +135,7 @@ std::vector<CLI::Option*> describeRanges(CLI::App& command, SearchRequest& reque
         {"--colors", "Number of different colors, likewise", &request.colors},
     }};
     std::vector<CLI::Option*> described;
+    described.reserve(rangeOptions.size());
     for (const auto& [name, description, range] : rangeOptions)
         described.push_back(command
                                 .add_option_function<std::string>(

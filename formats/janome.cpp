@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 
 #include "formats/byte_reader.h"
 #include "formats/stitch_sink.h"
@@ -98,8 +99,14 @@ bool readJanomeThreads(VLMDesign& design, std::span<const std::uint8_t> file, st
     VLMByteReader indices(tables.take(tableSize));
     VLMByteReader tensions(tables.take(tableSize));
     if (!tables.ok()) return false;
+    // Threads of one index share their texts; all indices that stand for none are alike.
+    std::map<Text, VLMThread> known;
     for (std::int32_t i = 0; i < threads; ++i) {
-        design.threads().push_back(janomeThreadOrUsual(indices.i32()));
+        const std::int32_t index = indices.i32();
+        const auto code = janomeCodeOfIndex(index);
+        const auto [thread, isNew] = known.try_emplace(code ? Text(*code) : Text());
+        if (isNew) thread->second = janomeThreadOrUsual(index);
+        design.threads().push_back(thread->second);
         design.threads().back().setTension(tensions.i32());
     }
     return true;

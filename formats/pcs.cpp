@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 #include "formats/byte_reader.h"
 #include "formats/stitch_sink.h"
@@ -149,10 +150,13 @@ void markRepeatedPlaces(VLMStitchList& stitches, std::size_t first) {
 }
 
 void takeColors(VLMDesign& design, std::span<const std::uint8_t> records, std::span<const std::uint8_t> palette) {
+    std::array<std::optional<VLMThread>, mostColors> threads;  // those of one colour share their texts
     for (; !records.empty(); records = records.subspan(recordSize)) {
         if (records[kindOffset] != colorChangeKind) continue;
         const Record record = recordOf(records.first<recordSize>());
-        design.threads().push_back(threadOf(palette.subspan(record.colorIndex * colorSize, colorSize)));
+        auto& thread = threads[record.colorIndex];
+        if (!thread) thread = threadOf(palette.subspan(record.colorIndex * colorSize, colorSize));
+        design.threads().push_back(*thread);
         if (record.hasPlace()) design.setDesignVersion(versionWithPlacedChanges);
     }
 }

@@ -6,6 +6,7 @@
 
 #include "formats/format.h"
 #include "fuzz/import_input.h"
+#include "model/error.h"
 #include "platform/files.h"
 #include "platform/property_list.h"
 #include "tests/support/samples.h"
@@ -109,6 +110,9 @@ int main(int argumentCount, char** arguments) {
         std::fprintf(stderr, "usage: %s FOLDER\n", arguments[0]);
         return 2;
     }
-    velamo::fuzz::Corpus corpus(arguments[1]);
-    return velamo::fuzz::writeSeeds(corpus) ? 0 : 1;
+    const bool isDone = velamo::operation(nullptr, [&] {
+        velamo::fuzz::Corpus corpus(arguments[1]);
+        return velamo::fuzz::writeSeeds(corpus);
+    });
+    return isDone ? 0 : 1;
 }

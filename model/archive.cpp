@@ -67,10 +67,10 @@ VLMColor VLMColor::initWithCoder(KeyedUnarchiver& coder) {
 
 void VLMThread::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeObject("VLMThreadColor", colorClass, [&](KeyedArchiver& color) { color_.encodeWithCoder(color); });
-    coder.encodeText("VLMThreadName", name_);
-    coder.encodeText("VLMThreadKey", key_);
-    coder.encodeText("VLMThreadPalette", palette_);
-    coder.encodeText("VLMThreadPaletteName", paletteName_);
+    coder.encodeText("VLMThreadName", name());
+    coder.encodeText("VLMThreadKey", key());
+    coder.encodeText("VLMThreadPalette", palette());
+    coder.encodeText("VLMThreadPaletteName", paletteName());
     coder.encodeFloat("VLMThreadLength", length_);
     coder.encodeInteger("VLMThreadTension", tension_);
     coder.encodeBool("VLMThreadIsShown", isShown_);
@@ -80,10 +80,12 @@ VLMThread VLMThread::initWithCoder(KeyedUnarchiver& coder) {
     VLMThread thread;
     coder.decodeObject("VLMThreadColor", colorClass,
                        [&](KeyedUnarchiver& color) { thread.color_ = VLMColor::initWithCoder(color); });
-    thread.name_ = coder.decodeText("VLMThreadName");
-    thread.key_ = coder.decodeText("VLMThreadKey");
-    thread.palette_ = coder.decodeText("VLMThreadPalette");
-    thread.paletteName_ = coder.decodeText("VLMThreadPaletteName");
+    Texts texts;
+    texts.name = coder.decodeText("VLMThreadName");
+    texts.key = coder.decodeText("VLMThreadKey");
+    texts.palette = coder.decodeText("VLMThreadPalette");
+    texts.paletteName = coder.decodeText("VLMThreadPaletteName");
+    thread.texts_ = std::make_shared<const Texts>(std::move(texts));
     thread.length_ = coder.decodeFloat("VLMThreadLength");
     thread.tension_ = coder.decodeInteger("VLMThreadTension");
     thread.isShown_ = coder.decodeBool("VLMThreadIsShown");

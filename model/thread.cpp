@@ -65,10 +65,8 @@ VLMThread VLMThread::initWithColorandNameforKeyofPalettewithName(VLMColor color,
                                                                  Text paletteName) {
     VLMThread thread;
     thread.color_ = color;
-    thread.name_ = std::move(name);
-    thread.key_ = std::move(key);
-    thread.palette_ = std::move(palette);
-    thread.paletteName_ = std::move(paletteName);
+    thread.texts_ = std::make_shared<const Texts>(
+        Texts{std::move(name), std::move(key), std::move(palette), std::move(paletteName)});
     thread.tension_ = usualTension;
     thread.isShown_ = true;
     return thread;
@@ -88,11 +86,9 @@ VLMThread VLMThread::initWithKeyofPalette(const Text& key, const Text& palette) 
 
 bool VLMThread::changeToColorinPalette(const VLMColor& color, const std::string& palette) {
     if (palette.empty()) {
+        const auto name = individualName(color, "Individual color (%1.0f, %1.0f, %1.0f)");
+        texts_ = std::make_shared<const Texts>(Texts{name, "", "", designText("PATTERN_PALETTE", "Threadcolors")});
         color_ = color;
-        palette_ = "";
-        paletteName_ = designText("PATTERN_PALETTE", "Threadcolors");
-        key_ = "";
-        name_ = individualName(color, "Individual color (%1.0f, %1.0f, %1.0f)");
         return true;
     }
     const auto colors = paletteNamed(palette);
@@ -100,19 +96,33 @@ bool VLMThread::changeToColorinPalette(const VLMColor& color, const std::string&
         logToSystem(designText("ERROR_140", "color palette not found"));
         return false;
     }
-    const std::string* key = nearestKey(*colors, color, palette_ == palette);
+    const std::string* key = nearestKey(*colors, color, this->palette() == palette);
+    const std::string name = key ? nameOfKey(*key, palette) : "";
+    texts_ = std::make_shared<const Texts>(Texts{name, key ? *key : "", palette, nameOfPalette(palette)});
     color_ = key ? *colors->colorWithKey(*key) : VLMColor();
-    palette_ = palette;
-    paletteName_ = nameOfPalette(palette);
-    key_ = key ? *key : "";
-    name_ = key ? nameOfKey(*key, palette) : "";
     return true;
+}
+
+const VLMThread::Texts& VLMThread::texts() const noexcept {
+    static const Texts absent;
+    return texts_ ? *texts_ : absent;
+}
+
+void VLMThread::change(Text Texts::*text, Text value) {
+    Texts changed = texts();
+    changed.*text = std::move(value);
+    texts_ = std::make_shared<const Texts>(std::move(changed));
+}
+
+bool operator==(const VLMThread& one, const VLMThread& other) noexcept {
+    return one.color_ == other.color_ && one.texts() == other.texts() && one.length_ == other.length_ &&
+           one.tension_ == other.tension_ && one.isShown_ == other.isShown_;
 }
 
 std::string VLMThread::description() const {
     return fillPattern(
         "Embroidery Thread: color=%@ of palette %@, name=%@, key=%@, length=%1.1f, tension=%i",
-        {color_.description(), paletteName_, name_, key_, static_cast<double>(length_), std::int64_t{tension_}});
+        {color_.description(), paletteName(), name(), key(), static_cast<double>(length_), std::int64_t{tension_}});
 }
 
 }  // namespace velamo

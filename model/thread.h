@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -34,21 +35,21 @@ public:
 
     [[nodiscard]] const VLMColor& color() const noexcept { return color_; }
     /// Display name of the colour.
-    [[nodiscard]] const Text& name() const noexcept { return name_; }
+    [[nodiscard]] const Text& name() const noexcept { return texts().name; }
     /// The colour's key in its palette, such as the maker's thread number.
-    [[nodiscard]] const Text& key() const noexcept { return key_; }
+    [[nodiscard]] const Text& key() const noexcept { return texts().key; }
     /// Identifier of the palette; "Undefined" for threads of files that carry no colours.
-    [[nodiscard]] const Text& palette() const noexcept { return palette_; }
+    [[nodiscard]] const Text& palette() const noexcept { return texts().palette; }
     /// Display name of the palette.
-    [[nodiscard]] const Text& paletteName() const noexcept { return paletteName_; }
+    [[nodiscard]] const Text& paletteName() const noexcept { return texts().paletteName; }
     [[nodiscard]] float length() const noexcept { return length_; }
     [[nodiscard]] std::int32_t tension() const noexcept { return tension_; }
     [[nodiscard]] bool isShown() const noexcept { return isShown_; }
     void setColor(const VLMColor& color) noexcept { color_ = color; }
-    void setName(Text name) noexcept { name_ = std::move(name); }
-    void setKey(Text key) noexcept { key_ = std::move(key); }
-    void setPalette(Text palette) noexcept { palette_ = std::move(palette); }
-    void setPaletteName(Text paletteName) noexcept { paletteName_ = std::move(paletteName); }
+    void setName(Text name) { change(&Texts::name, std::move(name)); }
+    void setKey(Text key) { change(&Texts::key, std::move(key)); }
+    void setPalette(Text palette) { change(&Texts::palette, std::move(palette)); }
+    void setPaletteName(Text paletteName) { change(&Texts::paletteName, std::move(paletteName)); }
     void setLength(float length) noexcept { length_ = length; }
     void setTension(std::int32_t tension) noexcept { tension_ = tension; }
     void setIsShown(bool isShown) noexcept { isShown_ = isShown; }
@@ -57,14 +58,23 @@ public:
     [[nodiscard]] std::string description() const;
     [[nodiscard]] VLMThread copy() const { return *this; }
 
-    friend bool operator==(const VLMThread&, const VLMThread&) = default;
+    friend bool operator==(const VLMThread& one, const VLMThread& other) noexcept;
 
 private:
+    struct Texts {
+        Text name;
+        Text key;
+        Text palette;
+        Text paletteName;
+        friend bool operator==(const Texts&, const Texts&) = default;
+    };
+    [[nodiscard]] const Texts& texts() const noexcept;
+    void change(Text Texts::*text, Text value);
+
     VLMColor color_ = VLMColor::initWithRedgreenblue(0, 0, 0);
-    Text name_;
-    Text key_;
-    Text palette_;
-    Text paletteName_;
+    // Shared with the copies of this thread: files may change between a few threads many thousand times. Never changed
+    // in place; null while all texts are absent.
+    std::shared_ptr<const Texts> texts_;
     float length_ = 0;
     std::int32_t tension_ = 0;
     bool isShown_ = false;

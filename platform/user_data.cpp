@@ -3,7 +3,7 @@
 namespace velamo {
 
 std::filesystem::path userDataFolder(const Environment& environment) {
-    const std::filesystem::path named = environment("XDG_DATA_HOME").value_or("");
+    std::filesystem::path named = environment("XDG_DATA_HOME").value_or("");
     if (named.is_absolute()) return named;
     const auto home = homeFolder();
     return home.empty() ? home : home / ".local" / "share";

@@ -32,14 +32,14 @@ VLMDesign rose() {
     pen.satin({0, -44}, {0, -3}, 2);
     pen.jumpTo({0, -34});
     for (const double side : {-1.0, 1.0})
-        for (double row = 0; row < 12; ++row) {
+        for (int row = 0; row < 12; ++row) {
             const double width = 5 * std::sin(pi * (row + 1) / 13);
             pen.sewTo({side * (1 + row), -34 + row * 0.6 - width / 2});
             pen.sewTo({side * (1 + row), -34 + row * 0.6 + width / 2});
         }
     for (std::size_t color = 0; color < petalThreads.size(); ++color) {
         pen.changeThread(petalThreads[color]);
-        for (double round = 0; round < 6; ++round) {
+        for (int round = 0; round < 6; ++round) {
             const double size = 20 - static_cast<double>(color) * 6 - round;
             pen.sewPath(closedCurve(360, [size](double turn) {
                 const double angle = turn * 2 * pi;
@@ -85,9 +85,9 @@ VLMDesign sunflower() {
     constexpr double goldenAngle = 2.399963229728653;
     Pen pen("206");
     pen.jumpTo(onCircle(23, 0));
-    for (double petal = 0; petal < 24; ++petal) {
+    for (int petal = 0; petal < 24; ++petal) {
         const double angle = petal * 2 * pi / 24;
-        for (double row = 0; row < 16; ++row) {
+        for (int row = 0; row < 16; ++row) {
             const double width = 2.2 * std::sin(pi * (row + 1) / 17) / (23 + row);
             pen.sewTo(onCircle(23 + row, angle - width));
             pen.sewTo(onCircle(23 + row, angle + width));
@@ -95,10 +95,10 @@ VLMDesign sunflower() {
         pen.jumpTo(onCircle(22, angle + 2 * pi / 24));
     }
     pen.changeThread("058");
-    for (double seed = 0; seed < 320; ++seed) {
+    for (int seed = 0; seed < 320; ++seed) {
         const VLMPoint center = onCircle(1.2 * std::sqrt(seed + 1), seed * goldenAngle);
         pen.jumpTo(center);
-        for (double ray = 0; ray < 5; ++ray) pen.sewTo(onCircle(0.7, ray * 4 * pi / 5, center));
+        for (int ray = 0; ray < 5; ++ray) pen.sewTo(onCircle(0.7, ray * 4 * pi / 5, center));
     }
     return pen.takeDesign();
 }
@@ -111,17 +111,20 @@ VLMDesign heart() {
                                                                3 * std::cos(3 * angle) - 1.5 * std::cos(4 * angle)};
     };
     Pen pen("800");
-    for (double size = 1; size > 0.03; size -= 0.03)
+    constexpr int hearts = 33;
+    for (int inner = 0; inner < hearts; ++inner) {
+        const double size = 1 - static_cast<double>(inner) / hearts;
         pen.sewPath(closedCurve(240,
                                 [&](double turn) {
                                     return VLMPoint{edge(turn).x * size, edge(turn).y * size};
                                 }),
                     3);
+    }
     pen.changeThread("807");
     pen.jumpTo(edge(0));
-    for (double row = 0; row <= 600; ++row) {
-        const VLMPoint point = edge(row / 600);
-        const double reach = std::fmod(row, 2) == 0 ? 1.05 : 0.96;
+    for (int row = 0; row <= 600; ++row) {
+        const VLMPoint point = edge(row / 600.0);
+        const double reach = row % 2 == 0 ? 1.05 : 0.96;
         pen.sewTo({point.x * reach, point.y * reach}, 12);
     }
     return pen.takeDesign();

@@ -21,6 +21,11 @@ VLMPoint between(VLMPoint from, VLMPoint to, double part) {
     return {from.x + (to.x - from.x) * part, from.y + (to.y - from.y) * part};
 }
 
+/// Rounded up.
+int wholeNumber(double number) {
+    return static_cast<int>(std::ceil(number));
+}
+
 double distance(VLMPoint from, VLMPoint to) {
     return std::hypot(to.x - from.x, to.y - from.y);
 }
@@ -101,8 +106,9 @@ void Pen::jumpTo(VLMPoint target) {
 
 void Pen::sewTo(VLMPoint target, double stitchLength) {
     const VLMPoint start{position_.x / 10, position_.y / 10};
-    const double count = std::max(1.0, std::ceil(distance(start, target) / stitchLength));
-    for (double stitch = 1; stitch <= count; ++stitch) moveTo(between(start, target, stitch / count), false);
+    const int count = std::max(1, wholeNumber(distance(start, target) / stitchLength));
+    for (int stitch = 1; stitch <= count; ++stitch)
+        moveTo(between(start, target, static_cast<double>(stitch) / count), false);
 }
 
 void Pen::sewPath(const std::vector<VLMPoint>& points, double stitchLength) {
@@ -115,10 +121,10 @@ void Pen::satin(VLMPoint from, VLMPoint to, double width) {
     const VLMPoint across{-(to.y - from.y) / length * width / 2, (to.x - from.x) / length * width / 2};
     jumpTo(from);
     sewTo(to);  // the underlay, which keeps the column from sinking in
-    const double count = std::ceil(length / satinSpacing);
-    for (double row = 0; row <= count; ++row) {
-        const VLMPoint middle = between(to, from, row / count);
-        const double side = std::fmod(row, 2) == 0 ? 1 : -1;
+    const int count = wholeNumber(length / satinSpacing);
+    for (int row = 0; row <= count; ++row) {
+        const VLMPoint middle = between(to, from, static_cast<double>(row) / count);
+        const double side = row % 2 == 0 ? 1 : -1;
         moveTo({middle.x + across.x * side, middle.y + across.y * side}, false);
     }
 }
@@ -131,9 +137,9 @@ void Pen::changeThread(const std::string& threadKey) {
 void Pen::moveTo(VLMPoint target, bool isJump) {
     const VLMPoint end{std::round(target.x * 10), std::round(target.y * 10)};
     const VLMPoint start = position_;
-    const double count = std::ceil(std::max(std::abs(end.x - start.x), std::abs(end.y - start.y)) / longestMove);
-    for (double move = 1; move <= count; ++move) {
-        const VLMPoint next = between(start, end, move / count);
+    const int count = wholeNumber(std::max(std::abs(end.x - start.x), std::abs(end.y - start.y)) / longestMove);
+    for (int move = 1; move <= count; ++move) {
+        const VLMPoint next = between(start, end, static_cast<double>(move) / count);
         const VLMPoint rounded{std::round(next.x), std::round(next.y)};
         design_.stitches().push_back(
             {static_cast<float>(rounded.x - position_.x), static_cast<float>(rounded.y - position_.y), isJump, false});

@@ -188,6 +188,19 @@ TEST(DstThreads, AreNumberedFrom1To20AndAgain) {
     }
 }
 
+TEST(DstThreads, ThatComeAgainShareTheirTexts) {
+    // A file of nothing but colour changes has a thread for every three bytes.
+    Bytes records;
+    for (int change = 0; change < 40; ++change) test::append(records, bytes(1, 0, 0xC3));
+    VLMDesign design;
+    ASSERT_TRUE(readDst(design, dstFile(records), nullptr));
+    ASSERT_EQ(design.threads().size(), 41U);
+    for (std::size_t i = 20; i < 41; ++i) {
+        EXPECT_EQ(&design.threads()[i].name(), &design.threads()[i - 20].name());
+        EXPECT_EQ(design.threads()[i], VLMThread::initWithKeyofPalette(std::to_string(i % 20 + 1), "Undefined"));
+    }
+}
+
 TEST(DstBounds, AreThoseOfEveryPositionButTheOrigin) {
     VLMDesign design;
     // A jump right and up, a stitch on, a colour change down: the origin itself is no sample.

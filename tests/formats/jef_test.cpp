@@ -14,7 +14,6 @@ using test::boundsOf;
 using test::Bytes;
 using test::bytes;
 using test::change;
-using test::JanomeFile;
 using test::jefColorCountOffset;
 using test::jefFile;
 using test::jump;

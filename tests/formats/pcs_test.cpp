@@ -383,7 +383,7 @@ Bytes shortened(Bytes file, std::size_t by) {
     file.resize(file.size() - by);
     return file;
 }
-const Bytes seventeenColors = repeated(17 * 4, 9);
+const Bytes seventeenColors = repeated(std::size_t{17} * 4, 9);
 const char* const tooShort = "Unable to read PCx (file too small)";
 const char* const noMark = "Unable to read PCx (missing magic)";
 const char* const invalidType = "Unable to read PCx (invalid type)";
@@ -428,7 +428,7 @@ TEST(PcsErrors, LeaveTheBoundsAloneInTheHeader) {
 
 TEST(PcsPalette, MayHave16Colours) {
     VLMDesign design;
-    const Bytes palette = bytes(repeated(15 * 4, 9), 255, 255, 255, 9);
+    const Bytes palette = bytes(repeated(std::size_t{15} * 4, 9), 255, 255, 255, 9);
     ASSERT_TRUE(
         readPcx(design, pcsFile({.palette = palette, .records = {{0, 0, PcsKind::colorChange, 15}, {6, 6}}}), nullptr));
     EXPECT_EQ(design.threads()[0].color(), VLMColor::initWithRedgreenblue(1, 1, 1));
@@ -463,7 +463,7 @@ TEST(PcsReading, SurvivesEveryPrefix) {
         VLMDesign design;
         VLMError error;
         // Colour records are not counted, so the file may lack as many records and still be long enough.
-        const bool isRead = size >= whole.size() - 2 * 9;
+        const bool isRead = size >= whole.size() - 18;
         EXPECT_EQ(readPcx(design, std::span(whole).first(size), &error), isRead) << size;
         EXPECT_EQ(error.code, isRead ? 0 : 160) << size;
     }

@@ -14,7 +14,6 @@ namespace {
 using test::bytes;
 using test::Bytes;
 using test::pecFile;
-using test::pecFileOf;
 using test::pecSegment;
 using test::pesFile;
 using test::pesFileOf;

@@ -13,7 +13,6 @@ using test::boundsOf;
 using test::Bytes;
 using test::bytes;
 using test::change;
-using test::janomeEnd;
 using test::jump;
 using test::keysOf;
 using test::noBounds;

@@ -12,7 +12,6 @@
 namespace velamo {
 namespace {
 
-using test::be16;
 using test::be32;
 using test::bytes;
 using test::Bytes;

@@ -69,6 +69,7 @@ const std::vector<HoopRow> pfaffHoops{{"Pfaff", "S", 2, 80, 80}, {"Pfaff", "L", 
 
 std::vector<HoopRow> rowsOf(const std::vector<VLMHoopHandle>& hoops) {
     std::vector<HoopRow> rows;
+    rows.reserve(hoops.size());
     for (const VLMHoopHandle& hoop : hoops) rows.push_back(rowOf(*hoop));
     return rows;
 }

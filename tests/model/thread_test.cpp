@@ -182,6 +182,21 @@ TEST(Thread, DescribesItself) {
               "tension=0");
 }
 
+TEST(Thread, CopyChangesOnItsOwn) {
+    const auto thread = VLMThread::initWithKeyofPalette("900", "Brother");
+    auto copy = thread.copy();
+    copy.setName("Night");
+    copy.setKey(std::nullopt);
+    copy.setPalette("P");
+    copy.setPaletteName("Palette P");
+    EXPECT_EQ(copy.name(), "Night");
+    EXPECT_EQ(copy.key(), std::nullopt);
+    EXPECT_EQ(copy.palette(), "P");
+    EXPECT_EQ(copy.paletteName(), "Palette P");
+    EXPECT_EQ(thread, VLMThread::initWithKeyofPalette("900", "Brother"));
+    EXPECT_NE(thread, copy);
+}
+
 TEST(Thread, CopyHasEveryField) {
     auto thread = VLMThread::initWithKeyofPalette("900", "Brother");
     thread.setLength(3);

@@ -5,7 +5,7 @@
 namespace velamo {
 namespace {
 
-Environment environmentWith(std::optional<std::string> dataHome) {
+Environment environmentWith(const std::optional<std::string>& dataHome) {
     return [dataHome](const char* name) {
         return std::string(name) == "XDG_DATA_HOME" ? dataHome : std::optional<std::string>();
     };
