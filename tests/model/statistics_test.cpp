@@ -168,7 +168,7 @@ TEST(ShownThreads, AreFoundFromTheFront) {
     EXPECT_EQ(design.indexOfShownThread(), 9223372036854775807);
 }
 
-/// 3001 records of which five are jumps, two threads: the design of the handbook's example.
+/// 3001 records of which five are jumps, two threads.
 VLMDesign rose() {
     std::vector<VLMStitch> stitches(3001, VLMStitch(1, 0, false, false));
     for (std::size_t i = 0; i < 5; ++i) stitches[i * 100].setIsJumpStitch(true);
