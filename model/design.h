@@ -24,6 +24,19 @@ struct VLMPoint {
     friend bool operator==(const VLMPoint&, const VLMPoint&) = default;
 };
 
+/// A rectangle of the design's plane. Its size may be negative: a selection without stitches has such a rectangle.
+struct VLMRect {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+    friend bool operator==(const VLMRect&, const VLMRect&) = default;
+    /// Whether the point lies inside; the far edges are outside, so a rectangle of no or negative size holds nothing.
+    [[nodiscard]] constexpr bool contains(VLMPoint point) const noexcept {
+        return x <= point.x && point.x < x + width && y <= point.y && point.y < y + height;
+    }
+};
+
 /// A run of stitch indices.
 struct VLMRange {
     std::uint64_t location = 0;
