@@ -21,10 +21,11 @@ const std::map<std::string, std::set<std::string>> layersBelow{
     {"platform", {}},
     {"render", {"platform"}},
     {"model", {"platform", "render"}},
-    {"formats", {"platform", "render", "model"}},
+    {"editing", {"platform", "model"}},
+    {"formats", {"platform", "render", "model", "editing"}},
     {"plugin", {"platform", "model", "formats"}},
     {"catalogue", {"platform", "model", "formats", "plugin"}},
-    {"cli", {"platform", "render", "model", "formats", "plugin", "catalogue"}},
+    {"cli", {"platform", "render", "model", "editing", "formats", "plugin", "catalogue"}},
     {"samples", {"platform", "model", "formats"}},
 };
 
@@ -78,8 +79,8 @@ TEST(Rooms, ModelSeesOnlyTheMeasurementsOfRender) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Layers,
-                         testing::Values("platform", "render", "model", "formats", "plugin", "catalogue", "cli",
-                                         "samples"),
+                         testing::Values("platform", "render", "model", "editing", "formats", "plugin", "catalogue",
+                                         "cli", "samples"),
                          [](const auto& layer) { return layer.param; });
 
 }  // namespace

@@ -1,9 +1,19 @@
 #pragma once
 
 #include <limits>
+#include <ostream>
 #include <vector>
 
 #include "model/design.h"
+
+namespace velamo {
+
+/// How tests show a stitch.
+inline void PrintTo(const VLMStitch& stitch, std::ostream* out) {
+    *out << stitch.description();
+}
+
+}  // namespace velamo
 
 namespace velamo::test {
 
