@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <utility>
 #include <vector>
 
+#include "editing/edit_error.h"
 #include "editing/replace_stitches.h"
 
 namespace velamo {
@@ -194,6 +196,11 @@ bool replaceStitches(VLMDesign& design, std::span<const VLMStitch> stitches, std
     trimSelectedJumps(design);
     design.setDisplayRange({0, design.stitches().size()});
     return true;
+}
+
+bool finishEdit(VLMDesign& design, std::span<const VLMStitch> stitches, VLMError* error) {
+    const std::string designType = design.designType().value_or("");
+    return replaceStitches(design, stitches, designType) || failEdit(EditFailure::movesTooLarge, error);
 }
 
 bool optimizeJumpsFor(VLMDesign& design, std::string_view designType) noexcept {

@@ -12,4 +12,7 @@ namespace velamo {
 /// may be the design's own.
 [[nodiscard]] bool replaceStitches(VLMDesign& design, std::span<const VLMStitch> stitches, std::string_view designType);
 
+/// The same for the design's own type, as every edit ends; `error` says why it is false.
+[[nodiscard]] bool finishEdit(VLMDesign& design, std::span<const VLMStitch> stitches, VLMError* error);
+
 }  // namespace velamo

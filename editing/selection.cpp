@@ -1,15 +1,14 @@
 #include "editing/selection.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "editing/edited_stitches.h"
 
 namespace velamo {
 namespace {
 
 constexpr std::int32_t noStitch = -1;
-
-VLMPoint endOf(VLMPoint start, const VLMStitch& stitch) noexcept {
-    return {start.x + static_cast<double>(stitch.deltaX()), start.y + static_cast<double>(stitch.deltaY())};
-}
 
 /// A box around nothing that lies beyond every design on its inner side.
 struct Box {

@@ -199,7 +199,7 @@ TEST(Optimisation, IsWhatItIsStepByStep) {
     for (int turn = 0; turn < 5000 && !testing::Test::HasFailure(); ++turn) {
         VLMDesign design = randomDesign(random);
         VLMDesign expected = design.copy();
-        const char* type = std::array{"DST", "PES", "VP3"}[static_cast<std::size_t>(turn) % 3];
+        const std::string type = *design.designType();
         optimizeStepByStep(expected, type);
         ASSERT_TRUE(optimizeJumpsFor(design, type));
         SCOPED_TRACE(turn);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <random>
 #include <string_view>
@@ -107,6 +109,246 @@ inline void optimizeStepByStep(VLMDesign& design, std::string_view type) {
     design.setDisplayRange({0, stitches.size()});
 }
 
+/// The new index of the stitch that was at `index`.
+inline std::size_t insertJumpStepByStep(Stitches& stitches, VLMPoint vector, std::size_t index) {
+    if (index >= stitches.size()) return index;
+    const VLMStitch previous = index > 0 ? stitches[index - 1] : VLMStitch();
+    const VLMStitch target = stitches[index];
+    stitches.insert(placeAt(stitches, index), jump(static_cast<float>(vector.x), static_cast<float>(vector.y)));
+    if (previous.isJumpStitch() || target.isJumpStitch() || target.isNullStitch()) return index + 1;
+    stitches.insert(placeAt(stitches, index + 1), VLMStitch(0, 0, false, false, target.isSelected()));
+    return index + 2;
+}
+
+inline VLMPoint sumOf(VLMPoint place, const VLMStitch& stitch) {
+    return {place.x + double{stitch.deltaX()}, place.y + double{stitch.deltaY()}};
+}
+
+template <class Transform, class Inverse>
+void transformStepByStep(VLMDesign& design, Transform transform, Inverse inverse) {
+    auto& stitches = design.stitches().all();
+    VLMPoint oldPlace;
+    VLMPoint newPlace;
+    bool wasSelected = false;
+    for (std::size_t i = 0; i < stitches.size(); ++i) {
+        const VLMPoint end = sumOf(oldPlace, stitches[i]);
+        if (stitches[i].isSelected()) {
+            if (!wasSelected) {
+                const VLMPoint start = transform(oldPlace);
+                const VLMPoint way{start.x - newPlace.x, start.y - newPlace.y};
+                i = insertJumpStepByStep(stitches, way, i);
+                newPlace = {newPlace.x + way.x, newPlace.y + way.y};
+            }
+            const VLMPoint newEnd = transform(end);
+            stitches[i].setDeltaX(static_cast<float>(newEnd.x - newPlace.x));
+            stitches[i].setDeltaY(static_cast<float>(newEnd.y - newPlace.y));
+            newPlace = newEnd;
+        } else {
+            if (wasSelected && i > 0) {
+                const VLMPoint back = inverse(newPlace);
+                i = insertJumpStepByStep(stitches, {back.x - newPlace.x, back.y - newPlace.y}, i);
+            }
+            newPlace = end;
+        }
+        wasSelected = stitches[i].isSelected();
+        oldPlace = end;
+    }
+    optimizeStepByStep(design, *design.designType());
+}
+
+inline void moveStepByStep(VLMDesign& design, VLMPoint vector) {
+    auto& stitches = design.stitches().all();
+    bool wasSelected = false;
+    for (std::size_t i = 0; i < stitches.size(); ++i) {
+        const bool isSelected = stitches[i].isSelected();
+        if (isSelected && !wasSelected) i = insertJumpStepByStep(stitches, vector, i);
+        if (!isSelected && wasSelected && i > 0) i = insertJumpStepByStep(stitches, {-vector.x, -vector.y}, i);
+        wasSelected = isSelected;
+    }
+    optimizeStepByStep(design, *design.designType());
+}
+
+inline void centerStepByStep(VLMDesign& design) {
+    for (int i = 0; i < 10; ++i) {
+        const VLMPoint center = design.centerOfDesign();
+        if (center == VLMPoint{0, 0}) return;
+        insertJumpStepByStep(design.stitches().all(), {-center.x, -center.y}, 0);
+        optimizeStepByStep(design, *design.designType());
+    }
+}
+
+inline void removeSelectedStepByStep(Stitches& stitches) {
+    VLMPoint place;
+    VLMPoint gap;
+    bool isInRun = false;
+    for (std::size_t i = 0; i < stitches.size();) {
+        const VLMPoint end = sumOf(place, stitches[i]);
+        if (stitches[i].isSelected()) {
+            if (!isInRun) gap = place;
+            isInRun = true;
+            if (stitches[i].isColorChange()) {
+                stitches[i].setDeltaX(0);
+                stitches[i].setDeltaY(0);
+                ++i;
+            } else {
+                stitches.erase(placeAt(stitches, i));
+            }
+        } else {
+            if (isInRun) i = insertJumpStepByStep(stitches, {place.x - gap.x, place.y - gap.y}, i);
+            isInRun = false;
+            ++i;
+        }
+        place = end;
+    }
+}
+
+inline void removeThread(VLMDesign& design, std::size_t index) {
+    auto& threads = design.threads().all();
+    if (index < threads.size()) threads.erase(threads.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+/// Whether the change was removed from the list.
+inline bool dropChange(Stitches& stitches, std::size_t index) {
+    if (stitches[index].isNullStitch()) {
+        stitches.erase(placeAt(stitches, index));
+        return true;
+    }
+    stitches[index].setIsColorChange(false);
+    return false;
+}
+
+inline void dropEmptyInnerBlocksStepByStep(VLMDesign& design) {
+    auto& stitches = design.stitches().all();
+    std::size_t thread = 0;
+    for (std::size_t i = 0; i < stitches.size(); ++i) {
+        if (!stitches[i].isColorChange()) continue;
+        bool isEmpty = true;
+        for (std::size_t k = i + 1; k < stitches.size() && !stitches[k].isColorChange(); ++k)
+            if (!stitches[k].isJumpStitch() && !stitches[k].isNullStitch()) isEmpty = false;
+        if (!isEmpty) {
+            ++thread;
+            continue;
+        }
+        if (dropChange(stitches, i)) --i;
+        removeThread(design, thread + 1);
+    }
+}
+
+inline void dropEmptyFirstBlockStepByStep(VLMDesign& design) {
+    auto& stitches = design.stitches().all();
+    std::size_t first = 0;
+    while (first < stitches.size() && !stitches[first].isColorChange()) {
+        if (!stitches[first].isJumpStitch() && !stitches[first].isNullStitch()) return;
+        ++first;
+    }
+    if (first == stitches.size()) return;
+    dropChange(stitches, first);
+    removeThread(design, 0);
+}
+
+inline void deleteSelectionStepByStep(VLMDesign& design) {
+    removeSelectedStepByStep(design.stitches().all());
+    dropEmptyInnerBlocksStepByStep(design);
+    dropEmptyFirstBlockStepByStep(design);
+    optimizeStepByStep(design, *design.designType());
+    if (!design.stitches().empty()) return;
+    design.threads().clear();
+    design.setXMin(-100);
+    design.setXMax(100);
+    design.setYMin(-100);
+    design.setYMax(100);
+}
+
+inline void switchToJumpsStepByStep(VLMDesign& design, bool toJumps) {
+    for (std::size_t i = 0; i < design.stitches().size(); ++i)
+        if (design.stitches()[i].isSelected()) design.stitches()[i].setIsJumpStitch(toJumps);
+    optimizeStepByStep(design, *design.designType());
+}
+
+inline void insertThreadStepByStep(VLMDesign& design) {
+    if (!design.selectionActive()) return;
+    std::size_t changes = 0;
+    for (std::size_t i = 0; i < design.stitches().size(); ++i) {
+        VLMStitch& stitch = design.stitches()[i];
+        if (stitch.isColorChange()) ++changes;
+        if (!stitch.isSelected()) continue;
+        stitch.setIsColorChange(true);
+        auto& threads = design.threads().all();
+        threads.insert(threads.begin() + static_cast<std::ptrdiff_t>(changes), VLMThread(threads[changes]));
+        break;
+    }
+    optimizeStepByStep(design, *design.designType());
+}
+
+inline void deleteThreadStepByStep(VLMDesign& design, int index) {
+    if (index < 0 || index >= design.numberOfThreads()) return;
+    int changes = 0;
+    for (std::size_t i = 0; i < design.stitches().size(); ++i) {
+        VLMStitch& stitch = design.stitches()[i];
+        if (stitch.isColorChange()) ++changes;
+        if (changes != index) continue;
+        stitch.setIsColorChange(false);
+        removeThread(design, static_cast<std::size_t>(index));
+        break;
+    }
+    optimizeStepByStep(design, *design.designType());
+}
+
+inline VLMStitch jumpBetween(VLMPoint from, VLMPoint to) {
+    return jump(static_cast<float>(to.x - from.x), static_cast<float>(to.y - from.y));
+}
+
+inline void moveThreadStepByStep(VLMDesign& design, int from, int to) {
+    if (from < 0 || to < 0 || from >= design.numberOfThreads() || to >= design.numberOfThreads() || from == to) return;
+    auto& stitches = design.stitches().all();
+    Stitches moved;
+    VLMPoint place;
+    VLMPoint start;
+    VLMPoint end;
+    int changes = 0;
+    std::size_t behind = 0;
+    for (std::size_t i = 0; i < stitches.size();) {
+        if (stitches[i].isColorChange()) ++changes;
+        if (changes != from) {
+            place = sumOf(place, stitches[i++]);
+            continue;
+        }
+        if (moved.empty()) start = place;
+        place = sumOf(place, stitches[i]);
+        end = place;
+        behind = i;
+        moved.push_back(stitches[i]);
+        moved.back().setIsColorChange(false);
+        stitches.erase(placeAt(stitches, i));
+    }
+    if (moved.empty()) return;
+    if (behind < stitches.size()) {
+        VLMStitch bridge = jumpBetween(start, end);
+        bridge.setIsColorChange(stitches[behind].isColorChange());
+        stitches[behind].setIsColorChange(false);
+        stitches.insert(placeAt(stitches, behind), bridge);
+    }
+    if (!stitches.empty()) stitches[0].setIsColorChange(true);
+    int block = -1;
+    std::size_t target = 0;
+    VLMPoint before;
+    for (; target < stitches.size(); ++target) {
+        if (stitches[target].isColorChange()) ++block;
+        if (block == to) break;
+        before = sumOf(before, stitches[target]);
+    }
+    if (!stitches.empty() && to != 0) stitches[0].setIsColorChange(false);
+    moved[0].setIsColorChange(to != 0);
+    moved.insert(moved.begin(), jumpBetween(before, start));
+    moved.push_back(jumpBetween(end, before));
+    stitches.insert(placeAt(stitches, target), moved.begin(), moved.end());
+    auto& threads = design.threads().all();
+    const VLMThread thread = threads[static_cast<std::size_t>(from)];
+    removeThread(design, static_cast<std::size_t>(from));
+    threads.insert(threads.begin() + to, thread);
+    optimizeStepByStep(design, *design.designType());
+}
+
 /// A design made by chance, of few stitches or many, with runs of jumps, colour changes, null stitches and selected
 /// stitches, and as many threads as blocks.
 inline VLMDesign randomDesign(std::mt19937& random) {
@@ -121,6 +363,7 @@ inline VLMDesign randomDesign(std::mt19937& random) {
         return isWhole ? std::round(value) : value;
     };
     VLMDesign design;
+    design.setDesignType(std::array{"DST", "PES", "VP3"}[std::uniform_int_distribution<std::size_t>(0, 2)(random)]);
     VLMStitch stitch;
     std::size_t blocks = 1;
     for (std::size_t i = 0; i < size; ++i) {
