@@ -7,6 +7,7 @@
 #include <map>
 
 #include "platform/plist.h"
+#include "platform/text.h"
 
 namespace velamo {
 namespace {
@@ -35,26 +36,6 @@ std::vector<std::string_view> superclassesOf(std::string_view className) {
 }
 
 constexpr std::string_view fileScheme = "file:";
-constexpr std::string_view hexadecimal = "0123456789ABCDEF";
-
-bool standsForItself(char c) {
-    const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-    return isLetter || (c >= '0' && c <= '9') || std::string_view("-._~/").find(c) != std::string_view::npos;
-}
-
-std::string locationText(const std::filesystem::path& path) {
-    std::string text = path.is_absolute() ? "file://" : "";
-    for (const char c : path.native()) {
-        if (standsForItself(c)) {
-            text += c;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(c);
-        text.append(1, '%').append(1, hexadecimal[byte >> 4]).append(1, hexadecimal[byte & 0x0F]);
-    }
-    return text;
-}
-
 int digitOf(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;

@@ -11,6 +11,12 @@ namespace {
 
 constexpr std::string_view absentText = "(null)";
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
+constexpr std::string_view hexadecimal = "0123456789ABCDEF";
+
+bool standsForItself(char c) noexcept {
+    const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    return isLetter || (c >= '0' && c <= '9') || std::string_view("-._~/").find(c) != std::string_view::npos;
+}
 
 bool isDigit(char character) noexcept {
     return character >= '0' && character <= '9';
@@ -138,6 +144,19 @@ std::string textFromLatin1(std::span<const std::uint8_t> bytes) {
             text += static_cast<char>(0xC0 | byte >> 6);
             text += static_cast<char>(0x80 | (byte & 0x3F));
         }
+    }
+    return text;
+}
+
+std::string locationText(const std::filesystem::path& path) {
+    std::string text = path.is_absolute() ? "file://" : "";
+    for (const char c : path.native()) {
+        if (standsForItself(c)) {
+            text += c;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(c);
+        text.append(1, '%').append(1, hexadecimal[byte >> 4]).append(1, hexadecimal[byte & 0x0F]);
     }
     return text;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
@@ -24,6 +25,10 @@ using PatternArgument = std::variant<Text, std::int64_t, double>;
 
 /// ISO Latin-1 bytes as UTF-8.
 [[nodiscard]] std::string textFromLatin1(std::span<const std::uint8_t> bytes);
+
+/// A file's location as URLs have it: percent-encoded, so that any byte of the path survives, with "file://" before one
+/// that is absolute.
+[[nodiscard]] std::string locationText(const std::filesystem::path& path);
 
 /// The text with every byte that is no UTF-8 replaced by U+FFFD.
 [[nodiscard]] std::string validUtf8(std::string_view text);
