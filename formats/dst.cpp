@@ -1,11 +1,16 @@
 #include "formats/dst.h"
 
 #include <array>
+#include <cmath>
 #include <string_view>
 
+#include "formats/byte_writer.h"
 #include "formats/stitch_sink.h"
 #include "formats/undefined_threads.h"
+#include "formats/whole_moves.h"
 #include "platform/files.h"
+#include "platform/narrow_text.h"
+#include "platform/text.h"
 
 namespace velamo {
 namespace {
@@ -16,8 +21,16 @@ constexpr std::size_t smallestFile = headerSize + recordSize + 1;
 constexpr std::size_t searchedSize = headerSize - 1;  // a tag that reaches the header's last byte is not found
 constexpr std::uint8_t endMark = 0xF3;
 
-enum Failure : int { tooShort = 123, noLabel = 110, unknownKind = 111 };
-constexpr std::array<ErrorText, 11> errorTexts{{
+enum Failure : int {
+    tooShort = 123,
+    noLabel = 110,
+    unknownKind = 111,
+    invalidBounds = 130,
+    endTooFar = 132,
+    tooManyStitches = 133,
+    tooManyColors = 134
+};
+constexpr std::array<ErrorText, 15> errorTexts{{
     {tooShort, "Unable to import DST file (missing header)."},
     {noLabel, "Unable to import DST file (missing LA: tag in header)."},
     {unknownKind, "Unable to import DST file (invalid function codes)."},
@@ -29,6 +42,10 @@ constexpr std::array<ErrorText, 11> errorTexts{{
     {117, "Unable to import DST file (missing -Y: tag in header)."},
     {118, "Unable to import DST file (missing AX: tag in header)."},
     {119, "Unable to import DST file (missing AY: tag in header)."},
+    {invalidBounds, "Unable to export DST file (invalid bounderies)."},
+    {endTooFar, "Unable to export DST file (AX/AY values too large)."},
+    {tooManyStitches, "Unable to export DST file (too many stitches)."},
+    {tooManyColors, "Unable to export DST file (too many color changes)."},
 }};
 
 struct Tag {
@@ -114,6 +131,99 @@ bool readStitches(VLMDesign& design, std::span<const std::uint8_t> records, VLME
     return kindOf(records) == Kind::end || fail(errorTexts, unknownKind, error);
 }
 
+constexpr std::int64_t mostRecords = 9999998;  // with the end mark, what seven digits hold
+constexpr std::int32_t mostThreads = 1000;
+constexpr float farthest = 99999;  // what five digits hold
+constexpr std::size_t labelSize = 16;
+
+/// Whether the box that the stitches fill holds the place where sewing starts, and its edges fit the header.
+bool areWritable(float least, float greatest) noexcept {
+    return greatest >= 0 && least <= 0 && greatest <= farthest && least >= -farthest;
+}
+
+bool isWritable(VLMPoint end) noexcept {
+    return std::abs(end.x) <= double{farthest} && std::abs(end.y) <= double{farthest};
+}
+
+bool checkLimits(const VLMDesign& design, VLMError* error) {
+    if (std::int64_t{design.numberOfStitches()} + design.numberOfThreads() > mostRecords)
+        return fail(errorTexts, tooManyStitches, error);
+    if (design.numberOfThreads() > mostThreads) return fail(errorTexts, tooManyColors, error);
+    if (!areWritable(design.xMin(), design.xMax()) || !areWritable(design.yMin(), design.yMax()))
+        return fail(errorTexts, invalidBounds, error);
+    return isWritable(design.lastStitch()) || fail(errorTexts, endTooFar, error);
+}
+
+/// The design's name without its extension.
+std::string labelOf(const VLMDesign& design) {
+    std::string label = asciiFromText(std::filesystem::path(design.designName().value_or("")).stem().native());
+    label.resize(labelSize, ' ');
+    return label;
+}
+
+/// The sign of a number that becomes 0 without its fraction is a plus.
+Text signOf(std::int64_t number) {
+    return number < 0 ? "-" : "+";
+}
+
+std::string headerOf(const VLMDesign& design) {
+    const auto reach = [](float edge) { return wholeNumber(double{std::abs(edge)}); };
+    const VLMPoint end = design.lastStitch();
+    const std::int64_t endX = wholeNumber(end.x);
+    const std::int64_t endY = wholeNumber(end.y);
+    std::string header = fillPattern(
+        "LA:%@\rST:%7i\rCO:%3i\r+X:%5i\r-X:%5i\r+Y:%5i\r-Y:%5i\rAX:%@%5i\rAY:%@%5i\rMX:+    0\rMY:+    0\r"
+        "PD:******\r\x1A",
+        {Text(labelOf(design)), std::int64_t{design.numberOfStitches()} + design.numberOfThreads() + 1,
+         std::int64_t{design.numberOfThreads()} - 1, reach(design.xMax()), reach(design.xMin()), reach(design.yMax()),
+         reach(design.yMin()), signOf(endX), std::abs(endX), signOf(endY), std::abs(endY)});
+    header.resize(headerSize, ' ');
+    return header;
+}
+
+constexpr int longestMove = 121;
+constexpr std::array<int, 5> weights{81, 27, 9, 3, 1};
+
+/// The bits of a record for the moves from -121 to 121 along one axis: of each weight as much is taken as the smaller
+/// ones cannot make up for.
+using RecordTable = std::array<std::uint32_t, 2 * longestMove + 1>;
+struct WeightBits {
+    std::uint32_t plus;
+    std::uint32_t minus;
+};
+constexpr RecordTable recordsOf(const std::array<WeightBits, weights.size()>& bits) {
+    RecordTable table{};
+    for (int move = -longestMove; move <= longestMove; ++move) {
+        int rest = move;
+        std::uint32_t& record = table[static_cast<std::size_t>(move + longestMove)];
+        for (std::size_t i = 0; i < weights.size(); ++i) {
+            const int sign = 2 * rest > weights[i] ? 1 : 2 * rest < -weights[i] ? -1 : 0;
+            record |= sign > 0 ? bits[i].plus : sign < 0 ? bits[i].minus : 0;
+            rest -= sign * weights[i];
+        }
+    }
+    return table;
+}
+// The record's first byte is the lowest of the number.
+constexpr RecordTable recordsX =
+    recordsOf({{{0x040000, 0x080000}, {0x0400, 0x0800}, {0x04, 0x08}, {0x0100, 0x0200}, {0x01, 0x02}}});
+constexpr RecordTable recordsY =
+    recordsOf({{{0x200000, 0x100000}, {0x2000, 0x1000}, {0x20, 0x10}, {0x8000, 0x4000}, {0x80, 0x40}}});
+
+/// Takes the move's next record, as far as that reaches; the rest goes on to the next one.
+std::uint32_t takeRecord(VLMWholeMoves& moves, float delta, const RecordTable& records) noexcept {
+    const float move = moves.take(delta);
+    if (std::abs(move) <= longestMove) return records[static_cast<std::size_t>(static_cast<int>(move) + longestMove)];
+    float rest = move;
+    for (const int weight : weights) rest -= std::copysign(static_cast<float>(weight), move);
+    moves.carry(rest);
+    return std::isnan(move) ? 0 : move > 0 ? records.back() : records.front();
+}
+
+std::uint32_t kindOf(const VLMStitch& stitch) noexcept {
+    return stitch.isColorChange() ? 0xC30000 : stitch.isJumpStitch() ? 0x830000 : 0x030000;
+}
+
 }  // namespace
 
 bool readDst(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error) {
@@ -127,6 +237,28 @@ bool importDstDesignFromURLerror(VLMDesign& design, const std::filesystem::path&
         design.setDesignType("DST");
         design.setDesignVersion(10);
         return readDst(design, readWholeFile(url), error);
+    });
+}
+
+std::optional<std::vector<std::uint8_t>> writeDst(const VLMDesign& design, VLMError* error) {
+    if (!checkLimits(design, error)) return std::nullopt;
+    VLMByteWriter out(headerSize + recordSize * (design.stitches().size() + 2));
+    out.text(headerOf(design));
+    VLMWholeMoves movesX;
+    VLMWholeMoves movesY;
+    for (const VLMStitch& stitch : design.stitches())
+        out.put(takeRecord(movesX, stitch.deltaX(), recordsX) | takeRecord(movesY, stitch.deltaY(), recordsY) |
+                    kindOf(stitch),
+                recordSize);
+    out.text({"\x00\x00\xF3\x1A", 4});
+    return out.take();
+}
+
+bool exportDstDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                               const ExportOptions&) noexcept {
+    return operation(error, [&] {
+        const auto file = writeDst(design, error);
+        return file && saveWithoutColors(design, url, *file, "DST", error);
     });
 }
 

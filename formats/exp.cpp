@@ -3,6 +3,7 @@
 #include <array>
 
 #include "formats/byte_reader.h"
+#include "formats/escaped_moves.h"
 #include "formats/stitch_sink.h"
 #include "formats/undefined_threads.h"
 #include "platform/files.h"
@@ -60,6 +61,17 @@ bool importExpDesignFromURLerror(VLMDesign& design, const std::filesystem::path&
         design.setDesignVersion(10);
         return readExp(design, readWholeFile(url), error);
     });
+}
+
+std::vector<std::uint8_t> writeExp(const VLMDesign& design) {
+    VLMByteWriter out(pairSize * design.stitches().size());
+    writeEscapedMoves(out, design, escapedSize);
+    return out.take();
+}
+
+bool exportExpDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                               const ExportOptions&) noexcept {
+    return operation(error, [&] { return saveWithoutColors(design, url, writeExp(design), "EXP", error); });
 }
 
 }  // namespace velamo

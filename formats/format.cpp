@@ -23,8 +23,8 @@ constexpr std::array<Format, 13> formats{{
     {"pes", "PES", importPesDesignFromURLerror},
     {"pec", "PEC", importPecDesignFromURLerror},
     {"sew", "SEW", importSewDesignFromURLerror},
-    {"exp", "EXP", importExpDesignFromURLerror},
-    {"dst", "DST", importDstDesignFromURLerror},
+    {"exp", "EXP", importExpDesignFromURLerror, exportExpDesignToURLerror},
+    {"dst", "DST", importDstDesignFromURLerror, exportDstDesignToURLerror},
     {"vp3", "VP3", importVp3DesignFromURLerror},
     {"ksm", "KSM", importKsmDesignFromURLerror},
     {"pcs", "PCS", importPcxDesignFromURLerror},
@@ -51,9 +51,15 @@ const Format* formatWithExtension(std::string_view extension) noexcept {
     return found == formats.end() ? nullptr : &*found;
 }
 
+std::filesystem::path fileNameOf(const std::filesystem::path& url) {
+    return url.has_filename() ? url.filename() : url.parent_path().filename();
+}
+
 std::string extensionOf(const std::filesystem::path& url) {
-    const std::string extension = url.extension().native();
-    return extension.empty() ? extension : extension.substr(1);
+    std::string extension = url.extension().native();
+    if (!extension.empty()) extension.erase(0, 1);
+    std::transform(extension.begin(), extension.end(), extension.begin(), lowerCase);
+    return extension;
 }
 
 }  // namespace velamo

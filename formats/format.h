@@ -4,6 +4,7 @@
 #include <span>
 #include <string_view>
 
+#include "formats/saving.h"
 #include "model/design.h"
 
 namespace velamo {
@@ -11,10 +12,13 @@ namespace velamo {
 /// One kind of embroidery file, known by the extension of its name.
 struct Format {
     using Reader = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept;
+    using Writer = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                            const ExportOptions& options) noexcept;
 
     std::string_view extension;  // lower case
     std::string_view type;       // the design type that its reader sets
     Reader reader;
+    Writer writer = nullptr;  // null: such files are only read
 };
 
 /// All formats, in the order in which import tells them apart.
@@ -23,7 +27,10 @@ struct Format {
 /// The format of files with the extension, which is compared without regard to case; null when it is none of ours.
 [[nodiscard]] const Format* formatWithExtension(std::string_view extension) noexcept;
 
-/// The extension of a file name without its dot, or "".
+/// The last component of the path; a slash behind it changes nothing.
+[[nodiscard]] std::filesystem::path fileNameOf(const std::filesystem::path& url);
+
+/// The extension of a file name without its dot, in lower case, or "".
 [[nodiscard]] std::string extensionOf(const std::filesystem::path& url);
 
 }  // namespace velamo

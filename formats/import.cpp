@@ -15,16 +15,11 @@ constexpr std::array<ErrorText, 3> errorTexts{{
     {noThreads, "File holds no threads."},
 }};
 
-/// The last component of the path; a slash behind it changes nothing.
-std::filesystem::path fileName(const std::filesystem::path& url) {
-    return url.has_filename() ? url.filename() : url.parent_path().filename();
-}
-
 }  // namespace
 
 bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
     return operation(error, [&] {
-        const auto name = fileName(url);
+        const auto name = fileNameOf(url);
         design.setDesignName(name.native());
         design.setDesignLocation(url);
         design.threads().clear();

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "formats/saving.h"
+
 namespace velamo {
 
 void appendUndefinedThread(VLMDesign& design) {
@@ -13,6 +15,20 @@ void appendUndefinedThread(VLMDesign& design) {
     const VLMThread* former = threads.size() < numberOfKeys ? nullptr : &threads[threads.size() - numberOfKeys];
     const bool comesAgain = former != nullptr && former->key() == key && former->palette() == palette;
     threads.push_back(comesAgain ? VLMThread(*former) : VLMThread::initWithKeyofPalette(key, palette));
+}
+
+bool saveWithoutColors(VLMDesign& design, const std::filesystem::path& url, std::span<const std::uint8_t> file,
+                       const char* type, VLMError* error) {
+    const std::size_t count = design.useThreadFile() ? 0 : design.threads().size();
+    VLMDesign renamed;
+    renamed.threads().all().reserve(count);
+    while (renamed.threads().size() < count) appendUndefinedThread(renamed);
+    if (!saveFile(url, file, error)) return false;
+    if (!design.useThreadFile()) design.threads().all().swap(renamed.threads().all());
+    design.setDesignType(type);
+    design.setDesignVersion(10);
+    design.setDesignHoop(nullptr);
+    return true;
 }
 
 }  // namespace velamo

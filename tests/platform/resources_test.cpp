@@ -209,6 +209,7 @@ const std::vector<Message> messages{
     {32, "Unable to import PES file (PEC part missing)."},
     {33, "Unable to import PES file (PEC multiparts not supported by PES file version)."},
     {50, "Unsupported file format (UTI) for export."},
+    {52, "Unable to export embroidery file (moves too large)."},
     {62, "Stitches ouside the current hoop."},
     {63, "Design exceeds all hoop sizes."},
     {70, "Unable to flip the design (invalid orientation)."},

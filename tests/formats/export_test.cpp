@@ -1,0 +1,234 @@
+#include "formats/export.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <limits>
+
+#include "formats/format.h"
+#include "formats/import.h"
+#include "formats/thread_file.h"
+#include "tests/support/designs.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+/// What the library says to the system's log while this test program runs.
+std::vector<std::string>& logLines() {
+    static std::vector<std::string> lines;
+    return lines;
+}
+
+void keepLine(const char* format, std::va_list arguments) {
+    std::array<char, 4096> line{};
+    std::vsnprintf(line.data(), line.size(), format, arguments);
+    logLines().emplace_back(line.data());
+}
+
+}  // namespace
+
+// The program's own functions come before those of the system's library; which of the two is called depends on how
+// that was made.
+extern "C" {
+void syslog(int, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    keepLine(format, arguments);
+    va_end(arguments);
+}
+void __syslog_chk(int, int, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    keepLine(format, arguments);
+    va_end(arguments);
+}
+}
+
+namespace velamo {
+namespace {
+
+using test::change;
+using test::designOf;
+using test::stitch;
+using test::TemporaryFolder;
+
+VLMDesign twoColors() {
+    return designOf({stitch(10, 0), change(0, 0), stitch(-20, 10)}, 2);
+}
+
+TEST(Export, NeedsThreadsThenStitches) {
+    const TemporaryFolder folder;
+    const auto target = folder.path() / "rose.dst";
+    VLMDesign nothing;
+    VLMDesign noThreads = designOf({stitch(1, 1)}, 0);
+    VLMDesign noStitches = designOf({}, 1);
+    for (auto [design, code] : {std::pair{&nothing, 13}, std::pair{&noThreads, 13}, std::pair{&noStitches, 14}}) {
+        VLMError error;
+        EXPECT_FALSE(exportDesignToURLerror(*design, target, &error));
+        EXPECT_EQ(error.code, code);
+        EXPECT_EQ(error.message(), code == 13 ? "Unable to export embroidery file (no threads found)."
+                                              : "Unable to export embroidery file (no stitches found).");
+        EXPECT_FALSE(exportDesignToURLerror(*design, target, nullptr));
+        EXPECT_FALSE(design->designName());
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST(Export, GoesByTheExtensionInAnyCase) {
+    const TemporaryFolder folder;
+    for (const char* name : {"X.DST", "x.Dst", "x.dst"}) {
+        VLMDesign design = twoColors();
+        VLMError error;
+        ASSERT_TRUE(exportDesignToURLerror(design, folder.path() / name, &error)) << error.message();
+        EXPECT_EQ(design.designType(), "DST");
+        EXPECT_EQ(design.designName(), name);
+        EXPECT_FALSE(design.designLocation());
+        EXPECT_EQ(TemporaryFolder::read(folder.path() / name).substr(0, 3), "LA:");
+    }
+}
+
+TEST(Export, WritesTheFormatsOfTheTable) {
+    std::vector<std::string_view> written;
+    for (const Format& format : allFormats())
+        if (format.writer != nullptr) written.push_back(format.extension);
+    EXPECT_EQ(written, (std::vector<std::string_view>{"exp", "dst"}));
+}
+
+TEST(Export, FitsTheMovesToTheFormat) {
+    const TemporaryFolder folder;
+    VLMDesign design = designOf({stitch(300, 0), stitch(-300, 0)});
+    design.setDisplayRange({1, 1});
+    ASSERT_TRUE(exportDesignToURLerror(design, folder.path() / "x.dst", nullptr));
+    EXPECT_EQ(design.stitches(), (std::vector{stitch(120, 0), stitch(120, 0), stitch(60, 0), stitch(-120, 0),
+                                              stitch(-120, 0), stitch(-60, 0)}));
+    EXPECT_EQ(design.displayRange(), (VLMRange{0, 6}));
+    EXPECT_EQ(TemporaryFolder::read(folder.path() / "x.dst").size(), 512U + 6 * 3 + 4);
+}
+
+struct LogRow {
+    const char* name;
+    const char* file;
+    bool hasSlot;
+    std::string line;  // behind the location
+};
+class UnsupportedFormats : public testing::TestWithParam<LogRow> {};
+TEST_P(UnsupportedFormats, AreRefusedWithALineInTheLog) {
+    const TemporaryFolder folder;
+    const auto sideFile = folder.write("from.threads", "old");
+    VLMDesign design = twoColors();
+    design.setDesignLocation(folder.path() / "from.dst");
+    const VLMStitchList stitches = design.stitches().copy();
+    VLMError error;
+    logLines().clear();
+    EXPECT_FALSE(
+        exportDesignToURLerror(design, folder.path() / GetParam().file, GetParam().hasSlot ? &error : nullptr));
+    EXPECT_EQ(error.code, GetParam().hasSlot ? 50 : 0);
+    EXPECT_EQ(error.recoverySuggestion, GetParam().hasSlot ? "Unsupported file format (UTI) for export." : "");
+    EXPECT_EQ(logLines(), std::vector<std::string>{"velamo: VLMDesign:exportDesignToURL:file://" +
+                                                   folder.path().native() + "/" + GetParam().line});
+    EXPECT_EQ(design.designName(), GetParam().file);
+    EXPECT_EQ(design.stitches(), stitches);
+    EXPECT_TRUE(std::filesystem::exists(sideFile));
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / GetParam().file));
+}
+const std::string unsupported =
+    "\n    Error: Error Domain=de.velamo.vlmdesign.ErrorDomain Code=50 \"Unsupported file format (UTI) for export.\", "
+    "fileExtension: ";
+INSTANTIATE_TEST_SUITE_P(Rows, UnsupportedFormats,
+                         testing::Values(LogRow{"JefPlus", "x.jef+", true, "x.jef%2B" + unsupported + "jef+"},
+                                         LogRow{"OnlyRead", "x.VP3", true, "x.VP3" + unsupported + "vp3"},
+                                         LogRow{"Unknown", "x.txt", true, "x.txt" + unsupported + "txt"},
+                                         LogRow{"NoExtension", "rose", true, "rose" + unsupported},
+                                         LogRow{"NoSlot", "x.jpx", false,
+                                                "x.jpx\n    Error: (null), fileExtension: jpx"}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(Export, TakesTheOnlyReadFormatsForUnknown) {
+    for (const char* extension : {"jef+", "jpx", "sew", "vp3", "ksm", "pcd", "pcq"}) {
+        const Format* format = formatWithExtension(extension);
+        ASSERT_NE(format, nullptr);
+        EXPECT_EQ(format->writer, nullptr) << extension;
+    }
+}
+
+TEST(Export, KeepsTheSideFileOfTheLocationInStep) {
+    const TemporaryFolder folder;
+    const auto from = folder.path() / "from.pes";
+    for (const bool useThreadFile : {true, false}) {
+        for (const bool isThere : {true, false}) {
+            std::filesystem::remove(threadFileOf(from));
+            if (isThere) folder.write("from.threads", "old");
+            folder.write("to.threads", "another design's");
+            VLMDesign design = twoColors();
+            design.setDesignLocation(from);
+            design.setUseThreadFile(useThreadFile);
+            ASSERT_TRUE(exportDesignToURLerror(design, folder.path() / "to.dst", nullptr));
+            EXPECT_EQ(design.designLocation(), from);
+            EXPECT_EQ(std::filesystem::exists(threadFileOf(from)), useThreadFile);
+            EXPECT_EQ(TemporaryFolder::read(folder.path() / "to.threads"), "another design's");
+            if (!useThreadFile) continue;
+            VLMDesign other = designOf({}, 2);
+            other.threads().all().assign(2, test::threadOf("1", "Undefined"));
+            EXPECT_TRUE(importThreadsForDesign(other, from));
+            EXPECT_EQ(test::keysOf(other), (std::vector<Text>{"800", "800"}));
+        }
+    }
+}
+
+TEST(Export, LeavesTheSideFileWhenItFails) {
+    const TemporaryFolder folder;
+    folder.write("from.threads", "old");
+    for (const bool useThreadFile : {true, false}) {
+        VLMDesign design = twoColors();
+        design.setDesignLocation(folder.path() / "from.dst");
+        design.setUseThreadFile(useThreadFile);
+        VLMError error;
+        EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "missing/to.dst", &error));
+        EXPECT_EQ(error.domain, systemErrorDomain);
+        EXPECT_EQ(error.code, ENOENT);
+        EXPECT_EQ(design.designName(), "to.dst");
+        EXPECT_EQ(TemporaryFolder::read(folder.path() / "from.threads"), "old");
+    }
+}
+
+TEST(Export, PassesTheWritersErrorOn) {
+    const TemporaryFolder folder;
+    VLMDesign design = designOf({stitch(5, 5), stitch(15, 15)});
+    VLMError error;
+    EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.dst", &error));
+    EXPECT_EQ(error.code, 130);
+    EXPECT_EQ(error.domain, designErrorDomain);
+    EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.dst", nullptr));
+}
+
+TEST(Export, SaysWhenMovesCannotBeFitted) {
+    const TemporaryFolder folder;
+    folder.write("from.threads", "old");
+    VLMDesign design = designOf({stitch(std::numeric_limits<float>::infinity(), 0), stitch(1, 1)});
+    design.setDesignLocation(folder.path() / "from.dst");
+    const VLMStitchList stitches = design.stitches().copy();
+    VLMError error;
+    EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.exp", &error));
+    EXPECT_EQ(error.code, 52);
+    EXPECT_EQ(error.message(), "Unable to export embroidery file (moves too large).");
+    EXPECT_EQ(error.domain, designErrorDomain);
+    EXPECT_EQ(design.stitches(), stitches);
+    // The writer has run all the same; the side file stays for the design to be put right.
+    EXPECT_EQ(design.designType(), "EXP");
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "x.exp"));
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "from.threads"));
+    EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.exp", nullptr));
+}
+
+TEST(Export, PrefersTheWritersErrorToItsOwn) {
+    const TemporaryFolder folder;
+    VLMDesign design = designOf({stitch(1e30F, 0), stitch(1, 1)});
+    VLMError error;
+    EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.dst", &error));
+    EXPECT_EQ(error.code, 130);
+}
+
+}  // namespace
+}  // namespace velamo
