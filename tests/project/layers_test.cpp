@@ -70,7 +70,7 @@ TEST_P(Layers, LeaveTheSystemToThePlatform) {
         EXPECT_FALSE(std::regex_match(include.name, systemHeader)) << include.file << " includes " << include.name;
 }
 
-/// The measurements stand below the model, the drawing will stand above it.
+/// The measurements stand below the model, the drawing stands above it.
 TEST(Rooms, ModelSeesOnlyTheMeasurementsOfRender) {
     for (const auto& include : includesOf("model"))
         if (include.name.rfind("render/", 0) == 0) {
