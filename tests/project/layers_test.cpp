@@ -19,7 +19,7 @@ const std::filesystem::path sourceFolder = VELAMO_SOURCE_FOLDER;
 /// What each layer may include besides itself.
 const std::map<std::string, std::set<std::string>> layersBelow{
     {"platform", {}},
-    {"render", {"platform"}},
+    {"render", {"platform", "model"}},  // see also Rooms, below
     {"model", {"platform", "render"}},
     {"editing", {"platform", "model"}},
     {"formats", {"platform", "render", "model", "editing"}},
@@ -75,6 +75,14 @@ TEST(Rooms, ModelSeesOnlyTheMeasurementsOfRender) {
     for (const auto& include : includesOf("model"))
         if (include.name.rfind("render/", 0) == 0) {
             EXPECT_EQ(include.name, "render/value_transformer.h") << include.file;
+        }
+}
+
+TEST(Rooms, MeasurementsSeeOnlyThePlatform) {
+    for (const auto& include : includesOf("render"))
+        if (include.file.stem() == "value_transformer" && !include.isSystem) {
+            EXPECT_TRUE(include.name.rfind("platform/", 0) == 0 || include.name == "render/value_transformer.h")
+                << include.file << " includes " << include.name;
         }
 }
 
