@@ -3,28 +3,23 @@
 #include <CLI/CLI.hpp>
 #include <fstream>
 #include <memory>
-#include <optional>
 #include <ostream>
 
 #include "cli/commands.h"
 #include "cli/design_json.h"
+#include "cli/edit_words.h"
 #include "formats/import.h"
 
 namespace velamo {
 namespace {
 
-struct EditRequest {
-    std::string file;
-    std::vector<std::string> commands;
-    std::optional<std::string> script;
-    bool isDumped = false;
-};
-
 std::string helpOnWords() {
     std::string help = "Commands, carried out in order, those of a script first:\n";
-    for (const EditWord& word : editWords())
-        help += "  " + std::string(word.name) + " " + std::string(word.parameters) + "\n      " +
-                std::string(word.meaning) + "; for example: " + std::string(word.example) + "\n";
+    for (const EditWord& word : editWords()) {
+        const std::string parameters = word.parameters.empty() ? "" : " " + std::string(word.parameters);
+        help += "  " + std::string(word.name) + parameters + "\n      " + std::string(word.meaning) +
+                "; for example: " + std::string(word.example) + "\n";
+    }
     return help;
 }
 
@@ -35,47 +30,43 @@ std::vector<EditCommand> commandsOf(const EditRequest& request) {
         if (!in) throw EditSyntaxError("the script '" + *request.script + "' cannot be read");
         commands = parseEditScript(in, *request.script);
     }
-    for (const std::string& line : request.commands) {
-        try {
-            commands.push_back(parseEditCommand(line));
-        } catch (const EditSyntaxError& error) {
-            throw EditSyntaxError("-e '" + line + "': " + error.what());
-        }
-    }
+    const auto more = parseEditLines(request.commands);
+    commands.insert(commands.end(), more.begin(), more.end());
     return commands;
 }
 
-/// Everything is read before anything is done, so that a mistake in the last command changes nothing.
-ExitStatus run(const EditRequest& request, const Console& console) {
-    std::vector<EditCommand> commands;
-    try {
-        commands = commandsOf(request);
-    } catch (const EditSyntaxError& error) {
-        reportWrongUsage(console, error.what());
-        return ExitStatus::wrongUsage;
+void printOutcome(const Json& results, const VLMDesign* dumped, const Console& console) {
+    console.out << "{\"results\": " << textOf(results);
+    if (dumped != nullptr) {
+        console.out << ", \"design\": ";
+        writeDesignJson(console.out, *dumped, nullptr);
     }
-    return edit(request.file, commands, request.isDumped, console);
+    console.out << "}\n";
+}
+
+ExitStatus editDesign(const EditRequest& request, const Console& console) {
+    const auto commands = commandsOf(request);
+    VLMDesign design;
+    VLMError error;
+    if (!importDesignFromURLerror(design, request.file, &error)) {
+        reportProblem(console, request.file, error);
+        return ExitStatus::failure;
+    }
+    const EditOutcome outcome = carryOut(commands, design);
+    printOutcome(outcome.results, request.isDumped ? &design : nullptr, console);
+    return outcome.isDone ? ExitStatus::success : ExitStatus::failure;
 }
 
 }  // namespace
 
-ExitStatus edit(const std::filesystem::path& file, std::span<const EditCommand> commands, bool isDumped,
-                const Console& console) {
-    VLMDesign design;
-    VLMError error;
-    if (!importDesignFromURLerror(design, file, &error)) {
-        reportProblem(console, file, error);
-        return ExitStatus::failure;
+/// Everything is read before anything is done, so that a mistake in the last command changes nothing.
+ExitStatus edit(const EditRequest& request, const Console& console) {
+    try {
+        return editDesign(request, console);
+    } catch (const EditSyntaxError& error) {
+        reportWrongUsage(console, error.what());
+        return ExitStatus::wrongUsage;
     }
-    Json results = Json::array();
-    for (const EditCommand& command : commands) results.push_back(command(design));
-    console.out << "{\"results\": " << textOf(results);
-    if (isDumped) {
-        console.out << ", \"design\": ";
-        writeDesignJson(console.out, design, nullptr);
-    }
-    console.out << "}\n";
-    return ExitStatus::success;
 }
 
 void describeEdit(CLI::App& program, Action& chosen) {
@@ -87,7 +78,7 @@ void describeEdit(CLI::App& program, Action& chosen) {
     command->add_flag("--dump", request->isDumped, "Print the design as well, as 'velamo dump' does");
     command->footer(helpOnWords());
     command->callback(
-        [&chosen, request] { chosen = [request](const Console& console) { return run(*request, console); }; });
+        [&chosen, request] { chosen = [request](const Console& console) { return edit(*request, console); }; });
 }
 
 }  // namespace velamo

@@ -1,16 +1,24 @@
 #pragma once
 
-#include <filesystem>
-#include <span>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "cli/console.h"
 #include "cli/edit_script.h"
 
 namespace velamo {
 
+struct EditRequest {
+    std::string file;
+    std::vector<std::string> commands;  // behind those of the script
+    std::optional<std::string> script;
+    bool isDumped = false;
+};
+
 /// Imports the design, carries out the commands in order and prints {"results": [...]} with one result a command, and
-/// with "design", the design as in a dump, where `isDumped`.
-[[nodiscard]] ExitStatus edit(const std::filesystem::path& file, std::span<const EditCommand> commands, bool isDumped,
-                              const Console& console);
+/// with "design", the design as in a dump, where that is asked for. A command that fails ends the run: its result is
+/// {"error": ...}.
+[[nodiscard]] ExitStatus edit(const EditRequest& request, const Console& console);
 
 }  // namespace velamo

@@ -1,12 +1,11 @@
 #include "cli/edit_script.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <istream>
 #include <optional>
 
 #include "cli/design_json.h"
+#include "cli/edit_words.h"
 
 namespace velamo {
 namespace {
@@ -33,53 +32,8 @@ std::optional<std::string> takeWord(std::string_view& line) {
     return word;
 }
 
-std::int32_t integerOf(const std::string& word, std::string_view parameter) {
-    std::int32_t number = 0;
-    const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), number);
-    if (failure == std::errc() && end == word.data() + word.size()) return number;
-    throw EditSyntaxError(std::string(parameter) + " is a whole number, not '" + word + "'");
-}
-
-/// The catalogue's hoop of a vendor and code; wrong usage when there is none.
-VLMHoopHandle hoopOf(const std::string& vendor, const std::string& code) {
-    VLMDesign design;
-    if (design.setHoopFromVendorwithCode(vendor, integerOf(code, "CODE"))) return design.designHoop();
-    throw EditSyntaxError("there is no hoop " + code + " of '" + vendor + "'; 'velamo hoops' lists them");
-}
-
-EditCommand parseHoop(std::span<const std::string> arguments) {
-    return [vendor = arguments[0], code = integerOf(arguments[1], "CODE")](VLMDesign& design) -> Json {
-        return design.setHoopFromVendorwithCode(vendor, code);
-    };
-}
-
-EditCommand parseFindHoop(std::span<const std::string> arguments) {
-    return [vendor = arguments[0]](VLMDesign& design) { return hoopJson(design.findHoopFromVendor(vendor)); };
-}
-
-EditCommand parseFits(std::span<const std::string> arguments) {
-    return [hoop = hoopOf(arguments[0], arguments[1])](VLMDesign& design) -> Json {
-        return design.designFitsInHoop(*hoop);
-    };
-}
-
-EditCommand parseOutside(std::span<const std::string> arguments) {
-    return [hoop = hoopOf(arguments[0], arguments[1])](VLMDesign& design) -> Json {
-        return design.stitchesOutsideOfHoop(*hoop);
-    };
-}
-
-constexpr std::array<EditWord, 4> words{{
-    {"hoop", "VENDOR CODE", "give the design a hoop; the code -1 takes it away. True when there is such a hoop",
-     "hoop Janome 28", parseHoop, 2},
-    {"find-hoop", "VENDOR", "the vendor's first hoop that the design fits in; the design is not given it",
-     "find-hoop Janome", parseFindHoop, 1},
-    {"fits", "VENDOR CODE", "whether the design is at most as large as the hoop", "fits Pfaff 3", parseFits, 2},
-    {"outside", "VENDOR CODE", "whether something lies outside the hoop, its middle being at the origin",
-     "outside Janome 4", parseOutside, 2},
-}};
-
 const EditWord& wordNamed(const std::string& name) {
+    const auto words = editWords();
     const auto found =
         std::find_if(words.begin(), words.end(), [&](const EditWord& word) { return word.name == name; });
     if (found == words.end()) throw EditSyntaxError("there is no command '" + name + "'");
@@ -93,18 +47,12 @@ bool isBlank(std::string_view line) {
 
 }  // namespace
 
-std::span<const EditWord> editWords() noexcept {
-    return words;
-}
-
 EditCommand parseEditCommand(std::string_view line) {
     std::vector<std::string> arguments;
     while (auto word = takeWord(line)) arguments.push_back(std::move(*word));
     if (arguments.empty()) throw EditSyntaxError("a command is missing");
     const EditWord& word = wordNamed(arguments.front());
-    if (arguments.size() - 1 != word.parameterCount)
-        throw EditSyntaxError("expected '" + std::string(word.name) + " " + std::string(word.parameters) + "'");
-    return word.parse(std::span(arguments).subspan(1));
+    return word.parse(EditArguments(word, std::span(arguments).subspan(1)));
 }
 
 std::vector<EditCommand> parseEditScript(std::istream& script, const std::string& name) {
@@ -120,6 +68,33 @@ std::vector<EditCommand> parseEditScript(std::istream& script, const std::string
         }
     }
     return commands;
+}
+
+std::vector<EditCommand> parseEditLines(std::span<const std::string> lines) {
+    std::vector<EditCommand> commands;
+    commands.reserve(lines.size());
+    for (const std::string& line : lines) {
+        try {
+            commands.push_back(parseEditCommand(line));
+        } catch (const EditSyntaxError& error) {
+            throw EditSyntaxError("-e '" + line + "': " + error.what());
+        }
+    }
+    return commands;
+}
+
+EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design) {
+    EditOutcome outcome;
+    for (const EditCommand& command : commands) {
+        try {
+            outcome.results.push_back(command(design));
+        } catch (const EditRefusal& refusal) {
+            outcome.results.push_back({{"error", errorJson(refusal.error())}});
+            outcome.isDone = false;
+            break;
+        }
+    }
+    return outcome;
 }
 
 }  // namespace velamo

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cli/json.h"
@@ -13,26 +14,24 @@
 
 namespace velamo {
 
-/// A command of the edit language, ready to be carried out: changes the design and gives the command's result.
+/// A command of the edit language, ready to be carried out: changes the design and gives the command's result. Throws
+/// EditRefusal when the edit fails, and EditSyntaxError when the design has not what the command names.
 using EditCommand = std::function<Json(VLMDesign&)>;
-
-/// One word of the edit language.
-struct EditWord {
-    std::string_view name;
-    std::string_view parameters;  // as --help shows them: "VENDOR CODE"
-    std::string_view meaning;
-    std::string_view example;
-    EditCommand (*parse)(std::span<const std::string> arguments);  // throws EditSyntaxError
-    std::size_t parameterCount;
-};
-
-/// All words, in the order in which --help shows them.
-[[nodiscard]] std::span<const EditWord> editWords() noexcept;
 
 /// A command that is none: says what was expected.
 class EditSyntaxError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+};
+
+/// An edit that failed.
+class EditRefusal : public std::exception {
+public:
+    explicit EditRefusal(VLMError error) : error_(std::move(error)) {}
+    [[nodiscard]] const VLMError& error() const noexcept { return error_; }
+
+private:
+    VLMError error_;
 };
 
 /// The command that a line stands for. Blanks separate its words; quotes, double or single, hold blanks or nothing
@@ -41,5 +40,16 @@ public:
 
 /// The commands of a script: one a line; empty lines and those that start with "#" are none. An error names the line.
 [[nodiscard]] std::vector<EditCommand> parseEditScript(std::istream& script, const std::string& name);
+
+/// The commands of lines given on the command line; an error names the line.
+[[nodiscard]] std::vector<EditCommand> parseEditLines(std::span<const std::string> lines);
+
+/// Carries the commands out in order. Their results; the last one is {"error": ...} where a command failed, and those
+/// behind it were not carried out.
+struct EditOutcome {
+    Json results = Json::array();
+    bool isDone = true;
+};
+[[nodiscard]] EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design);
 
 }  // namespace velamo

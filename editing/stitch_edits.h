@@ -33,8 +33,9 @@ std::int32_t insertJumpatIndex(VLMDesign& design, VLMPoint vector, std::int32_t 
 /// the next one: the colour changes stay.
 [[nodiscard]] bool deleteThreadAtIndexerror(VLMDesign& design, std::int32_t index, VLMError* error) noexcept;
 
-/// Moves a colour block, with its thread, to another place in the sewing order; it is sewn where it was. A block
-/// without stitches is not moved.
+/// Moves a colour block, with its thread, to another place in the sewing order; it is sewn where it was, but for its
+/// first stitch, and the first of the design where a block is put before it: they become the colour change and give
+/// their move to the jump before. A block without stitches is not moved.
 [[nodiscard]] bool moveThreadFromIndextoIndexerror(VLMDesign& design, std::int32_t from, std::int32_t to,
                                                    VLMError* error) noexcept;
 

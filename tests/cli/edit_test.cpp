@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "cli/edit_words.h"
 #include "tests/cli/support.h"
 
 namespace velamo {
@@ -66,6 +67,128 @@ TEST_F(Edit, WithoutCommandsHasNoResults) {
     EXPECT_EQ(edited({}).json()["results"].dump(), "[]");
 }
 
+struct ResultRow {
+    const char* name;
+    std::vector<std::string> commands;
+    std::string lastResult;
+};
+class EditResults : public testing::TestWithParam<ResultRow> {};
+
+/// A diagonal, sewn from the middle to (121, 121), through the middle to (-121, -121) and back to the middle.
+TEST_P(EditResults, AreThoseOfTheRow) {
+    const TemporaryFolder folder;
+    std::vector<std::string> arguments{"edit", folder.write("square.dst", squareDst)};
+    for (const auto& command : GetParam().commands) {
+        arguments.emplace_back("-e");
+        arguments.push_back(command);
+    }
+    const auto outcome = call(arguments);
+    EXPECT_EQ(outcome.status, 0) << outcome.problems;
+    EXPECT_EQ(outcome.json()["results"].back().dump(), GetParam().lastResult);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Rows, EditResults,
+    testing::Values(
+        ResultRow{"SelectAll", {"select-all"}, "null"}, ResultRow{"DeselectAll", {"deselect-all"}, "null"},
+        ResultRow{"RectOfTheDesign", {"selection-rect"}, "[-121.0,-121.0,242.0,242.0]"},
+        ResultRow{"RectOfAll", {"select-all", "selection-rect"}, "[-121.0,-121.0,242.0,242.0]"},
+        ResultRow{"RectOfNothing",
+                  {"select-all", "invert", "select-all", "select-rect 0 0 1 1", "selection-rect"},
+                  "[-121.0,-121.0,242.0,242.0]"},
+        ResultRow{"SelectRect", {"select-rect -130 -130 135 135", "selection-rect"}, "[-121.0,-121.0,121.0,121.0]"},
+        ResultRow{"UnselectRect",
+                  {"select-all", "select-rect -130 -130 260 260 unselect", "is-selected-at -60 -60 4"},
+                  "false"},
+        ResultRow{"SelectStitch", {"select-stitch -60 -60 4", "is-selected-at -60 -60 4"}, "true"},
+        ResultRow{
+            "UnselectStitch", {"select-all", "select-stitch -60 -60 4 unselect", "is-selected-at -60 -60 4"}, "false"},
+        ResultRow{"SelectBlock", {"select-block -60 -60 4", "is-selected-at 60 60 4"}, "true"},
+        ResultRow{
+            "UnselectBlock", {"select-all", "select-block -60 -60 4 unselect", "is-selected-at 60 60 4"}, "false"},
+        ResultRow{"StitchAt", {"stitch-at -60 -60 4"}, "3"}, ResultRow{"NoStitchAt", {"stitch-at 0 500 4"}, "-1"},
+        ResultRow{"ThreadAt", {"thread-at -60 -60 4"}, "0"}, ResultRow{"NoThreadAt", {"thread-at 0 500 4"}, "-1"},
+        ResultRow{"Center", {"center"}, "true"}, ResultRow{"Move", {"select-all", "move 10 -20.5"}, "true"},
+        ResultRow{"Moved",
+                  {"select-all", "move 10 -20.5", "select-all", "invert", "selection-rect"},
+                  "[-111.0,-141.5,242.0,242.0]"},
+        ResultRow{"Rotated", {"select-all", "rotate 90", "deselect-all", "stitch-at 60 -60 4"}, "7"},
+        ResultRow{
+            "Resized", {"select-all", "resize 0.5", "deselect-all", "selection-rect"}, "[-60.5,-60.5,121.0,121.0]"},
+        ResultRow{"FlipV", {"select-all", "flip V"}, "true"}, ResultRow{"FlipH", {"flip H"}, "true"},
+        ResultRow{"Delete", {"select-stitch -60 -60 4", "delete", "stitch-at -60 -60 4"}, "4"},
+        ResultRow{"JumpsOn", {"select-all", "jumps on"}, "true"}, ResultRow{"JumpsOff", {"jumps off"}, "true"},
+        ResultRow{"SplitThread", {"select-stitch -60 -60 4", "split-thread"}, "true"},
+        ResultRow{"DeleteThread", {"delete-thread 0"}, "true"}, ResultRow{"MoveThread", {"move-thread 0 1"}, "true"},
+        ResultRow{"InsertJump", {"insert-jump 1 2 2"}, "4"},
+        ResultRow{"InsertJumpBehindAll", {"insert-jump 1 2 99"}, "99"}, ResultRow{"Optimize", {"optimize VP3"}, "null"},
+        ResultRow{"Trim", {"trim"}, "false"}, ResultRow{"Trimmed", {"insert-jump 1 1 0", "select-all", "trim"}, "true"},
+        ResultRow{"Basted", {"baste 5 2", "selection-rect"}, "[-141.0,-141.0,282.0,282.0]"},
+        ResultRow{"Recolor", {"recolor 0 1 0 0.5 \"\""}, "true"},
+        ResultRow{"RecolorToAPalette", {"recolor 0 1 0 0 Janome"}, "true"},
+        ResultRow{"RecolorToNoPalette", {"recolor 0 1 0 0 ../x"}, "false"},
+        ResultRow{"HideThread", {"show-thread 0 off"}, "null"}, ResultRow{"ThreadFile", {"thread-file on"}, "null"},
+        ResultRow{"Type", {"type PES"}, "null"}, ResultRow{"Version", {"version 10"}, "null"},
+        ResultRow{"Range", {"range 1 2"}, "null"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(Edit, AppendsAnotherDesign) {
+    const auto other = folder_.write("small.dst", test::smallDst);
+    const auto outcome = edited({"append '" + other.native() + "'"}, {"--dump"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.json()["results"].dump(), "[true]");
+    EXPECT_EQ(outcome.json()["design"]["threads"].size(), 3U);
+}
+
+TEST_F(Edit, SetsTheFieldsOfTheDesign) {
+    const auto design =
+        edited({"thread-file on", "type PES", "version 20", "range 1 2", "show-thread 0 off", "recolor 0 1 0 0.5 ''"},
+               {"--dump"})
+            .json()["design"];
+    EXPECT_EQ(design["useThreadFile"], true);
+    EXPECT_EQ(design["designType"], "PES");
+    EXPECT_EQ(design["designVersion"], 20);
+    EXPECT_EQ(design["displayRange"].dump(), "[1,2]");
+    EXPECT_EQ(design["threads"][0]["isShown"], false);
+    EXPECT_EQ(design["threads"][0]["color"].dump(), "[1.0,0.0,0.5]");
+    EXPECT_EQ(design["threads"][0]["palette"], "");
+}
+
+/// A failing command ends the run: what stood before it is done, what comes behind it is not.
+TEST_F(Edit, StopsAtACommandThatFails) {
+    const auto outcome = edited({"version 30", "flip v", "version 40"}, {"--dump"});
+    EXPECT_EQ(outcome.status, 1);
+    const auto results = outcome.json()["results"];
+    ASSERT_EQ(results.size(), 2U);
+    EXPECT_EQ(results[1]["error"]["code"], 70);
+    EXPECT_EQ(results[1]["error"]["message"], "Unable to flip the design (invalid orientation).");
+    EXPECT_EQ(outcome.json()["design"]["designVersion"], 30);
+}
+
+TEST_F(Edit, SaysWhyACommandFails) {
+    const auto codeOf = [this](const std::string& command) {
+        const auto outcome = edited({"select-all", command});
+        EXPECT_EQ(outcome.status, 1) << command;
+        return outcome.json()["results"].back()["error"]["code"].get<int>();
+    };
+    EXPECT_EQ(codeOf("resize 1e38"), 71);
+    EXPECT_EQ(codeOf("move inf 0"), 71);
+    EXPECT_EQ(codeOf("baste 0 1"), 73);
+    EXPECT_EQ(codeOf("append /nowhere/rose.dst"), 123);
+    const auto outcome = edited({"insert-jump inf 0 1", "optimize DST"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.json()["results"][1]["error"]["code"], 71);
+}
+
+TEST_F(Edit, NamesNoThreadThatIsNotThere) {
+    for (const std::string command : {"recolor 1 0 0 0 ''", "recolor -1 0 0 0 ''", "show-thread 1 on"}) {
+        const auto outcome = edited({command});
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_THAT(outcome.problems, HasSubstr("there is no thread " + command.substr(command.find(' ') + 1, 1)));
+        EXPECT_THAT(outcome.problems, HasSubstr("the design has 1, counted from 0"));
+    }
+}
+
 struct WrongRow {
     const char* name;
     std::string command;
@@ -90,6 +213,15 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongRow{"HalfANumber", "hoop Janome 28.5", "CODE is a whole number, not '28.5'"},
                     WrongRow{"HugeNumber", "fits Janome 99999999999", "CODE is a whole number, not '99999999999'"},
                     WrongRow{"NoSuchHoop", "fits Pfaff 28", "there is no hoop 28 of 'Pfaff'"},
+                    WrongRow{"OptionalWord", "select-rect 1 2 3 4 unselected",
+                             "[unselect] is 'unselect' or nothing, not 'unselected'"},
+                    WrongRow{"TooManyWithOptionalWord", "select-stitch 1 2 3 unselect 4",
+                             "expected 'select-stitch X Y TOL [unselect]'"},
+                    WrongRow{"NoParameters", "center 3", "expected 'center'"},
+                    WrongRow{"NoReal", "move 1 2mm", "DY is a number, not '2mm'"},
+                    WrongRow{"NoSwitch", "jumps yes", "on|off is 'on' or 'off', not 'yes'"},
+                    WrongRow{"NoShare", "recolor 0 1 255 0 Janome", "G is a number from 0 to 1, not '255'"},
+                    WrongRow{"NegativeRange", "range -1 2", "LOCATION is a whole number, 0 or more, not '-1'"},
                     WrongRow{"OpenQuote", "find-hoop \"Janome", "a quote is not closed"}),
     [](const auto& row) { return row.param.name; });
 
@@ -110,8 +242,12 @@ TEST_F(Edit, OfAnUnreadableDesignFails) {
 
 TEST_F(Edit, ExplainsEveryCommandWithAnExample) {
     const auto help = call({"edit", "--help"}).out;
-    for (const char* example : {"hoop Janome 28", "find-hoop Janome", "fits Pfaff 3", "outside Janome 4"})
-        EXPECT_THAT(help, HasSubstr(std::string("for example: ") + example));
+    for (const EditWord& word : editWords()) {
+        EXPECT_THAT(help, HasSubstr("\n  " + std::string(word.name)));
+        EXPECT_THAT(help, HasSubstr("for example: " + std::string(word.example)));
+        EXPECT_TRUE(word.example.starts_with(word.name)) << word.example;
+        EXPECT_NO_THROW(static_cast<void>(parseEditCommand(word.example))) << word.example;
+    }
 }
 
 }  // namespace

@@ -16,11 +16,6 @@ constexpr float infinite = std::numeric_limits<float>::infinity();
 constexpr VLMStitch farAway = stitch(120.0F * (1U << 24U), 0);
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 
-VLMStitch selected(VLMStitch stitch) {
-    stitch.setIsSelected(true);
-    return stitch;
-}
-
 struct Row {
     const char* name;
     const char* type;

@@ -20,12 +20,6 @@ Selected selectedOf(const VLMDesign& design) {
     return selected;
 }
 
-VLMDesign designOf(std::vector<VLMStitch> stitches) {
-    VLMDesign design;
-    design.setStitches(std::move(stitches));
-    return design;
-}
-
 /// (0, 0) to (10, 0) to (20, 0), a jump to (20, 10), (30, 10), a colour change to (30, 20), (40, 20).
 VLMDesign stairs() {
     return designOf({stitch(10, 0), stitch(10, 0), jump(0, 10), stitch(10, 0), change(0, 10), stitch(10, 0)});

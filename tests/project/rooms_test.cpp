@@ -60,7 +60,7 @@ std::vector<Error> errorsInSources() {
     static const std::regex row(R"re(\{\s*(\w+),\s*"([^"]*)"\s*\})re");
     static const std::regex table(R"(ErrorText,\s*\d+>\s*\w+\{\{([\s\S]*?)\}\};)");
     std::vector<Error> errors;
-    for (const char* folder : {"model", "formats"})
+    for (const char* folder : {"model", "editing", "formats"})
         for (const auto& entry : fs::directory_iterator(sourceFolder / folder)) {
             if (entry.path().extension() != ".cpp") continue;
             const std::string source = textOf(entry.path());

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "model/design.h"
@@ -25,6 +26,27 @@ constexpr VLMStitch jump(float deltaX, float deltaY) {
 }
 constexpr VLMStitch change(float deltaX, float deltaY) {
     return {deltaX, deltaY, false, true};
+}
+
+inline VLMStitch selected(VLMStitch stitch) {
+    stitch.setIsSelected(true);
+    return stitch;
+}
+
+/// A design of the type "DST" with the stitches; the selection is active when one is selected. As many threads as
+/// blocks, with the keys "1", "2", ...
+inline VLMDesign designOf(std::vector<VLMStitch> stitches) {
+    VLMDesign design;
+    design.setDesignType("DST");
+    std::size_t threads = 1;
+    for (const VLMStitch& stitch : stitches) {
+        threads += stitch.isColorChange();
+        if (stitch.isSelected()) design.setSelectionActive(true);
+    }
+    design.setStitches(std::move(stitches));
+    for (std::size_t i = 1; i <= threads; ++i)
+        design.threads().push_back(VLMThread::initWithKeyofPalette(std::to_string(i), "Undefined"));
+    return design;
 }
 
 using Bounds = std::vector<float>;
