@@ -17,7 +17,7 @@ namespace velamo {
 namespace {
 
 constexpr std::array<Format, 13> formats{{
-    {"jef", "JEF", importJefDesignFromURLerror},
+    {"jef", "JEF", importJefDesignFromURLerror, exportJefDesignToURLerror},
     {"jef+", "JEF+", importJefDesignFromURLerror},
     {"jpx", "JPX", importJpxDesignFromURLerror},
     {"pes", "PES", importPesDesignFromURLerror},
@@ -27,7 +27,7 @@ constexpr std::array<Format, 13> formats{{
     {"dst", "DST", importDstDesignFromURLerror, exportDstDesignToURLerror},
     {"vp3", "VP3", importVp3DesignFromURLerror},
     {"ksm", "KSM", importKsmDesignFromURLerror},
-    {"pcs", "PCS", importPcxDesignFromURLerror},
+    {"pcs", "PCS", importPcxDesignFromURLerror, exportPcsDesignToURLerror},
     {"pcd", "PCD", importPcxDesignFromURLerror},
     {"pcq", "PCQ", importPcxDesignFromURLerror},
 }};

@@ -1,11 +1,18 @@
 #include "formats/jef.h"
 
 #include <array>
+#include <cmath>
 
 #include "formats/byte_reader.h"
+#include "formats/byte_writer.h"
+#include "formats/escaped_moves.h"
 #include "formats/format.h"
+#include "formats/hoop_choice.h"
 #include "formats/janome.h"
+#include "formats/whole_moves.h"
+#include "model/thread_codes.h"
 #include "platform/files.h"
+#include "platform/local_time.h"
 
 namespace velamo {
 namespace {
@@ -13,6 +20,7 @@ namespace {
 constexpr std::size_t smallestFile = 52;
 constexpr std::uint32_t tablesOffset = 116;
 constexpr std::uint32_t entrySize = 4;
+constexpr const char* vendor = "Janome";  // and the name of its palette
 
 enum Failure : int { noMetadata = 20, noColorCodes = 21, invalidOffset = 23, colorChangesDiffer = 24 };
 constexpr std::array<ErrorText, 4> errorTexts{{
@@ -20,6 +28,12 @@ constexpr std::array<ErrorText, 4> errorTexts{{
     {noColorCodes, "Unable to import JEF file (no color codes)."},
     {invalidOffset, "Unable to import JEF file (invalid offset)."},
     {colorChangesDiffer, "Unable to import JEF file (color changes)."},
+}};
+// PCS files word these differently: a string table, whose keys are the numbers, cannot hold both texts, so they are in
+// English everywhere.
+constexpr std::array<ErrorText, 2> hoopErrorTexts{{
+    {60, "Design exceeds the current hoop size."},
+    {51, "Unable to export JEF file (unsupported hoop)."},
 }};
 
 struct Header {
@@ -58,13 +72,53 @@ bool completeThreads(VLMDesign& design, std::size_t blocks, VLMError* error) {
     return threads.size() == blocks || fail(errorTexts, colorChangesDiffer, error);
 }
 
+constexpr std::int64_t headerVersion = 10;
+constexpr std::size_t dateSize = 14;
+constexpr std::size_t lengthOffset = 28;
+constexpr std::size_t unusedSize = 64;
+constexpr std::int32_t usualIndex = 23;
+
+void putHeader(VLMByteWriter& out, const VLMDesign& design, const ExportOptions& options) {
+    const std::int64_t threads = design.numberOfThreads();
+    std::string date = options.dateText.empty() ? localTimeText() : options.dateText;
+    date.resize(dateSize, '0');
+    out.u32(tablesOffset + 2 * entrySize * threads);
+    out.u32(headerVersion);
+    out.text(date);
+    out.u16(0);
+    out.u32(threads);
+    out.u32(0);  // the length of the stitches, when it is known
+    out.u32(design.hoopCode());
+    for (const float edge : {design.xMin(), design.yMin(), design.xMax(), design.yMax()})
+        out.u32(wholeNumber(double{std::abs(edge)}));
+    out.fill(unusedSize, 0);
+}
+
+/// Appends the tables of thread indices and of tensions.
+void putThreads(VLMByteWriter& out, VLMDesign& design) {
+    for (VLMThread& thread : design.threads()) {
+        VLMThread written = thread;
+        if (written.palette() != vendor) written.changeToColorinPalette(written.color(), vendor);
+        out.u32(janomeIndexOfCode(written.key().value_or("")).value_or(usualIndex));
+        if (!design.useThreadFile()) thread = std::move(written);
+    }
+    for (const VLMThread& thread : design.threads()) out.u32(thread.tension());
+}
+
+void putStitches(VLMByteWriter& out, const VLMDesign& design) {
+    const std::size_t start = out.size();
+    writeEscapedMoves(out, design, 2);
+    out.text("\x80\x10");
+    out.replace(lengthOffset, static_cast<std::int64_t>((out.size() - start) / 2), entrySize);
+}
+
 }  // namespace
 
 bool readJef(VLMDesign& design, std::span<const std::uint8_t> file, std::string_view extension, VLMError* error) {
     if (file.size() < smallestFile) return fail(errorTexts, noMetadata, error);
     const Header header = headerOf(file);
     setTypeAndVersion(design, extension, header.version);
-    design.setHoopFromVendorwithCode("Janome", header.hoopCode);
+    design.setHoopFromVendorwithCode(vendor, header.hoopCode);
 
     // The machines ask for the first of the two tables only; that both are there shows when they are read.
     if (!passesSizeTest(header.colorCount, entrySize, tablesOffset + entrySize, file.size()))
@@ -79,6 +133,26 @@ bool readJef(VLMDesign& design, std::span<const std::uint8_t> file, std::string_
 
 bool importJefDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
     return operation(error, [&] { return readJef(design, readWholeFile(url), extensionOf(url), error); });
+}
+
+std::optional<std::vector<std::uint8_t>> writeJef(VLMDesign& design, const ExportOptions& options, VLMError* error) {
+    if (!chooseHoop(design, vendor, hoopErrorTexts, error)) return std::nullopt;
+    VLMByteWriter out(tablesOffset + 2 * entrySize * design.threads().size() + 2 * (design.stitches().size() + 1));
+    putHeader(out, design, options);
+    putThreads(out, design);
+    putStitches(out, design);
+    return out.take();
+}
+
+bool exportJefDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                               const ExportOptions& options) noexcept {
+    return operation(error, [&] {
+        const auto file = writeJef(design, options, error);
+        if (!file || !saveFile(url, *file, error)) return false;
+        design.setDesignType("JEF");
+        design.setDesignVersion(10);
+        return true;
+    });
 }
 
 }  // namespace velamo

@@ -6,8 +6,11 @@
 #include <optional>
 
 #include "formats/byte_reader.h"
+#include "formats/byte_writer.h"
+#include "formats/hoop_choice.h"
 #include "formats/stitch_sink.h"
 #include "formats/undefined_threads.h"
+#include "formats/whole_moves.h"
 #include "platform/files.h"
 #include "platform/resources.h"
 
@@ -15,6 +18,7 @@ namespace velamo {
 namespace {
 
 constexpr std::uint8_t mark = 0x32;
+constexpr const char* vendor = "Pfaff";
 constexpr std::size_t headSize = 6;  // without the palette
 constexpr std::size_t colorSize = 4;
 constexpr std::size_t recordSize = 9;
@@ -32,15 +36,25 @@ enum Failure : int {
     invalidType = 162,
     tooManyColors = 163,
     invalidColor = 164,
-    invalidPlace = 165
+    invalidPlace = 165,
+    tooManyThreads = 180,
+    tooManyStitches = 181
 };
-constexpr std::array<ErrorText, 6> errorTexts{{
+constexpr std::array<ErrorText, 8> errorTexts{{
     {tooShort, "Unable to read PCx (file too small)"},
     {noMark, "Unable to read PCx (missing magic)"},
     {invalidType, "Unable to read PCx (invalid type)"},
     {tooManyColors, "Unable to read PCx (color palette > 16)"},
     {invalidColor, "Unable to read PCS (invalid color index)"},
     {invalidPlace, "Unable to read PCx (invalid stitch position)"},
+    {tooManyThreads, "Unable to export PCS file (too many colors)."},
+    {tooManyStitches, "Unable to export PCS file (too many stitches)."},
+}};
+// JEF files word these differently: a string table, whose keys are the numbers, cannot hold both texts, so they are in
+// English everywhere.
+constexpr std::array<ErrorText, 2> hoopErrorTexts{{
+    {60, "Operation aborted: Design exceeds largest hoop size."},
+    {51, "Unable to export file (unsupported hoop)."},
 }};
 
 constexpr std::array<const char*, 4> types{"PCD", "PCQ", "PCS", "PCS"};
@@ -177,9 +191,58 @@ bool readRecords(VLMDesign& design, std::span<const std::uint8_t> records, std::
 bool takeType(VLMDesign& design, std::uint8_t type, VLMError* error) {
     if (type >= types.size()) return fail(errorTexts, invalidType, error);
     design.setDesignType(types[type]);
-    if (design.designType() == "PCS") design.setHoopFromVendorwithCode("Pfaff", type);
+    if (design.designType() == "PCS") design.setHoopFromVendorwithCode(vendor, type);
     design.setDesignVersion(usualVersion);
     return true;
+}
+
+constexpr std::int32_t mostWrittenStitches = 14000;
+constexpr std::size_t endSize = 13;
+
+bool checkLimits(const VLMDesign& design, VLMError* error) {
+    if (design.numberOfThreads() > mostColors) return fail(errorTexts, tooManyThreads, error);
+    return design.numberOfStitches() <= mostWrittenStitches || fail(errorTexts, tooManyStitches, error);
+}
+
+void putColors(VLMByteWriter& out, VLMDesign& design) {
+    for (VLMThread& thread : design.threads()) {
+        const VLMColor color = thread.color();
+        if (!design.useThreadFile()) thread.changeToColorinPalette(color, "");
+        for (const double part : {color.red(), color.green(), color.blue()}) out.u8(wholeNumber(part * 255));
+        out.u8(0);
+    }
+    out.fill((mostColors - design.threads().size()) * colorSize, 0);
+}
+
+void putColorRecord(VLMByteWriter& out, std::uint8_t index) {
+    out.u8(index);
+    out.fill(recordSize - 2, 0);
+    out.u8(colorChangeKind);
+}
+
+/// Along one axis, the place of the hoop's middle in tenths of a millimetre from its corner.
+double middleOf(std::int32_t hoopSize) noexcept {
+    return hoopSize * 10 * 0.5;
+}
+
+/// Tenths of a millimetre in sixths, with the places left of the corner as tenths() reads them.
+std::uint64_t sixths(double place) noexcept {
+    const std::int64_t whole = wholeNumber(std::round(place * 0.6));
+    return static_cast<std::uint64_t>(whole < 0 ? whole + 0xFFFFFF : whole) & 0xFFFFFFU;
+}
+
+void putStitches(VLMByteWriter& out, const VLMDesign& design) {
+    const double middleX = middleOf(design.hoopWidth());
+    const double middleY = middleOf(design.hoopHeight());
+    CoordinatePair place{};
+    std::uint8_t colorIndex = 0;
+    putColorRecord(out, colorIndex++);
+    for (const VLMStitch& stitch : design.stitches()) {
+        if (stitch.isColorChange()) putColorRecord(out, colorIndex++);
+        place += CoordinatePair{stitch.deltaX(), stitch.deltaY()};
+        out.put(sixths(middleX + double{place[0]}) << 8 | sixths(middleY + double{place[1]}) << 40, kindOffset);
+        out.u8(stitch.isJumpStitch() ? jumpKind : 0);
+    }
 }
 
 }  // namespace
@@ -205,6 +268,30 @@ bool readPcx(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
 
 bool importPcxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
     return operation(error, [&] { return readPcx(design, readWholeFile(url), error); });
+}
+
+std::optional<std::vector<std::uint8_t>> writePcs(VLMDesign& design, VLMError* error) {
+    if (!checkLimits(design, error) || !chooseHoop(design, vendor, hoopErrorTexts, error)) return std::nullopt;
+    VLMByteWriter out(headSize + mostColors * colorSize + recordSize * (design.stitches().size() + mostColors + 2));
+    out.u8(mark);
+    out.u8(design.hoopCode());
+    out.u16(mostColors);
+    putColors(out, design);
+    out.u16(design.numberOfStitches());
+    putStitches(out, design);
+    out.fill(endSize, 0);
+    return out.take();
+}
+
+bool exportPcsDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                               const ExportOptions&) noexcept {
+    return operation(error, [&] {
+        const auto file = writePcs(design, error);
+        if (!file || !saveFile(url, *file, error)) return false;
+        design.setDesignType("PCS");
+        design.setDesignVersion(usualVersion);
+        return true;
+    });
 }
 
 }  // namespace velamo

@@ -2,8 +2,11 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
+#include <vector>
 
+#include "formats/saving.h"
 #include "model/design.h"
 
 namespace velamo {
@@ -16,9 +19,9 @@ namespace velamo {
 ///   4        4c      red, green, blue, and an unused byte, of each
 ///   4 + 4c   2       number of stitch records; colour records do not count
 ///   6 + 4c   9 each  records: palette index, x (3 bytes), an unused byte, y (3 bytes), kind (3 colour change, 4 jump,
-///   both in
-///                    PCS only; anything else a stitch)
-/// Coordinates are absolute places in sixths of a millimetre from the hoop's corner, y upward.
+///                    both in PCS only; anything else a stitch)
+/// Coordinates are absolute places in sixths of a millimetre from the hoop's corner, y upward; a negative one is kept
+/// as the number above it by 0xFFFFFF.
 
 /// Fills `design` from the PCS, PCD or PCQ file at `url`; its second byte tells which of the three it is. Sets type,
 /// version (20; 21 where a colour record has a place of its own) and, for PCS, the hoop, on whose middle the design is
@@ -30,5 +33,18 @@ namespace velamo {
 
 /// The same from bytes in memory. May throw std::bad_alloc.
 [[nodiscard]] bool readPcx(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);
+
+/// Writes the design to the PCS file at `url`, for a Pfaff hoop with the design's origin in its middle. Each colour
+/// block begins with a record of its own, whose place is not used; a colour change has its stitch's record as well. The
+/// file counts the stitches as numberOfStitches does, so readers that rely on the count miss the last few of a design
+/// of several colours. After success type is "PCS", version 20, the design has the file's hoop, and, unless
+/// useThreadFile is set, its threads have colours of their own in place of a palette's. False on failure, with 180
+/// (more than 16 threads), 181 (more than 14000 stitches), an error of the hoop (see hoop_choice.h; nothing is changed
+/// then) or the system's own (the design has its new hoop and threads) in `error`, when that is not null.
+[[nodiscard]] bool exportPcsDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                             const ExportOptions& options = {}) noexcept;
+
+/// The bytes of that file; nothing on failure. Sets the design's hoop and threads. May throw std::bad_alloc.
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> writePcs(VLMDesign& design, VLMError* error);
 
 }  // namespace velamo
