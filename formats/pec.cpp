@@ -5,8 +5,11 @@
 #include <optional>
 
 #include "formats/byte_reader.h"
+#include "formats/byte_writer.h"
 #include "formats/stitch_sink.h"
+#include "formats/whole_moves.h"
 #include "model/thread_codes.h"
+#include "platform/narrow_text.h"
 
 namespace velamo {
 namespace {
@@ -112,6 +115,70 @@ void appendThreads(VLMDesign& design, std::span<const std::uint8_t> indices, std
     }
 }
 
+// Offsets from the section's mark on, as it is written.
+constexpr std::size_t attributesSize = 512;
+constexpr std::size_t writtenThumbnailOffset = 514;
+constexpr std::size_t labelSize = 16;
+
+/// The label, the size of a thumbnail and the threads.
+void putAttributes(VLMByteWriter& out, VLMDesign& design) {
+    std::string label = latin1FromText(std::filesystem::path(design.designName().value_or("")).stem().native());
+    label.resize(labelSize, ' ');
+    constexpr std::string_view gap = "            ";
+    out.text("LA:");
+    out.text(label);
+    out.text("\r");
+    out.text(gap);
+    out.text({"\xFF\x00\x06\x26", 4});
+    out.text(gap);
+    out.u8(std::int64_t{design.numberOfThreads()} - 1);
+    out.bytes(takeBrotherIndices(design));
+    if (out.size() < attributesSize) out.fill(attributesSize - out.size(), ' ');
+}
+
+/// The long form's flags say jump.
+std::uint64_t longForm(std::int64_t value) noexcept {
+    const auto bits = static_cast<std::uint64_t>(value);
+    return 0x90U | (bits >> 8 & 0x0FU) | (bits & 0xFFU) << 8;
+}
+
+std::uint64_t shortForm(std::int64_t value) noexcept {
+    return static_cast<std::uint64_t>(value < 0 ? value + 0x80 : value) & 0xFFU;
+}
+
+/// With a start in the middle of the bounds, sewing starts at the origin.
+void putGraphicHeader(VLMByteWriter& out, const VLMDesign& design) {
+    out.u16(0);
+    out.u24(0);  // where the thumbnails begin, when it is known
+    out.u24(0xF0FF31);
+    out.u16(design.designWidth());
+    out.u16(design.designHeight());
+    out.u16(0x01E0);
+    out.u16(0x01B0);
+    out.put(longForm(design.designWidth() / 2), 2);
+    out.put(longForm(design.designHeight() / 2), 2);
+}
+
+void putMoves(VLMByteWriter& out, const VLMDesign& design) {
+    VLMWholeMoves movesX;
+    VLMWholeMoves movesY;
+    std::uint64_t parity = 2;  // 2, 1, 2, 1, ... for one colour change after the other
+    for (const VLMStitch& stitch : design.stitches()) {
+        if (stitch.isColorChange()) {
+            out.put(changeMark | secondChangeMark << 8 | parity << 16, changeSize);
+            parity ^= 3U;
+            continue;
+        }
+        const std::int64_t x = wholeNumber(movesX.take(stitch.deltaX()));
+        const std::int64_t y = wholeNumber(movesY.take(-stitch.deltaY()));
+        if (stitch.isJumpStitch())
+            out.put(longForm(x) | longForm(y) << 16, 4);
+        else
+            out.put(shortForm(x) | shortForm(y) << 8, 2);
+    }
+    out.u8(endMark);
+}
+
 }  // namespace
 
 std::uint32_t importPecStichesFromDatawithOffseterror(VLMDesign& design, std::span<const std::uint8_t> segment,
@@ -141,6 +208,28 @@ bool importPecSegmentFromDataerror(VLMDesign& design, std::span<const std::uint8
     if (blocks == 0) return false;
     appendThreads(design, segment.subspan(colorsOffset), blocks);
     return true;
+}
+
+std::vector<std::uint8_t> takeBrotherIndices(VLMDesign& design) {
+    std::vector<std::uint8_t> indices;
+    indices.reserve(design.threads().size());
+    for (VLMThread& thread : design.threads()) {
+        VLMThread written = thread;
+        if (written.palette() != palette) written.changeToColorinPalette(written.color(), palette);
+        const auto index = brotherIndexOfCode(written.key().value_or(""));
+        indices.push_back(static_cast<std::uint8_t>(index.value_or(usualBrotherIndex)));
+        if (!design.useThreadFile()) thread = std::move(written);
+    }
+    return indices;
+}
+
+std::vector<std::uint8_t> exportPecSegmentToData(VLMDesign& design) {
+    VLMByteWriter out(smallestSegment + markSize + design.threads().size() + design.stitches().size() * 4);
+    putAttributes(out, design);
+    putGraphicHeader(out, design);
+    putMoves(out, design);
+    out.replace(writtenThumbnailOffset, static_cast<std::int64_t>(out.size() - attributesSize), 3);
+    return out.take();
 }
 
 }  // namespace velamo

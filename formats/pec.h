@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <span>
+#include <vector>
 
 #include "model/design.h"
 
@@ -39,5 +40,19 @@ namespace velamo {
 [[nodiscard]] std::uint32_t importPecStichesFromDatawithOffseterror(VLMDesign& design,
                                                                     std::span<const std::uint8_t> segment,
                                                                     std::size_t offset, VLMError* error);
+
+/// A section of the design, whose moves were fitted to PEC sections, from its mark to its end mark. Threads of other
+/// palettes become the nearest of the palette "Brother", in the design too unless useThreadFile is set; one that
+/// Brother machines do not know is written as "005". Moves become whole, with the fractions carried into the next one.
+/// Numbers are not checked: of those that do not fit, the lower bits are kept, which is wrong but harmless. Nor is the
+/// number of threads: of more than 463, the further indices take the graphic header's place, and machines cannot read
+/// that. May throw std::bad_alloc.
+[[nodiscard]] std::vector<std::uint8_t> exportPecSegmentToData(VLMDesign& design);
+
+/// The index of each thread, as exportPecSegmentToData writes it and with the same effect on the design.
+[[nodiscard]] std::vector<std::uint8_t> takeBrotherIndices(VLMDesign& design);
+
+/// The index of thread "005".
+inline constexpr std::uint8_t usualBrotherIndex = 16;
 
 }  // namespace velamo

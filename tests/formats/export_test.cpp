@@ -93,7 +93,7 @@ TEST(Export, WritesTheFormatsOfTheTable) {
     std::vector<std::string_view> written;
     for (const Format& format : allFormats())
         if (format.writer != nullptr) written.push_back(format.extension);
-    EXPECT_EQ(written, (std::vector<std::string_view>{"jef", "exp", "dst", "pcs"}));
+    EXPECT_EQ(written, (std::vector<std::string_view>{"jef", "pes", "pec", "exp", "dst", "pcs"}));
 }
 
 TEST(Export, FitsTheMovesToTheFormat) {
