@@ -204,8 +204,7 @@ void putColorTable(VLMByteWriter& out, std::span<const std::uint8_t> colors) {
 /// Appends a PEC section and its thumbnails.
 bool putSection(VLMByteWriter& out, std::span<const std::uint8_t> section, std::span<const std::uint8_t> thumbnails,
                 VLMError* error) {
-    constexpr std::size_t mostOf24Bits = 0xFFFFFF;
-    if (section.size() > mostOf24Bits || thumbnails.empty()) return failWithSystemError(EFBIG, error);
+    if (section.size() > largestPecSection || thumbnails.empty()) return failWithSystemError(EFBIG, error);
     out.bytes(section);
     out.bytes(thumbnails);
     return true;

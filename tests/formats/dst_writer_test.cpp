@@ -15,9 +15,9 @@ namespace {
 using test::bytes;
 using test::Bytes;
 using test::change;
-using test::designOf;
 using test::jump;
 using test::repeated;
+using test::sewn;
 using test::stitch;
 
 constexpr std::size_t headerSize = 512;
@@ -25,7 +25,7 @@ const Bytes closing = bytes(0, 0, 0xF3, 0x1A);
 
 /// A design whose box is wide enough for anything, whatever its stitches are.
 VLMDesign boundlessDesign(std::vector<VLMStitch> stitches, std::size_t threads = 1) {
-    VLMDesign design = designOf(std::move(stitches), threads);
+    VLMDesign design = sewn(std::move(stitches), threads);
     design.setXMin(-1);
     design.setXMax(1);
     design.setYMin(-1);
@@ -52,7 +52,7 @@ Bytes recordsOf(const VLMDesign& design) {
 }
 
 TEST(DstHeaderWriting, FillsEveryField) {
-    VLMDesign design = designOf({stitch(100, -200), change(0, 0), stitch(-150, 300)}, 2);
+    VLMDesign design = sewn({stitch(100, -200), change(0, 0), stitch(-150, 300)}, 2);
     design.setDesignName("Rose.jef");
     const std::string lines =
         "LA:Rose            \rST:      5\rCO:  1\r+X:  100\r-X:   50\r+Y:  100\r-Y:  200\rAX:-   50\rAY:+  100\r"
@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, DstEndPoints,
                          [](const auto& row) { return row.param.name; });
 
 TEST(DstHeaderWriting, TruncatesTheBounds) {
-    VLMDesign design = designOf({stitch(1, 1)});
+    VLMDesign design = sewn({stitch(1, 1)});
     design.setXMax(12.9F);
     design.setXMin(-3.9F);
     design.setYMax(99999);
@@ -196,7 +196,7 @@ TEST(DstRecords, AgreeWithThePlainEncoder) {
                                      y.take(dy, {{{21, 20}, {13, 12}, {5, 4}, {15, 14}, {7, 6}}}) | 0x030000U;
         for (const unsigned shift : {0U, 8U, 16U}) records.push_back(static_cast<std::uint8_t>(record >> shift));
     }
-    stitches.push_back(stitch(static_cast<float>(-designOf(stitches).lastStitch().x), 0));
+    stitches.push_back(stitch(static_cast<float>(-sewn(stitches).lastStitch().x), 0));
     VLMDesign design = boundlessDesign(stitches);
     design.stitches().all().back().setDeltaY(static_cast<float>(-design.lastStitch().y));
     const Bytes written = recordsOf(design);

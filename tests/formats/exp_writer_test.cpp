@@ -11,8 +11,8 @@ namespace {
 using test::bytes;
 using test::Bytes;
 using test::change;
-using test::designOf;
 using test::jump;
+using test::sewn;
 using test::stitch;
 
 struct Row {
@@ -22,7 +22,7 @@ struct Row {
 };
 class ExpWriting : public testing::TestWithParam<Row> {};
 TEST_P(ExpWriting, GivesTheRow) {
-    EXPECT_EQ(writeExp(designOf(GetParam().stitches)), GetParam().file);
+    EXPECT_EQ(writeExp(sewn(GetParam().stitches)), GetParam().file);
 }
 INSTANTIATE_TEST_SUITE_P(
     Rows, ExpWriting,
@@ -43,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(ExpExport, LeavesTheDesignAsReadingGivesIt) {
     const test::TemporaryFolder folder;
     for (const bool useThreadFile : {false, true}) {
-        VLMDesign design = designOf({stitch(1, 1)}, 25);
+        VLMDesign design = sewn({stitch(1, 1)}, 25);
         design.setUseThreadFile(useThreadFile);
         design.setHoopFromVendorwithCode("Janome", 28);
         ASSERT_TRUE(exportExpDesignToURLerror(design, folder.path() / "rose.exp", nullptr));
@@ -58,7 +58,7 @@ TEST(ExpExport, LeavesTheDesignAsReadingGivesIt) {
 
 TEST(ExpExport, ReportsTheSystemsErrorAndChangesNothing) {
     const test::TemporaryFolder folder;
-    VLMDesign design = designOf({stitch(1, 1)});
+    VLMDesign design = sewn({stitch(1, 1)});
     VLMError error;
     EXPECT_FALSE(exportExpDesignToURLerror(design, folder.path(), &error));
     EXPECT_EQ(error.domain, systemErrorDomain);

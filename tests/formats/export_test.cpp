@@ -50,20 +50,20 @@ namespace velamo {
 namespace {
 
 using test::change;
-using test::designOf;
+using test::sewn;
 using test::stitch;
 using test::TemporaryFolder;
 
 VLMDesign twoColors() {
-    return designOf({stitch(10, 0), change(0, 0), stitch(-20, 10)}, 2);
+    return sewn({stitch(10, 0), change(0, 0), stitch(-20, 10)}, 2);
 }
 
 TEST(Export, NeedsThreadsThenStitches) {
     const TemporaryFolder folder;
     const auto target = folder.path() / "rose.dst";
     VLMDesign nothing;
-    VLMDesign noThreads = designOf({stitch(1, 1)}, 0);
-    VLMDesign noStitches = designOf({}, 1);
+    VLMDesign noThreads = sewn({stitch(1, 1)}, 0);
+    VLMDesign noStitches = sewn({}, 1);
     for (auto [design, code] : {std::pair{&nothing, 13}, std::pair{&noThreads, 13}, std::pair{&noStitches, 14}}) {
         VLMError error;
         EXPECT_FALSE(exportDesignToURLerror(*design, target, &error));
@@ -98,7 +98,7 @@ TEST(Export, WritesTheFormatsOfTheTable) {
 
 TEST(Export, FitsTheMovesToTheFormat) {
     const TemporaryFolder folder;
-    VLMDesign design = designOf({stitch(300, 0), stitch(-300, 0)});
+    VLMDesign design = sewn({stitch(300, 0), stitch(-300, 0)});
     design.setDisplayRange({1, 1});
     ASSERT_TRUE(exportDesignToURLerror(design, folder.path() / "x.dst", nullptr));
     EXPECT_EQ(design.stitches(), (std::vector{stitch(120, 0), stitch(120, 0), stitch(60, 0), stitch(-120, 0),
@@ -169,7 +169,7 @@ TEST(Export, KeepsTheSideFileOfTheLocationInStep) {
             EXPECT_EQ(std::filesystem::exists(threadFileOf(from)), useThreadFile);
             EXPECT_EQ(TemporaryFolder::read(folder.path() / "to.threads"), "another design's");
             if (!useThreadFile) continue;
-            VLMDesign other = designOf({}, 2);
+            VLMDesign other = sewn({}, 2);
             other.threads().all().assign(2, test::threadOf("1", "Undefined"));
             EXPECT_TRUE(importThreadsForDesign(other, from));
             EXPECT_EQ(test::keysOf(other), (std::vector<Text>{"800", "800"}));
@@ -195,7 +195,7 @@ TEST(Export, LeavesTheSideFileWhenItFails) {
 
 TEST(Export, PassesTheWritersErrorOn) {
     const TemporaryFolder folder;
-    VLMDesign design = designOf({stitch(5, 5), stitch(15, 15)});
+    VLMDesign design = sewn({stitch(5, 5), stitch(15, 15)});
     VLMError error;
     EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.dst", &error));
     EXPECT_EQ(error.code, 130);
@@ -206,7 +206,7 @@ TEST(Export, PassesTheWritersErrorOn) {
 TEST(Export, SaysWhenMovesCannotBeFitted) {
     const TemporaryFolder folder;
     folder.write("from.threads", "old");
-    VLMDesign design = designOf({stitch(std::numeric_limits<float>::infinity(), 0), stitch(1, 1)});
+    VLMDesign design = sewn({stitch(std::numeric_limits<float>::infinity(), 0), stitch(1, 1)});
     design.setDesignLocation(folder.path() / "from.dst");
     const VLMStitchList stitches = design.stitches().copy();
     VLMError error;
@@ -224,7 +224,7 @@ TEST(Export, SaysWhenMovesCannotBeFitted) {
 
 TEST(Export, PrefersTheWritersErrorToItsOwn) {
     const TemporaryFolder folder;
-    VLMDesign design = designOf({stitch(1e30F, 0), stitch(1, 1)});
+    VLMDesign design = sewn({stitch(1e30F, 0), stitch(1, 1)});
     VLMError error;
     EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.dst", &error));
     EXPECT_EQ(error.code, 130);

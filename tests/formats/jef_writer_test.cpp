@@ -14,10 +14,10 @@ namespace {
 using test::bytes;
 using test::Bytes;
 using test::change;
-using test::designOf;
 using test::jump;
 using test::le32;
 using test::repeated;
+using test::sewn;
 using test::stitch;
 
 constexpr std::size_t tablesOffset = 116;
@@ -41,7 +41,7 @@ std::int64_t numberAt(const Bytes& file, std::size_t offset) {
 }
 
 TEST(JefWriting, FillsEveryField) {
-    VLMDesign design = designOf({stitch(-100, 50), change(3, -4), stitch(200, 100)});
+    VLMDesign design = sewn({stitch(-100, 50), change(3, -4), stitch(200, 100)});
     design.setThreads({test::threadOf("227", "Janome"), test::threadOf("204", "Janome")});
     design.threads()[1].setTension(7);
     design.setXMin(-100.9F);
@@ -58,7 +58,7 @@ struct Row {
 };
 class JefStreams : public testing::TestWithParam<Row> {};
 TEST_P(JefStreams, AreThoseOfTheRow) {
-    VLMDesign design = designOf(GetParam().stitches);
+    VLMDesign design = sewn(GetParam().stitches);
     design.setXMin(-1);
     design.setXMax(1);
     design.setYMin(-1);
@@ -84,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(JefThreads, BecomeTheNearestOfTheJanomePalette) {
     for (const bool useThreadFile : {false, true}) {
-        VLMDesign design = designOf({stitch(1, 1)});
+        VLMDesign design = sewn({stitch(1, 1)});
         const VLMThread kept = test::threadOf("204", "Janome");
         VLMThread unknown = test::threadOf("999", "Janome");
         VLMThread red = test::threadOf("800");
@@ -106,7 +106,7 @@ TEST(JefThreads, BecomeTheNearestOfTheJanomePalette) {
 }
 
 TEST(JefThreads, WithoutPaletteAreWrittenToo) {
-    VLMDesign design = designOf({stitch(1, 1)});
+    VLMDesign design = sewn({stitch(1, 1)});
     design.threads()[0] = VLMThread();
     const Bytes file = fileOf(design);
     EXPECT_EQ(design.threads()[0].palette(), "Janome");
@@ -116,7 +116,7 @@ TEST(JefThreads, WithoutPaletteAreWrittenToo) {
 
 /// A square of the size around the origin.
 VLMDesign square(float size) {
-    return designOf({jump(-size / 2, -size / 2), stitch(size, size)});
+    return sewn({jump(-size / 2, -size / 2), stitch(size, size)});
 }
 
 struct HoopRow {

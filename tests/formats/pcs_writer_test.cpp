@@ -11,11 +11,11 @@ namespace {
 using test::bytes;
 using test::Bytes;
 using test::change;
-using test::designOf;
 using test::jump;
 using test::le16;
 using test::le24;
 using test::repeated;
+using test::sewn;
 using test::stitch;
 
 constexpr std::size_t recordsOffset = 4 + 64 + 2;
@@ -52,7 +52,7 @@ VLMThread freeThread(double red, double green, double blue) {
 }
 
 TEST(PcsWriting, FillsEveryField) {
-    VLMDesign design = designOf({jump(10, -10), stitch(5, 5), change(0, 0), stitch(-20, 0)});
+    VLMDesign design = sewn({jump(10, -10), stitch(5, 5), change(0, 0), stitch(-20, 0)});
     design.setThreads({freeThread(1, 0.5, 0), freeThread(0.999, 0, 1)});
     // The small hoop's middle is 400 tenths from its corner.
     EXPECT_EQ(fileOf(design), bytes(0x32, 2, le16(16), 255, 127, 0, 0, 254, 0, 255, 0, repeated(56, 0), le16(3),
@@ -69,7 +69,7 @@ struct PlaceRow {
 };
 class PcsPlaces : public testing::TestWithParam<PlaceRow> {};
 TEST_P(PcsPlaces, AreSixthsOfAMillimetreFromTheCorner) {
-    VLMDesign design = designOf({stitch(GetParam().x, 0), stitch(-GetParam().x, GetParam().x)});
+    VLMDesign design = sewn({stitch(GetParam().x, 0), stitch(-GetParam().x, GetParam().x)});
     for (auto set : {&VLMDesign::setXMin, &VLMDesign::setYMin}) (design.*set)(-1);
     for (auto set : {&VLMDesign::setXMax, &VLMDesign::setYMax}) (design.*set)(1);
     const auto records = recordsOf(fileOf(design));
@@ -87,14 +87,14 @@ INSTANTIATE_TEST_SUITE_P(Rows, PcsPlaces,
 
 TEST(PcsWriting, AddsUpInSinglePrecision) {
     // 16777216 + 1 is 16777216 in single precision: the second stitch moves nothing.
-    VLMDesign design = designOf({stitch(16777216, 0), stitch(1, 0), stitch(-16777216, 0)});
+    VLMDesign design = sewn({stitch(16777216, 0), stitch(1, 0), stitch(-16777216, 0)});
     design.setXMin(-1);
     design.setXMax(1);
     EXPECT_EQ(recordsOf(fileOf(design)).at(3), record(240, 240, 0));
 }
 
 TEST(PcsWriting, GivesEveryBlockAColourRecord) {
-    VLMDesign design = designOf({stitch(1, 0), change(1, 0), {1, 0, true, true}}, 3);
+    VLMDesign design = sewn({stitch(1, 0), change(1, 0), {1, 0, true, true}}, 3);
     const auto records = recordsOf(fileOf(design));
     ASSERT_EQ(records.size(), 6U);
     EXPECT_EQ(records[0], colorRecord(0));
@@ -106,7 +106,7 @@ TEST(PcsWriting, GivesEveryBlockAColourRecord) {
 
 TEST(PcsThreads, GetColoursOfTheirOwn) {
     for (const bool useThreadFile : {false, true}) {
-        VLMDesign design = designOf({stitch(1, 1)}, 2);
+        VLMDesign design = sewn({stitch(1, 1)}, 2);
         const VLMThread given = design.threads()[0];
         design.setUseThreadFile(useThreadFile);
         const Bytes file = fileOf(design);
@@ -127,7 +127,7 @@ struct LimitRow {
 };
 class PcsWritingLimits : public testing::TestWithParam<LimitRow> {};
 TEST_P(PcsWritingLimits, AreKept) {
-    VLMDesign design = designOf(std::vector<VLMStitch>(GetParam().stitches, stitch(0, 0)), GetParam().threads);
+    VLMDesign design = sewn(std::vector<VLMStitch>(GetParam().stitches, stitch(0, 0)), GetParam().threads);
     VLMError error;
     EXPECT_EQ(writePcs(design, &error).has_value(), GetParam().code == 0);
     EXPECT_EQ(error.code, GetParam().code);
@@ -147,7 +147,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, PcsWritingLimits,
 
 /// A square of the size around the origin.
 VLMDesign square(float size) {
-    return designOf({jump(-size / 2, -size / 2), stitch(size, size)});
+    return sewn({jump(-size / 2, -size / 2), stitch(size, size)});
 }
 
 struct HoopRow {

@@ -13,11 +13,11 @@ namespace {
 using test::bytes;
 using test::Bytes;
 using test::change;
-using test::designOf;
 using test::jump;
 using test::le16;
 using test::le24;
 using test::repeated;
+using test::sewn;
 using test::stitch;
 
 constexpr std::size_t attributesSize = 512;
@@ -29,7 +29,7 @@ Bytes part(const Bytes& whole, std::size_t start, std::size_t size) {
 }
 
 TEST(PecSegmentWriting, FillsEveryField) {
-    VLMDesign design = designOf({jump(-20, -16), stitch(41, 30), change(0, 0), stitch(-3, 4)});
+    VLMDesign design = sewn({jump(-20, -16), stitch(41, 30), change(0, 0), stitch(-3, 4)});
     design.setThreads({test::threadOf("800"), test::threadOf("x7")});
     design.setDesignName("Rose.pes");
     const Bytes moves = bytes(0x9F, 0xEC, 0x90, 0x10, 41, 0x62, 0xFE, 0xB0, 2, 0x7D, 0x7C, 0xFF);
@@ -46,7 +46,7 @@ struct LabelRow {
 };
 class PecLabels : public testing::TestWithParam<LabelRow> {};
 TEST_P(PecLabels, HaveSixteenCharacters) {
-    VLMDesign design = designOf({stitch(1, 1)});
+    VLMDesign design = sewn({stitch(1, 1)});
     design.setDesignName(GetParam().designName);
     EXPECT_EQ(part(exportPecSegmentToData(design), 0, 20), bytes("LA:", GetParam().label, "\r"));
 }
@@ -68,7 +68,7 @@ struct MoveRow {
 };
 class PecWrittenMoves : public testing::TestWithParam<MoveRow> {};
 TEST_P(PecWrittenMoves, AreThoseOfTheRow) {
-    VLMDesign design = designOf(GetParam().stitches);
+    VLMDesign design = sewn(GetParam().stitches);
     const Bytes segment = exportPecSegmentToData(design);
     const Bytes expected = bytes(GetParam().moves, 0xFF);
     EXPECT_EQ(Bytes(segment.begin() + movesOffset, segment.end()), expected);
@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(PecThreads, BecomeTheNearestOfTheBrotherPalette) {
     for (const bool useThreadFile : {false, true}) {
-        VLMDesign design = designOf({stitch(1, 1)});
+        VLMDesign design = sewn({stitch(1, 1)});
         VLMThread janome = test::threadOf("204", "Janome");
         janome.setTension(99);
         VLMThread nearest = janome;
@@ -121,7 +121,7 @@ TEST(PecThreads, BecomeTheNearestOfTheBrotherPalette) {
 
 TEST(PecThreads, MayFillTheAttributesAndMore) {
     for (const std::size_t threads : {463U, 464U, 600U, 2000U}) {
-        VLMDesign design = designOf({stitch(1, 1)}, threads);
+        VLMDesign design = sewn({stitch(1, 1)}, threads);
         const Bytes segment = exportPecSegmentToData(design);
         EXPECT_EQ(segment.at(48), (threads - 1) & 0xFFU);
         EXPECT_EQ(segment.size(), std::max(attributesSize, 49 + threads) + 20 + 3);
@@ -131,7 +131,7 @@ TEST(PecThreads, MayFillTheAttributesAndMore) {
 }
 
 TEST(PecSegmentWriting, TruncatesTheMiddle) {
-    VLMDesign design = designOf({stitch(1, 1)});
+    VLMDesign design = sewn({stitch(1, 1)});
     design.setXMin(-1000);
     design.setXMax(1001);
     design.setYMin(5);
@@ -146,7 +146,7 @@ TEST(PecSegmentWriting, SurvivesAwkwardNumbers) {
 
 TEST(PecWriting, IsASectionAndOneThumbnail) {
     for (const bool useThreadFile : {false, true}) {
-        VLMDesign design = designOf({stitch(30, 30), change(0, 0), stitch(-10, 20)}, 2);
+        VLMDesign design = sewn({stitch(30, 30), change(0, 0), stitch(-10, 20)}, 2);
         design.setUseThreadFile(useThreadFile);
         const Bytes section = exportPecSegmentToData(design);
         VLMError error;
@@ -157,7 +157,7 @@ TEST(PecWriting, IsASectionAndOneThumbnail) {
 
 TEST(PecExport, SetsTypeVersionAndHoopAfterSuccess) {
     const test::TemporaryFolder folder;
-    VLMDesign design = designOf({stitch(1, 1)}, 1);
+    VLMDesign design = sewn({stitch(1, 1)}, 1);
     design.setThreads({test::threadOf("204", "Janome")});
     design.setHoopFromVendorwithCode("Janome", 28);
     VLMError error;
@@ -174,13 +174,14 @@ TEST(PecExport, SetsTypeVersionAndHoopAfterSuccess) {
 }
 
 TEST(PecExport, MakesNoneOfTheChecksOfPes) {
-    VLMDesign design = designOf({stitch(3000, 3000)}, 100);
+    VLMDesign design = sewn({stitch(3000, 3000)}, 100);
     EXPECT_TRUE(writePec(design, nullptr));
 }
 
 TEST(PecExport, RefusesWhatTheOffsetOfTheThumbnailsCannotReach) {
-    VLMDesign design = designOf({});
+    VLMDesign design = sewn({});
     design.stitches().all().assign((1U << 22) - 100, jump(0, 0));
+    test::measure(design);
     EXPECT_TRUE(writePec(design, nullptr));
     design.stitches().all().resize(1U << 22, jump(0, 0));
     VLMError error;

@@ -31,7 +31,7 @@ inline void measure(VLMDesign& design) {
 }
 
 /// A design of the stitches as they stand, with its bounds and so many threads of the Brother palette.
-inline VLMDesign designOf(std::vector<VLMStitch> stitches, std::size_t threads = 1) {
+inline VLMDesign sewn(std::vector<VLMStitch> stitches, std::size_t threads = 1) {
     VLMDesign design;
     design.setStitches(std::move(stitches));
     for (std::size_t i = 0; i < threads; ++i) design.threads().push_back(threadOf("800"));
@@ -55,17 +55,17 @@ inline std::vector<VLMDesign> awkwardDesigns() {
     for (const float number : awkwardNumbers) {
         const std::vector<VLMStitch> stitches{
             stitch(number, 1), jump(1, number), {number, number, true, true}, stitch(-5, 5)};
-        designs.push_back(designOf(stitches, 2));
-        designs.push_back(designOf(stitches, 2));
+        designs.push_back(sewn(stitches, 2));
+        designs.push_back(sewn(stitches, 2));
         designs.back().setXMin(-10);
         designs.back().setXMax(10);
         designs.back().setYMin(-10);
         designs.back().setYMax(10);
-        designs.push_back(designOf({stitch(1, 1)}));
+        designs.push_back(sewn({stitch(1, 1)}));
         designs.back().setXMin(number);
         designs.back().setYMax(number);
     }
-    designs.push_back(designOf({}));
+    designs.push_back(sewn({}));
     return designs;
 }
 
