@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "model/design.h"
+#include "platform/bitmap.h"
+
+namespace velamo {
+
+/// How a design is shown; see drawDesignInRect...
+struct DesignLook {
+    bool show3D = false;
+    bool showJumps = false;
+    bool showStructure = false;
+    std::int32_t showThread = -1;
+};
+
+/// What a picture of the design shows: its bounds and 1 mm round them. Of no or negative size for a design whose bounds
+/// say nothing.
+[[nodiscard]] VLMRect pictureRectOf(const VLMDesign& design) noexcept;
+
+/// The pixels of a picture with `scale` pixels for each tenth of a millimetre, which may be more than can be drawn.
+struct PictureSize {
+    double width = 0;
+    double height = 0;
+};
+[[nodiscard]] PictureSize pictureSizeOf(const VLMDesign& design, double scale) noexcept;
+
+/// The scale at which the longer side has so many pixels.
+[[nodiscard]] double scaleForLongerSide(const VLMDesign& design, std::int32_t pixels) noexcept;
+
+/// A picture on a transparent ground. Nothing when its size is none, or more than a bitmap can have, or memory ran out.
+[[nodiscard]] std::optional<Bitmap> bitmapOf(const VLMDesign& design, double scale, const DesignLook& look);
+
+/// The same picture as lines and areas, in true size. Nothing when it has no size or memory ran out.
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> svgOf(const VLMDesign& design, const DesignLook& look);
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> pdfOf(const VLMDesign& design, const DesignLook& look);
+
+}  // namespace velamo
