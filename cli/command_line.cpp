@@ -14,7 +14,7 @@ void describeProgram(CLI::App& program, Action& chosen) {
     program.description("Velamo reads, searches and shows machine-embroidery designs.");
     program.set_version_flag("--version", "velamo " VELAMO_VERSION);
     program.require_subcommand(1);
-    for (const auto describe : {describeInfo, describeIndex, describeSearch, describeDump, describeEdit,
+    for (const auto describe : {describeInfo, describeIndex, describeSearch, describeDump, describeEdit, describeRender,
                                 describePalettes, describeHoops, describeFormatLength, describeParseLength})
         describe(program, chosen);
     program.footer(

@@ -21,6 +21,7 @@ void describeDump(CLI::App& program, Action& chosen);
 void describePalettes(CLI::App& program, Action& chosen);
 void describeHoops(CLI::App& program, Action& chosen);
 void describeEdit(CLI::App& program, Action& chosen);
+void describeRender(CLI::App& program, Action& chosen);
 void describeFormatLength(CLI::App& program, Action& chosen);
 void describeParseLength(CLI::App& program, Action& chosen);
 

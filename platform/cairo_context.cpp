@@ -9,6 +9,9 @@ namespace {
 /// cairo holds coordinates of the device in 24 bits and 8 more for fractions, and what does not fit wraps round.
 constexpr double farthestOnDevice = 1 << 20;
 
+/// How exactly curves are followed; a bitmap's pixel has cairo's own tolerance then.
+constexpr double toleranceOfHairline = 0.1;
+
 /// The ends, as fractions of the way from 0 to `delta`, between which `from + fraction * delta` lies within the limits.
 struct Fractions {
     double first = 0;
@@ -48,6 +51,7 @@ CairoContext::CairoContext(cairo_surface_t* surface, double height, double hairl
     : cairo_(cairo_create(surface)), hairline_(hairline) {
     cairo_translate(cairo_.get(), 0, height);
     cairo_scale(cairo_.get(), 1, -1);
+    cairo_set_tolerance(cairo_.get(), hairline * toleranceOfHairline);
 }
 
 void CairoContext::saveState() {

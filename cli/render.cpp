@@ -1,0 +1,166 @@
+#include "cli/render.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <iomanip>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string_view>
+
+#include "cli/commands.h"
+#include "cli/edit_script.h"
+#include "formats/format.h"
+#include "formats/import.h"
+#include "platform/files.h"
+
+namespace velamo {
+namespace {
+
+/// A request that cannot be meant so.
+class RenderUsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+using Bytes = std::vector<std::uint8_t>;
+
+double scaleOf(const RenderRequest& request, const VLMDesign& design) {
+    return request.size ? scaleForLongerSide(design, *request.size) : request.scale;
+}
+
+DesignLook lookOf(const RenderRequest& request) {
+    DesignLook look = request.look;
+    look.showThread = request.thread.value_or(-1);
+    return look;
+}
+
+std::optional<Bytes> pngOf(const RenderRequest& request, const VLMDesign& design) {
+    const auto bitmap = bitmapOf(design, scaleOf(request, design), lookOf(request));
+    return bitmap ? bitmap->png() : std::nullopt;
+}
+
+std::optional<Bytes> svgOf(const RenderRequest& request, const VLMDesign& design) {
+    return svgOf(design, lookOf(request));
+}
+
+std::optional<Bytes> pdfOf(const RenderRequest& request, const VLMDesign& design) {
+    return pdfOf(design, lookOf(request));
+}
+
+/// A kind of picture; of no more pixels than a bitmap can have, where it has some.
+struct PictureKind {
+    std::string_view extension;
+    std::optional<Bytes> (*draw)(const RenderRequest& request, const VLMDesign& design);
+    bool hasPixels;
+};
+constexpr std::array<PictureKind, 3> pictureKinds{{
+    {"png", pngOf, true},
+    {"svg", svgOf, false},
+    {"pdf", pdfOf, false},
+}};
+
+const PictureKind& kindOf(const std::filesystem::path& picture) {
+    const std::string extension = extensionOf(picture);
+    const auto found = std::find_if(pictureKinds.begin(), pictureKinds.end(),
+                                    [&](const PictureKind& kind) { return kind.extension == extension; });
+    if (found == pictureKinds.end())
+        throw RenderUsageError("a picture is a .png, .svg or .pdf file, not '" + picture.native() + "'");
+    return *found;
+}
+
+void checkThread(const RenderRequest& request, const VLMDesign& design) {
+    const auto count = design.threads().size();
+    if (!request.thread || (*request.thread >= 0 && static_cast<std::size_t>(*request.thread) < count)) return;
+    throw RenderUsageError("--thread " + std::to_string(*request.thread) + ": the design has the threads 0 to " +
+                           std::to_string(count - 1));
+}
+
+/// What is too large is said with its size; else it was memory that did not suffice.
+void reportUndrawn(const RenderRequest& request, const PictureKind& kind, const VLMDesign& design,
+                   const Console& console) {
+    const auto [width, height] = pictureSizeOf(design, scaleOf(request, design));
+    const bool isSide = std::min(width, height) >= 1 && std::max(width, height) <= Bitmap::mostPixelsOfSide;
+    if (kind.hasPixels && !(isSide && width * height <= Bitmap::mostPixels)) {
+        std::ostringstream message;
+        message << std::setprecision(0) << std::fixed << "A picture of " << width << " by " << height
+                << " pixels cannot be drawn.";
+        return reportProblem(console, request.picture.native(), message.str(), EFBIG);
+    }
+    VLMError error;
+    failWithSystemError(ENOMEM, &error);
+    reportProblem(console, request.picture, error);
+}
+
+ExitStatus writePicture(const RenderRequest& request, const PictureKind& kind, const VLMDesign& design,
+                        const Console& console) {
+    const auto bytes = kind.draw(request, design);
+    if (!bytes) {
+        reportUndrawn(request, kind, design, console);
+        return ExitStatus::failure;
+    }
+    const std::error_code failure = replaceFile(request.picture, *bytes);
+    if (!failure) return ExitStatus::success;
+    VLMError error;
+    failWithSystemError(failure.value(), &error);
+    reportProblem(console, request.picture, error);
+    return ExitStatus::failure;
+}
+
+ExitStatus renderDesign(const RenderRequest& request, const Console& console) {
+    const PictureKind& kind = kindOf(request.picture);
+    const auto commands = parseEditLines(request.commands);
+    VLMDesign design;
+    VLMError error;
+    if (!importDesignFromURLerror(design, request.file, &error)) {
+        reportProblem(console, request.file, error);
+        return ExitStatus::failure;
+    }
+    for (const EditCommand& command : commands) command(design);
+    checkThread(request, design);
+    return writePicture(request, kind, design, console);
+}
+
+}  // namespace
+
+ExitStatus render(const RenderRequest& request, const Console& console) {
+    try {
+        return renderDesign(request, console);
+    } catch (const RenderUsageError& error) {
+        reportWrongUsage(console, error.what());
+    } catch (const EditSyntaxError& error) {
+        reportWrongUsage(console, error.what());
+    } catch (const EditRefusal& refusal) {
+        reportProblem(console, request.file, refusal.error());
+        return ExitStatus::failure;
+    }
+    return ExitStatus::wrongUsage;
+}
+
+void describeRender(CLI::App& program, Action& chosen) {
+    auto* command = program.add_subcommand("render", "Draw a picture of a design");
+    const auto request = std::make_shared<RenderRequest>();
+    command->add_option("IN", request->file, "The design")->required();
+    command->add_option("OUT", request->picture, "The picture: a .png, .svg or .pdf file; the latter in true size")
+        ->required();
+    auto* scale =
+        command->add_option("--scale", request->scale, "Pixels of a PNG picture for each tenth of a millimetre (1)")
+            ->check(CLI::PositiveNumber);
+    command->add_option("--size", request->size, "Pixels of the longer side of a PNG picture, in place of --scale")
+        ->check(CLI::Range(1, static_cast<int>(Bitmap::mostPixelsOfSide)))
+        ->excludes(scale);
+    command->add_flag("--3d", request->look.show3D, "Make threads look round");
+    command->add_flag("--jumps", request->look.showJumps, "Dash jumps");
+    command->add_flag("--structure", request->look.showStructure,
+                      "Draw thin lines, and a dot where the needle goes in");
+    command->add_option("--thread", request->thread, "Draw one thread alone; the first one is 0");
+    command->add_option("-e", request->commands, "Carry out an edit command before; may be given several times")
+        ->allow_extra_args(false);
+    command->footer("'velamo edit --help' tells the edit commands.");
+    command->callback(
+        [&chosen, request] { chosen = [request](const Console& console) { return render(*request, console); }; });
+}
+
+}  // namespace velamo
