@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "editing/edited_stitches.h"
-#include "editing/replace_stitches.h"
 
 namespace velamo {
 namespace {
@@ -23,14 +22,13 @@ Place endOfStitches(const VLMStitchList& stitches) noexcept {
     return place;
 }
 
-EditedStitches joined(const VLMStitchList& stitches, const VLMStitchList& others) {
-    EditedStitches edited(stitches.size() + others.size());
-    edited.append(stitches.all());
+template <class Edited>
+void appendJoined(Edited& edited, const VLMStitchList& stitches, const VLMStitchList& others) {
+    edited.append(stitches.begin(), stitches.end());
     if (!stitches.empty()) edited.append(VLMStitch(0, 0, false, true));
     const Place end = endOfStitches(stitches);
     edited.append(VLMStitch(offset - end.x, -offset - end.y, true, false));
-    edited.append(others.all());
-    return edited;
+    edited.append(others.begin(), others.end());
 }
 
 /// The threads as they look in the palette of the design that they join. A thread that keeps another palette, because
@@ -50,12 +48,12 @@ bool appendDesignerror(VLMDesign& design, VLMDesign& other, VLMError* error) noe
         const auto& others = std::as_const(other).stitches();
         const bool isSelected =
             std::any_of(others.begin(), others.end(), [](const VLMStitch& stitch) { return stitch.isSelected(); });
-        const EditedStitches edited = joined(std::as_const(design).stitches(), others);
         std::vector<VLMThread> added = recolored(std::as_const(other).threads().all(), design.designPalette());
         auto& threads = design.threads().all();
         threads.reserve(threads.size() + added.size());
         auto& othersThreads = other.threads().all();
-        if (!finishEdit(design, edited.all(), error)) return false;
+        const auto append = [&](auto& edited) { appendJoined(edited, std::as_const(design).stitches(), others); };
+        if (!replaceStitches(design, append, error)) return false;
         std::copy(added.begin(), added.end(), othersThreads.begin());
         threads.insert(threads.end(), added.begin(), added.end());
         if (isSelected) design.setSelectionActive(true);

@@ -6,7 +6,6 @@
 
 #include "editing/edit_error.h"
 #include "editing/edited_stitches.h"
-#include "editing/replace_stitches.h"
 
 namespace velamo {
 namespace {
@@ -44,12 +43,14 @@ Frame frameAround(const VLMDesign& design, float length, float distance) noexcep
             Edge::of(static_cast<float>(design.designHeight()) + margins, stitchLength)};
 }
 
-void appendSteps(EditedStitches& stitches, int count, float deltaX, float deltaY) {
+template <class Edited>
+void appendSteps(Edited& stitches, int count, float deltaX, float deltaY) {
     for (; count > 0; --count) stitches.append(VLMStitch(deltaX, deltaY, false, false));
 }
 
 /// From the origin and back to it. The first stitches of the top edge are sewn twice, which locks the thread.
-void appendFrame(EditedStitches& stitches, const Frame& frame) {
+template <class Edited>
+void appendFrame(Edited& stitches, const Frame& frame) {
     const auto& [left, top, horizontal, vertical] = frame;
     const int locking = std::min(horizontal.stitches, lockingStitches);
     stitches.append(VLMStitch(left, top, true, false));
@@ -79,13 +80,14 @@ bool addBastingWithLengthinDistanceerror(VLMDesign& design, float length, float 
         const Frame frame = frameAround(design, length, distance);
         if (frame.horizontal.stitches == 0 || frame.vertical.stitches == 0)
             return failEdit(EditFailure::invalidBasting, error);
-        const auto& stitches = std::as_const(design).stitches();
-        EditedStitches edited(stitches.size());
-        appendFrame(edited, frame);
-        edited.append(stitches.all());
         std::vector<VLMThread> threads{bastingThread(design)};
         threads.insert(threads.end(), std::as_const(design).threads().begin(), std::as_const(design).threads().end());
-        if (!finishEdit(design, edited.all(), error)) return false;
+        const auto append = [&](auto& edited) {
+            const auto& stitches = std::as_const(design).stitches();
+            appendFrame(edited, frame);
+            edited.append(stitches.begin(), stitches.end());
+        };
+        if (!replaceStitches(design, append, error)) return false;
         design.threads().all().swap(threads);
         return true;
     });

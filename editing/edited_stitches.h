@@ -1,41 +1,53 @@
 #pragma once
 
-#include <span>
+#include <string>
 #include <utility>
-#include <vector>
 
+#include "editing/edit_error.h"
+#include "editing/optimized_stitches.h"
 #include "model/design.h"
 
 namespace velamo {
 
+/// Whether sewing would go straight into a stitch: then a jump before it lands on a stitch on the spot, which ties the
+/// thread.
+[[nodiscard]] constexpr bool needsTie(bool isBehindJump, const VLMStitch& next) noexcept {
+    return !isBehindJump && !next.isJumpStitch() && !next.isNullStitch();
+}
+
+[[nodiscard]] constexpr VLMStitch tieBefore(const VLMStitch& next) noexcept {
+    return {0, 0, false, false, next.isSelected()};
+}
+
+[[nodiscard]] constexpr VLMStitch jumpAlong(VLMPoint vector) noexcept {
+    return {static_cast<float>(vector.x), static_cast<float>(vector.y), true, false};
+}
+
 /// A stitch list that is being made anew from front to back. What an edit inserts goes where the new list ends so far,
-/// so that no edit shifts the rest of a long list.
+/// so that no edit shifts the rest of a long list. `Stitches` takes what comes by push_back.
+template <class Stitches>
 class EditedStitches {
 public:
-    /// Makes room for as many stitches as an edit usually comes to that starts from `count`.
-    explicit EditedStitches(std::size_t count) { stitches_.reserve(count + count / 4 + 8); }
+    explicit EditedStitches(Stitches& stitches) : stitches_(stitches) {}
 
-    void append(const VLMStitch& stitch) { stitches_.push_back(stitch); }
-    void append(std::span<const VLMStitch> stitches) {
-        stitches_.insert(stitches_.end(), stitches.begin(), stitches.end());
+    void append(const VLMStitch& stitch) {
+        stitches_.push_back(stitch);
+        isBehindJump_ = stitch.isJumpStitch();
     }
-    /// A jump and nothing else.
-    void appendJump(VLMPoint vector) {
-        append(VLMStitch(static_cast<float>(vector.x), static_cast<float>(vector.y), true, false));
+    template <class Iterator>
+    void append(Iterator first, Iterator end) {
+        for (; first != end; ++first) append(*first);
     }
-    /// A jump in front of the stitch that is appended next. Where sewing would go straight into it, the jump lands on a
-    /// stitch on the spot, which ties the thread and is selected as the next stitch is.
+    /// A jump in front of the stitch that is appended next, with its tie, which is selected as that stitch is.
     void appendJumpBefore(const VLMStitch& next, VLMPoint vector) {
-        const bool isBehindJump = !stitches_.empty() && stitches_.back().isJumpStitch();
-        appendJump(vector);
-        if (!isBehindJump && !next.isJumpStitch() && !next.isNullStitch())
-            append(VLMStitch(0, 0, false, false, next.isSelected()));
+        const bool isTied = needsTie(isBehindJump_, next);
+        append(jumpAlong(vector));
+        if (isTied) append(tieBefore(next));
     }
-    [[nodiscard]] const std::vector<VLMStitch>& all() const& noexcept { return stitches_; }
-    [[nodiscard]] std::vector<VLMStitch> all() && noexcept { return std::move(stitches_); }
 
 private:
-    std::vector<VLMStitch> stitches_;
+    Stitches& stitches_;
+    bool isBehindJump_ = false;
 };
 
 /// Where the needle stands when it has made the stitch.
@@ -45,6 +57,17 @@ private:
 
 [[nodiscard]] inline VLMPoint operator-(VLMPoint one, VLMPoint other) noexcept {
     return {one.x - other.x, one.y - other.y};
+}
+
+/// Gives the design the list that `make(edited)` appends, optimised for its type, as every edit ends. False, with the
+/// design unchanged and error 71, when it cannot be optimised.
+template <class Make>
+[[nodiscard]] bool replaceStitches(VLMDesign& design, Make make, VLMError* error) {
+    const std::string designType = design.designType().value_or("");
+    OptimizedStitches optimized(designType, std::as_const(design).stitches().size());
+    EditedStitches edited(optimized);
+    make(edited);
+    return optimized.replaceStitchesOf(design) || failEdit(EditFailure::movesTooLarge, error);
 }
 
 }  // namespace velamo

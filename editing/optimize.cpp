@@ -2,54 +2,23 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <optional>
+#include <limits>
 #include <utility>
-#include <vector>
 
-#include "editing/edit_error.h"
-#include "editing/replace_stitches.h"
+#include "editing/optimized_stitches.h"
 
 namespace velamo {
 namespace {
 
-/// The longest move that a record of a design type holds, on either axis.
-struct Limits {
-    std::string_view designType;
-    float stitch;
-    float jump;
-};
-constexpr std::array<Limits, 6> limitsOfTypes{{
-    {"JEF", 126, 126},
-    {"PES", 62, 2046},
-    {"PEC", 62, 2046},
-    {"EXP", 126, 126},
-    {"DST", 120, 120},
-    {"PCS", 1150, 1150},
-}};
-constexpr Limits otherLimits{{}, 999999, 999999};
-
 /// Far above any real design; a hostile file's moves could be cut into billions of pieces.
 constexpr std::size_t mostStitches = std::size_t{1} << 26;
 
-Limits limitsOf(std::string_view designType) noexcept {
-    for (const Limits& limits : limitsOfTypes)
-        if (limits.designType == designType) return limits;
-    return otherLimits;
-}
-
-bool isJumpOrChange(const VLMStitch& stitch) noexcept {
-    return stitch.isJumpStitch() || stitch.isColorChange();
-}
+constexpr VLMStitch changeOnTheSpot(0, 0, false, true);
 
 struct Move {
     float x;
     float y;
 };
-
-bool isWithin(Move move, float limit) noexcept {
-    return std::abs(move.x) <= limit && std::abs(move.y) <= limit;
-}
 
 /// The first piece of a move that is too long: in its direction, the longer axis exactly at the limit.
 Move firstPiece(Move whole, float limit) noexcept {
@@ -65,108 +34,15 @@ Move firstPiece(Move whole, float limit) noexcept {
     return piece;
 }
 
-/// Gives the stitches of the optimised list to `take`, in order, which says whether it wants more.
-template <class Take>
-class Optimizer {
-public:
-    Optimizer(Limits limits, Take take) : limits_(limits), take_(std::move(take)) {}
-
-    /// False when a move cannot be cut, or `take` wanted no more.
-    bool run(std::span<const VLMStitch> stitches) {
-        for (std::size_t i = 0; i < stitches.size();) {
-            if (!isJumpOrChange(stitches[i])) {
-                if (!put(stitches[i++])) return false;
-                continue;
-            }
-            std::size_t end = i + 1;
-            while (end < stitches.size() && isJumpOrChange(stitches[end])) ++end;
-            if (!merge(stitches.subspan(i, end - i), end == stitches.size())) return false;
-            i = end;
-        }
-        return true;
-    }
-
-private:
-    /// A run of jumps and colour changes: one move, then its colour changes on the spot.
-    bool merge(std::span<const VLMStitch> run, bool isLast) {
-        VLMStitch head = run.front();
-        std::size_t colorChanges = head.isColorChange();
-        head.setIsColorChange(false);
-        for (const VLMStitch& next : run.subspan(1)) {
-            head.setDeltaX(head.deltaX() + next.deltaX());
-            head.setDeltaY(head.deltaY() + next.deltaY());
-            head.setIsJumpStitch(head.isJumpStitch() || next.isJumpStitch());
-            colorChanges += next.isColorChange();
-        }
-        const bool leadsNowhere = isLast && colorChanges == 0;  // then it is a jump: nothing is sewn behind it
-        if (!head.isNullStitch() && !leadsNowhere && !put(head)) return false;
-        const auto change = VLMStitch::initWithDatadYisJumpisChange(0, 0, false, true);
-        for (; colorChanges > 0; --colorChanges)
-            if (!put(change)) return false;
-        return true;
-    }
-
-    bool put(const VLMStitch& stitch) {
-        const Move move{stitch.deltaX(), stitch.deltaY()};
-        if (isWithin(move, limitOf(stitch))) return deliver(stitch);
-        return std::isfinite(move.x) && std::isfinite(move.y) && cut(stitch);
-    }
-
-    /// What is cut off behind a jump is a jump, even where a stitch is cut: the needle is still up.
-    bool cut(VLMStitch rest) {
-        for (;;) {
-            const Move whole{rest.deltaX(), rest.deltaY()};
-            const float limit = limitOf(rest);
-            if (isWithin(whole, limit)) return deliver(rest);
-            const Move piece = firstPiece(whole, limit);
-            const Move left{whole.x - piece.x, whole.y - piece.y};
-            if (left.x == whole.x && left.y == whole.y) return false;
-            VLMStitch first = rest;
-            first.setDeltaX(piece.x);
-            first.setDeltaY(piece.y);
-            rest.setDeltaX(left.x);
-            rest.setDeltaY(left.y);
-            rest.setIsJumpStitch(rest.isJumpStitch() || followsJump_);
-            if (!deliver(first)) return false;
-        }
-    }
-
-    bool deliver(const VLMStitch& stitch) {
-        followsJump_ = stitch.isJumpStitch();
-        return take_(stitch);
-    }
-
-    [[nodiscard]] float limitOf(const VLMStitch& stitch) const noexcept {
-        return stitch.isJumpStitch() ? limits_.jump : limits_.stitch;
-    }
-
-    Limits limits_;
-    Take take_;
-    bool followsJump_ = false;
-};
-
-/// The number of stitches that the list comes to; nothing when it cannot be optimised.
-std::optional<std::size_t> countOptimized(std::span<const VLMStitch> stitches, Limits limits) {
-    std::size_t count = 0;
-    Optimizer counter(limits, [&count](const VLMStitch&) { return ++count <= mostStitches; });
-    return counter.run(stitches) ? std::optional(count) : std::nullopt;
+/// Whether the move is not finite or takes more pieces than a list may have, or so many that they could not even be
+/// counted.
+bool isTooLong(Move move, float limit, std::size_t mostPieces) noexcept {
+    const float longest = std::max(std::abs(move.x), std::abs(move.y));
+    return !std::isfinite(move.x) || !std::isfinite(move.y) || longest / limit > static_cast<float>(mostPieces);
 }
 
-/// The bounds of the places after each stitch, the position being kept in single precision.
-void measure(VLMDesign& design) noexcept {
-    design.resetBounds();
-    Move position{0, 0};
-    Move least{design.xMin(), design.yMin()};
-    Move greatest{design.xMax(), design.yMax()};
-    for (const VLMStitch& stitch : std::as_const(design).stitches()) {
-        position = {position.x + stitch.deltaX(), position.y + stitch.deltaY()};
-        least = {std::min(least.x, position.x), std::min(least.y, position.y)};
-        greatest = {std::max(greatest.x, position.x), std::max(greatest.y, position.y)};
-    }
-    design.setXMin(least.x);
-    design.setYMin(least.y);
-    design.setXMax(greatest.x);
-    design.setYMax(greatest.y);
+bool isJumpOrChange(const VLMStitch& stitch) noexcept {
+    return stitch.isJumpStitch() || stitch.isColorChange();
 }
 
 /// Deselects the jumps and colour changes from the first selected stitch on. Whether there were any.
@@ -180,36 +56,119 @@ bool trimFrom(Iterator first, Iterator end) noexcept {
 
 }  // namespace
 
-bool replaceStitches(VLMDesign& design, std::span<const VLMStitch> stitches, std::string_view designType) {
-    const Limits limits = limitsOf(designType);
-    const auto count = countOptimized(stitches, limits);
-    if (!count) return false;
-    std::vector<VLMStitch> optimized;
-    optimized.reserve(*count);
-    Optimizer writer(limits, [&optimized](const VLMStitch& stitch) {
-        optimized.push_back(stitch);
-        return true;
-    });
-    writer.run(stitches);
-    design.stitches().all() = std::move(optimized);
-    measure(design);
+OptimizedStitches::OptimizedStitches(std::string_view designType, std::size_t count)
+    : limits_(limitsOf(designType)),
+      track_{.xMin = std::numeric_limits<float>::max(),
+             .yMin = std::numeric_limits<float>::max(),
+             .xMax = std::numeric_limits<float>::lowest(),
+             .yMax = std::numeric_limits<float>::lowest()} {
+    stitches_.reserve(count + count / 4 + blockSize_);
+}
+
+OptimizedStitches::Limits OptimizedStitches::limitsOf(std::string_view designType) noexcept {
+    struct Row {
+        std::string_view designType;
+        Limits limits;
+    };
+    static constexpr std::array<Row, 6> rows{{
+        {"JEF", {126, 126}},
+        {"PES", {62, 2046}},
+        {"PEC", {62, 2046}},
+        {"EXP", {126, 126}},
+        {"DST", {120, 120}},
+        {"PCS", {1150, 1150}},
+    }};
+    for (const Row& row : rows)
+        if (row.designType == designType) return row.limits;
+    return {999999, 999999};
+}
+
+/// A run of jumps and colour changes becomes one move, then its colour changes on the spot.
+void OptimizedStitches::merge(const VLMStitch& stitch) {
+    if (isInRun_) {
+        head_.setDeltaX(head_.deltaX() + stitch.deltaX());
+        head_.setDeltaY(head_.deltaY() + stitch.deltaY());
+        head_.setIsJumpStitch(head_.isJumpStitch() || stitch.isJumpStitch());
+    } else {
+        head_ = stitch;
+        head_.setIsColorChange(false);
+        colorChanges_ = 0;
+        isInRun_ = true;
+    }
+    colorChanges_ += stitch.isColorChange();
+}
+
+void OptimizedStitches::endRun() {
+    isInRun_ = false;
+    if (!head_.isNullStitch()) put(head_);
+    for (; colorChanges_ > 0; --colorChanges_) deliver(changeOnTheSpot);
+}
+
+/// What is cut off behind a jump is a jump, even where a stitch is cut: the needle is still up.
+void OptimizedStitches::cut(VLMStitch rest) {
+    const std::size_t room = mostStitches - std::min(mostStitches, stitches_.size());
+    while (!isRefused_) {
+        const Move whole{rest.deltaX(), rest.deltaY()};
+        const float limit = limitOf(rest);
+        if (std::abs(whole.x) <= limit && std::abs(whole.y) <= limit) return deliver(rest);
+        const Move piece = firstPiece(whole, limit);
+        const Move left{whole.x - piece.x, whole.y - piece.y};
+        isRefused_ = isTooLong(whole, limit, room) || (left.x == whole.x && left.y == whole.y);
+        VLMStitch first = rest;
+        first.setDeltaX(piece.x);
+        first.setDeltaY(piece.y);
+        rest.setDeltaX(left.x);
+        rest.setDeltaY(left.y);
+        rest.setIsJumpStitch(rest.isJumpStitch() || followsJump_);
+        deliver(first);
+    }
+}
+
+/// Copies the block that is filled and widens the bounds by the places after each stitch, the position being kept in
+/// single precision.
+void OptimizedStitches::flush() {
+    const auto end = pending_.begin() + static_cast<std::ptrdiff_t>(std::exchange(pendingCount_, 0));
+    if (stitches_.size() > mostStitches) isRefused_ = true;
+    if (isRefused_) return;
+    stitches_.insert(stitches_.end(), pending_.begin(), end);
+    Track track = track_;
+    for (auto stitch = pending_.begin(); stitch != end; ++stitch) {
+        track.x += stitch->deltaX();
+        track.y += stitch->deltaY();
+        track.xMin = std::min(track.xMin, track.x);
+        track.yMin = std::min(track.yMin, track.y);
+        track.xMax = std::max(track.xMax, track.x);
+        track.yMax = std::max(track.yMax, track.y);
+    }
+    track_ = track;
+}
+
+bool OptimizedStitches::replaceStitchesOf(VLMDesign& design) {
+    const bool leadsNowhere = isInRun_ && colorChanges_ == 0;  // a jump behind which nothing is sewn
+    if (isInRun_ && !leadsNowhere) endRun();
+    flush();
+    if (isRefused_ || stitches_.size() > mostStitches) return false;
+    design.stitches().all().swap(stitches_);
+    design.setXMin(track_.xMin);
+    design.setYMin(track_.yMin);
+    design.setXMax(track_.xMax);
+    design.setYMax(track_.yMax);
     trimSelectedJumps(design);
     design.setDisplayRange({0, design.stitches().size()});
     return true;
 }
 
-bool finishEdit(VLMDesign& design, std::span<const VLMStitch> stitches, VLMError* error) {
-    const std::string designType = design.designType().value_or("");
-    return replaceStitches(design, stitches, designType) || failEdit(EditFailure::movesTooLarge, error);
-}
-
 bool optimizeJumpsFor(VLMDesign& design, std::string_view designType) noexcept {
-    return operation(nullptr, [&] { return replaceStitches(design, design.stitches().all(), designType); });
+    return operation(nullptr, [&] {
+        const auto& stitches = std::as_const(design).stitches();
+        OptimizedStitches optimized(designType, stitches.size());
+        for (const VLMStitch& stitch : stitches) optimized.push_back(stitch);
+        return optimized.replaceStitchesOf(design);
+    });
 }
 
 bool trimSelectedJumps(VLMDesign& design) noexcept {
-    const VLMStitchList& list = std::as_const(design).stitches();
-    if (list.empty()) return false;
+    if (std::as_const(design).stitches().empty()) return false;
     auto& stitches = design.stitches().all();
     const bool isStartTrimmed = trimFrom(stitches.begin(), stitches.end());
     const bool isEndTrimmed = trimFrom(stitches.rbegin(), stitches.rend());

@@ -6,7 +6,6 @@
 
 #include "editing/edit_error.h"
 #include "editing/edited_stitches.h"
-#include "editing/replace_stitches.h"
 
 namespace velamo {
 namespace {
@@ -24,7 +23,9 @@ bool sewsNothing(const VLMStitch& stitch) noexcept {
 
 /// The design's stitches without the selected ones; jumps bridge the gaps.
 Stitches withoutSelected(const VLMDesign& design) {
-    EditedStitches edited(design.stitches().size());
+    Stitches kept;
+    kept.reserve(design.stitches().size());
+    EditedStitches edited(kept);
     VLMPoint place;
     std::optional<VLMPoint> gap;  // where it begins
     for (VLMStitch stitch : design.stitches()) {
@@ -43,7 +44,7 @@ Stitches withoutSelected(const VLMDesign& design) {
         }
         place = end;
     }
-    return std::move(edited).all();
+    return kept;
 }
 
 /// A design's lists while its colour blocks are looked through.
@@ -121,10 +122,6 @@ VLMPoint placeBefore(Stitches::const_iterator first, Stitches::const_iterator en
     return place;
 }
 
-VLMStitch jumpAlong(VLMPoint vector) noexcept {
-    return {static_cast<float>(vector.x), static_cast<float>(vector.y), true, false};
-}
-
 /// A colour block that was taken out of the stitches, and what is left.
 struct TakenBlock {
     Stitches block;
@@ -154,27 +151,31 @@ TakenBlock takeBlock(const Stitches& stitches, std::int32_t index) {
 }
 
 /// Puts the block back so that it is the `to`-th one.
-Stitches putBlock(TakenBlock taken, std::int32_t to) {
+template <class Edited>
+void appendMoved(Edited& edited, TakenBlock& taken, std::int32_t to) {
     Stitches& rest = taken.rest;
     if (!rest.empty()) rest.front().setIsColorChange(true);  // as the beginning of the block 0
     const auto target = firstInBlock(rest.begin(), rest.end(), std::int64_t{to} + 1);
     const VLMPoint place = placeBefore(rest.begin(), target);
-    const auto index = target - rest.begin();
-    if (!rest.empty()) rest.front().setIsColorChange(to == 0);
-    taken.block.front().setIsColorChange(to != 0);
-    EditedStitches edited(rest.size() + taken.block.size());
-    edited.append(std::span(rest).first(static_cast<std::size_t>(index)));
-    edited.appendJump(taken.start - place);
-    edited.append(taken.block);
-    edited.appendJump(place - taken.end);
-    edited.append(std::span(rest).subspan(static_cast<std::size_t>(index)));
-    return std::move(edited).all();
+    const bool isFirst = to == 0;
+    if (!rest.empty()) rest.front().setIsColorChange(isFirst);
+    taken.block.front().setIsColorChange(!isFirst);
+    edited.append(rest.begin(), target);
+    edited.append(jumpAlong(taken.start - place));
+    edited.append(taken.block.begin(), taken.block.end());
+    edited.append(jumpAlong(place - taken.end));
+    edited.append(target, rest.end());
 }
 
 void moveThread(Threads& threads, std::int32_t from, std::int32_t to) {
     const auto first = threads.begin() + std::min(from, to);
     const auto end = threads.begin() + std::max(from, to) + 1;
     std::rotate(first, from < to ? first + 1 : end - 1, end);
+}
+
+bool replaceBy(const Stitches& stitches, VLMDesign& design, VLMError* error) {
+    return replaceStitches(
+        design, [&](auto& edited) { edited.append(stitches.begin(), stitches.end()); }, error);
 }
 
 }  // namespace
@@ -185,10 +186,10 @@ std::int32_t insertJumpatIndex(VLMDesign& design, VLMPoint vector, std::int32_t 
     static_cast<void>(operation(nullptr, [&] {
         if (!isThere) return true;
         auto& stitches = design.stitches().all();
-        EditedStitches around(3);
-        if (index > 0) around.append(stitches[static_cast<std::size_t>(index) - 1]);
-        around.appendJumpBefore(stitches[static_cast<std::size_t>(index)], vector);
-        const auto inserted = std::span(around.all()).subspan(index > 0 ? 1 : 0);
+        const auto position = static_cast<std::size_t>(index);
+        const VLMStitch next = stitches[position];
+        Stitches inserted{jumpAlong(vector)};
+        if (needsTie(index > 0 && stitches[position - 1].isJumpStitch(), next)) inserted.push_back(tieBefore(next));
         stitches.insert(stitches.begin() + index, inserted.begin(), inserted.end());
         newIndex += static_cast<std::int32_t>(inserted.size());
         return true;
@@ -200,7 +201,7 @@ bool deleteSelection(VLMDesign& design, VLMError* error) noexcept {
     return operation(error, [&] {
         Blocks kept = withoutEmptyInnerBlocks(withoutSelected(design), design.threads());
         removeEmptyFirstBlock(kept);
-        if (!finishEdit(design, kept.stitches, error)) return false;
+        if (!replaceBy(kept.stitches, design, error)) return false;
         if (design.stitches().empty()) {
             kept.threads.clear();
             setBoundsOfNothing(design);
@@ -215,7 +216,7 @@ bool switchSelectionToJumpserror(VLMDesign& design, bool toJumps, VLMError* erro
         Stitches stitches = std::as_const(design).stitches().all();
         for (VLMStitch& stitch : stitches)
             if (stitch.isSelected()) stitch.setIsJumpStitch(toJumps);
-        return finishEdit(design, stitches, error);
+        return replaceBy(stitches, design, error);
     });
 }
 
@@ -232,7 +233,7 @@ bool insertThreadBeforeSelection(VLMDesign& design, VLMError* error) noexcept {
             first->setIsColorChange(true);
             threads.insert(threads.begin() + block, VLMThread(threads[static_cast<std::size_t>(block)]));
         }
-        if (!finishEdit(design, stitches, error)) return false;
+        if (!replaceBy(stitches, design, error)) return false;
         design.threads().all().swap(threads);
         return true;
     });
@@ -245,7 +246,7 @@ bool deleteThreadAtIndexerror(VLMDesign& design, std::int32_t index, VLMError* e
         const auto first = firstInBlock(stitches.begin(), stitches.end(), index);
         const bool isFound = first != stitches.end();
         if (isFound) first->setIsColorChange(false);
-        if (!finishEdit(design, stitches, error)) return false;
+        if (!replaceBy(stitches, design, error)) return false;
         auto& threads = design.threads().all();
         if (isFound) threads.erase(threads.begin() + index);
         return true;
@@ -257,7 +258,9 @@ bool moveThreadFromIndextoIndexerror(VLMDesign& design, std::int32_t from, std::
         if (!isThread(design, from) || !isThread(design, to) || from == to) return true;
         TakenBlock taken = takeBlock(std::as_const(design).stitches().all(), from);
         if (taken.block.empty()) return true;
-        if (!finishEdit(design, putBlock(std::move(taken), to), error)) return false;
+        if (!replaceStitches(
+                design, [&](auto& edited) { appendMoved(edited, taken, to); }, error))
+            return false;
         moveThread(design.threads().all(), from, to);
         return true;
     });

@@ -5,7 +5,6 @@
 
 #include "editing/edit_error.h"
 #include "editing/edited_stitches.h"
-#include "editing/replace_stitches.h"
 #include "editing/selection.h"
 
 namespace velamo {
@@ -21,10 +20,8 @@ VLMPoint middleOfSelection(const VLMDesign& design) noexcept {
 
 /// Carries each selected stitch by `transform`, and back to its place what follows by `inverse`. Places stay in
 /// doubles; only moves are rounded.
-template <class Transform, class Inverse>
-bool transformSelection(VLMDesign& design, Transform transform, Inverse inverse, VLMError* error) {
-    const auto& stitches = std::as_const(design).stitches();
-    EditedStitches edited(stitches.size());
+template <class Edited, class Transform, class Inverse>
+void appendTransformed(Edited& edited, const VLMStitchList& stitches, Transform transform, Inverse inverse) {
     VLMPoint place;   // before the stitch, in the old design
     VLMPoint needle;  // where it stands in the new one
     bool isBehindSelected = false;
@@ -50,7 +47,24 @@ bool transformSelection(VLMDesign& design, Transform transform, Inverse inverse,
         isBehindSelected = stitch.isSelected();
         place = end;
     }
-    return finishEdit(design, edited.all(), error);
+}
+
+template <class Transform, class Inverse>
+bool transformSelection(VLMDesign& design, Transform transform, Inverse inverse, VLMError* error) {
+    return replaceStitches(
+        design, [&](auto& edited) { appendTransformed(edited, std::as_const(design).stitches(), transform, inverse); },
+        error);
+}
+
+template <class Edited>
+void appendMoved(Edited& edited, const VLMStitchList& stitches, VLMPoint vector) {
+    bool isBehindSelected = false;
+    for (const VLMStitch& stitch : stitches) {
+        if (stitch.isSelected() && !isBehindSelected) edited.appendJumpBefore(stitch, vector);
+        if (!stitch.isSelected() && isBehindSelected) edited.appendJumpBefore(stitch, {-vector.x, -vector.y});
+        edited.append(stitch);
+        isBehindSelected = stitch.isSelected();
+    }
 }
 
 /// A turn about a point; its sine and cosine are kept in single precision.
@@ -71,13 +85,15 @@ private:
     VLMPoint middle_;
 };
 
-/// One round of centring. The design is seen as it stands when nothing is left to do.
 bool moveDesign(VLMDesign& design, VLMPoint vector, VLMError* error) {
     const auto& stitches = std::as_const(design).stitches();
-    EditedStitches edited(stitches.size());
-    if (!stitches.empty()) edited.appendJumpBefore(stitches[0], vector);
-    edited.append(stitches.all());
-    return finishEdit(design, edited.all(), error);
+    return replaceStitches(
+        design,
+        [&](auto& edited) {
+            if (!stitches.empty()) edited.appendJumpBefore(stitches[0], vector);
+            edited.append(stitches.begin(), stitches.end());
+        },
+        error);
 }
 
 }  // namespace
@@ -96,15 +112,8 @@ bool centerDesign(VLMDesign& design, VLMError* error) noexcept {
 bool moveSelectionByVectorerror(VLMDesign& design, VLMPoint vector, VLMError* error) noexcept {
     return operation(error, [&] {
         const auto& stitches = std::as_const(design).stitches();
-        EditedStitches edited(stitches.size());
-        bool isBehindSelected = false;
-        for (const VLMStitch& stitch : stitches) {
-            if (stitch.isSelected() && !isBehindSelected) edited.appendJumpBefore(stitch, vector);
-            if (!stitch.isSelected() && isBehindSelected) edited.appendJumpBefore(stitch, {-vector.x, -vector.y});
-            edited.append(stitch);
-            isBehindSelected = stitch.isSelected();
-        }
-        return finishEdit(design, edited.all(), error);
+        return replaceStitches(
+            design, [&](auto& edited) { appendMoved(edited, stitches, vector); }, error);
     });
 }
 
