@@ -58,10 +58,11 @@ bool writeFully(int descriptor, std::span<const std::uint8_t> bytes) noexcept {
     return true;
 }
 
-/// A new file of a name that no other file in the folder has, with the permissions of the user's mask.
+constexpr mode_t newFile = 0666;  // what the user's mask leaves of it
+
+/// A new file of a name that no other file in the folder has.
 int createBeside(const std::filesystem::path& target, std::string& name) {
     constexpr int mostAttempts = 100;
-    constexpr mode_t newFile = 0666;
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         const auto unique = std::to_string(::getpid()) + "-" + std::to_string(std::random_device{}());
         name = (target.parent_path() / (".velamo-" + unique)).native();
@@ -71,7 +72,17 @@ int createBeside(const std::filesystem::path& target, std::string& name) {
     return -1;
 }
 
-/// A temporary file beside the target, removed again unless it was put in the target's place.
+/// Writes the bytes to the disk, with the permissions of the file that is to be replaced, if there is one.
+bool fill(int descriptor, std::span<const std::uint8_t> bytes, const std::filesystem::path& target) noexcept {
+    constexpr mode_t allPermissions = 07777;
+    struct stat status = {};
+    const bool isThere = ::stat(target.c_str(), &status) == 0;
+    return (!isThere || ::fchmod(descriptor, status.st_mode & allPermissions) == 0) && writeFully(descriptor, bytes) &&
+           ::fsync(descriptor) == 0;
+}
+
+/// A temporary file beside the target, removed again unless it was put in the target's place. A process that is killed
+/// leaves it behind.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::filesystem::path& target) : descriptor_(createBeside(target, name_)) {}
@@ -81,19 +92,8 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    [[nodiscard]] bool exists() const noexcept { return exists_; }
-
-    [[nodiscard]] bool fill(std::span<const std::uint8_t> bytes) noexcept {
-        return writeFully(descriptor_.number(), bytes) && ::fsync(descriptor_.number()) == 0 && descriptor_.close();
-    }
-    /// Gives it the permissions of the file that it is to replace, if there is one.
-    [[nodiscard]] bool takePermissionsOf(const std::filesystem::path& target) noexcept {
-        constexpr mode_t allPermissions = 07777;
-        struct stat status = {};
-        if (::stat(target.c_str(), &status) != 0) return true;
-        return ::fchmod(descriptor_.number(), status.st_mode & allPermissions) == 0;
-    }
-    [[nodiscard]] bool moveTo(const std::filesystem::path& target) noexcept {
+    [[nodiscard]] bool replace(const std::filesystem::path& target, std::span<const std::uint8_t> bytes) noexcept {
+        if (!exists_ || !fill(descriptor_.number(), bytes, target) || !descriptor_.close()) return false;
         if (::rename(name_.c_str(), target.c_str()) != 0) return false;
         exists_ = false;
         return true;
@@ -103,6 +103,57 @@ private:
     std::string name_;
     Descriptor descriptor_;
     bool exists_ = descriptor_.isOpen();
+};
+
+/// A file in the target's folder that has no name until it is whole, so that nothing is left of it when the process is
+/// killed. Not every file system has such files.
+class NamelessFile {
+public:
+    explicit NamelessFile(const std::filesystem::path& target)
+        : descriptor_(openIn(target.parent_path())), self_("/proc/self/fd/" + std::to_string(descriptor_.number())) {}
+
+    [[nodiscard]] bool isOpen() const noexcept { return descriptor_.isOpen() && ::access(self_.c_str(), F_OK) == 0; }
+    [[nodiscard]] bool fillFor(const std::filesystem::path& target, std::span<const std::uint8_t> bytes) noexcept {
+        return fill(descriptor_.number(), bytes, target);
+    }
+
+    /// Gives the file the target's name. One that is there already can only be replaced by renaming, so the file needs
+    /// another name for a moment. It is the same each time: what a process leaves that is killed in this very moment,
+    /// the next one takes away. Another process may do that to this one's too, or rename it; then it tries again.
+    [[nodiscard]] bool moveTo(const std::filesystem::path& target) {
+        constexpr int mostAttempts = 1000;
+        if (linkTo(target)) return true;
+        const auto name = target.parent_path() / ("." + target.filename().native() + ".velamo");
+        for (int attempt = 0; attempt < mostAttempts && errno == EEXIST; ++attempt) {
+            if (linkTo(name)) {
+                if (rename(name, target)) return true;
+                if (errno == ENOENT) errno = EEXIST;
+            } else if (errno == EEXIST) {
+                ::unlink(name.c_str());
+                errno = EEXIST;
+            }
+        }
+        return false;
+    }
+
+private:
+    static int openIn(const std::filesystem::path& folder) noexcept {
+        return ::open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, newFile);
+    }
+    bool linkTo(const std::filesystem::path& name) noexcept {
+        return ::linkat(AT_FDCWD, self_.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    }
+    /// Takes the old name away in any case: of two names of the same file, renaming leaves both.
+    static bool rename(const std::filesystem::path& name, const std::filesystem::path& target) noexcept {
+        const bool isRenamed = ::rename(name.c_str(), target.c_str()) == 0;
+        const int failure = errno;
+        ::unlink(name.c_str());
+        errno = failure;
+        return isRenamed;
+    }
+
+    Descriptor descriptor_;
+    std::string self_;
 };
 
 /// The file that a path leads to, with its last links followed: a link is left in place and what it names is replaced.
@@ -119,6 +170,17 @@ std::filesystem::path withoutLinks(std::filesystem::path path, std::error_code& 
     }
     error.clear();  // that the target is not there yet is no failure
     return path;
+}
+
+std::error_code putInPlace(const std::filesystem::path& target, std::span<const std::uint8_t> bytes) {
+    NamelessFile nameless(target);
+    if (nameless.isOpen()) {
+        if (!nameless.fillFor(target, bytes)) return lastError();
+        if (nameless.moveTo(target)) return {};
+    }
+    // Where that does not work, an ordinary file does, or it fails with the reason that counts.
+    TemporaryFile temporary(target);
+    return temporary.replace(target, bytes) ? std::error_code() : lastError();
 }
 
 /// Makes the renaming itself durable. A folder that cannot be opened or flushed leaves that to the file system.
@@ -144,10 +206,7 @@ std::error_code replaceFile(const std::filesystem::path& path, std::span<const s
     const auto target = withoutLinks(path, error);
     if (error) return error;
     if (std::filesystem::is_directory(target, error)) return std::make_error_code(std::errc::is_a_directory);
-    TemporaryFile temporary(target);
-    if (!temporary.exists() || !temporary.takePermissionsOf(target) || !temporary.fill(bytes) ||
-        !temporary.moveTo(target))
-        return lastError();
+    if (const auto failure = putInPlace(target, bytes)) return failure;
     flushFolder(target.parent_path());
     return {};
 }

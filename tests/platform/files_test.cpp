@@ -1,16 +1,21 @@
 #include "platform/files.h"
 
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
+#include <random>
+#include <thread>
 #include <vector>
 
 #include "tests/support/bytes.h"
+#include "tests/support/other_user.h"
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {
@@ -107,6 +112,148 @@ TEST(ReplacingFiles, LeavesTheOldFileWhenTheNewOneDoesNotFit) {
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     EXPECT_EQ(TemporaryFolder::read(file), "old");
     EXPECT_EQ(entriesIn(folder.path()), 1U);
+}
+
+/// Runs the body in a child process, and gives how that ended.
+template <class Body>
+int statusOfChild(const Body& body) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        body();
+        ::_exit(0);
+    }
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    return status;
+}
+
+TEST(ReplacingFiles, LeavesNothingOfAWriteThatIsKilled) {
+    for (const bool isThere : {true, false}) {
+        const TemporaryFolder folder;
+        const auto file = folder.path() / "file";
+        if (isThere) folder.write("file", "old");
+        const int status = statusOfChild([&] {
+            const rlimit noCore{0, 0};
+            ::setrlimit(RLIMIT_CORE, &noCore);
+            const rlimit limit{100000, 100000};
+            ::setrlimit(RLIMIT_FSIZE, &limit);  // the write that goes beyond ends the process
+            static_cast<void>(replaceFile(file, std::vector<std::uint8_t>(500000)));
+        });
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ);
+        EXPECT_EQ(TemporaryFolder::read(file), isThere ? "old" : "");
+        EXPECT_EQ(entriesIn(folder.path()), isThere ? 1U : 0U);
+    }
+}
+
+TEST(ReplacingFiles, AreWholeWheneverTheProcessIsKilled) {
+    const TemporaryFolder folder;
+    const auto file = folder.path() / "file";
+    constexpr std::size_t size = 300000;
+    const std::vector<std::uint8_t> even(size, 'e');
+    const std::vector<std::uint8_t> odd(size + 1, 'o');
+    ASSERT_FALSE(replaceFile(file, even));
+    std::mt19937 random(3);
+    for (int round = 0; round < 60; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0)
+            for (bool isOdd = true;; isOdd = !isOdd) static_cast<void>(replaceFile(file, isOdd ? odd : even));
+        ::usleep(static_cast<useconds_t>(random() % 8000));
+        ::kill(child, SIGKILL);
+        ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+        const std::string found = TemporaryFolder::read(file);
+        EXPECT_TRUE(found == std::string(size, 'e') || found == std::string(size + 1, 'o')) << found.size();
+        // Between two calls of the system it has a second name, and nothing else is ever seen.
+        EXPECT_EQ(entriesIn(folder.path()), std::filesystem::exists(folder.path() / ".file.velamo") ? 2U : 1U);
+    }
+    EXPECT_FALSE(replaceFile(file, even));
+    EXPECT_EQ(entriesIn(folder.path()), 1U);
+}
+
+TEST(ReplacingFiles, TakesAwayWhatAKilledProcessLeft) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "old");
+    folder.write(".file.velamo", "left");
+    EXPECT_FALSE(replaceFile(file, bytes("new")));
+    EXPECT_EQ(TemporaryFolder::read(file), "new");
+    EXPECT_EQ(entriesIn(folder.path()), 1U);
+}
+
+TEST(ReplacingFiles, WorksWhereItsOtherNameIsTaken) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "old");
+    std::filesystem::create_directory(folder.path() / ".file.velamo");
+    EXPECT_FALSE(replaceFile(file, bytes("new")));
+    EXPECT_EQ(TemporaryFolder::read(file), "new");
+    EXPECT_EQ(entriesIn(folder.path()), 2U);
+}
+
+TEST(ReplacingFiles, WorksWithTheLongestNames) {
+    const TemporaryFolder folder;
+    const auto file = folder.path() / std::string(255, 'n');
+    for (const char* text : {"old", "new"}) {
+        EXPECT_FALSE(replaceFile(file, bytes(text)));
+        EXPECT_EQ(TemporaryFolder::read(file), text);
+        EXPECT_EQ(entriesIn(folder.path()), 1U);
+    }
+    EXPECT_EQ(replaceFile(folder.path() / std::string(256, 'n'), bytes("new")), std::errc::filename_too_long);
+}
+
+TEST(ReplacingFiles, GoesByThePathAsItIsGiven) {
+    const TemporaryFolder folder;
+    const auto former = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    const auto first = replaceFile("file", bytes("old"));
+    const auto second = replaceFile("file", bytes("new"));
+    std::filesystem::current_path(former);
+    EXPECT_FALSE(first || second);
+    EXPECT_EQ(TemporaryFolder::read(folder.path() / "file"), "new");
+}
+
+TEST(ReplacingFiles, BearsOthersAtTheSameFile) {
+    const TemporaryFolder folder;
+    const auto file = folder.path() / "file";
+    std::vector<std::thread> writers;
+    std::atomic<int> failures = 0;
+    for (int writer = 0; writer < 4; ++writer)
+        writers.emplace_back([&, writer] {
+            const std::vector<std::uint8_t> mine(5000, static_cast<std::uint8_t>('a' + writer));
+            for (int i = 0; i < 25; ++i) failures += replaceFile(file, mine) ? 1 : 0;
+        });
+    for (std::thread& writer : writers) writer.join();
+    EXPECT_EQ(failures, 0);
+    const std::string found = TemporaryFolder::read(file);
+    EXPECT_EQ(found, std::string(5000, found.at(0)));
+    EXPECT_EQ(entriesIn(folder.path()), 1U);
+}
+
+TEST(ReplacingFiles, NeedsAFolderThatMayBeWritten) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("deep/file", "old");
+    std::filesystem::permissions(file.parent_path(), std::filesystem::perms(0555));
+    EXPECT_TRUE(test::inBoundProcess(folder.path(), [&] {
+        return replaceFile(file, bytes("new")) == std::errc::permission_denied &&
+               replaceFile(file.parent_path() / "other", bytes("new")) == std::errc::permission_denied;
+    }));
+    EXPECT_EQ(TemporaryFolder::read(file), "old");
+    EXPECT_EQ(entriesIn(file.parent_path()), 1U);
+    std::filesystem::permissions(file.parent_path(), std::filesystem::perms(0755));
+}
+
+TEST(ReplacingFiles, LeavesTheOldFileOnAFullDisk) {
+    const TemporaryFolder folder;
+    if (::mount("velamo", folder.path().c_str(), "tmpfs", 0, "size=64k") != 0) GTEST_SKIP() << "not the superuser";
+    const auto file = folder.write("file", "old");
+    const auto toFile = replaceFile(file, std::vector<std::uint8_t>(200000));
+    const auto toNew = replaceFile(folder.path() / "new", std::vector<std::uint8_t>(200000));
+    const std::string found = TemporaryFolder::read(file);
+    const std::size_t entries = entriesIn(folder.path());
+    const auto after = replaceFile(file, bytes("new"));
+    ::umount(folder.path().c_str());
+    EXPECT_EQ(toFile, std::errc::no_space_on_device);
+    EXPECT_EQ(toNew, std::errc::no_space_on_device);
+    EXPECT_EQ(found, "old");
+    EXPECT_EQ(entries, 1U);
+    EXPECT_FALSE(after);
 }
 
 }  // namespace
