@@ -62,7 +62,7 @@ OptimizedStitches::OptimizedStitches(std::string_view designType, std::size_t co
              .yMin = std::numeric_limits<float>::max(),
              .xMax = std::numeric_limits<float>::lowest(),
              .yMax = std::numeric_limits<float>::lowest()} {
-    stitches_.reserve(count + count / 4 + blockSize_);
+    stitches_.reserve(count * 2 + blockSize_);
 }
 
 OptimizedStitches::Limits OptimizedStitches::limitsOf(std::string_view designType) noexcept {

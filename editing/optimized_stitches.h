@@ -14,7 +14,7 @@ namespace velamo {
 /// stitches straight in here, so that it needs no list of its own.
 class OptimizedStitches {
 public:
-    /// Makes room for somewhat more than `count` stitches.
+    /// Makes room for twice as many stitches; what is not used of it takes no memory, as it is never touched.
     OptimizedStitches(std::string_view designType, std::size_t count);
     OptimizedStitches(const OptimizedStitches&) = delete;
     OptimizedStitches& operator=(const OptimizedStitches&) = delete;
