@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <numbers>
 
-#include "formats/thread_file.h"
-#include "platform/files.h"
+#include "formats/export.h"
+#include "formats/format.h"
 #include "samples/pen.h"
 
 namespace velamo {
@@ -130,19 +130,28 @@ VLMDesign heart() {
     return pen.takeDesign();
 }
 
-bool save(const VLMDesign& design, const std::filesystem::path& folder, const std::string& name) {
-    const auto file = folder / (name + ".dst");
-    if (const auto failure = replaceFile(file, dstBytes(design, name))) {
-        std::fprintf(stderr, "velamo_make_samples: %s: %s\n", file.c_str(), failure.message().c_str());
-        return false;
-    }
-    return exportThreadsForDesign(design, file);
+/// Writes the design with its thread side file.
+bool save(VLMDesign design, const std::filesystem::path& file) {
+    design.setDesignLocation(file);
+    design.setUseThreadFile(true);
+    VLMError error;
+    if (exportDesignToURLerror(design, file, &error, {.dateText = "20260101000000"})) return true;
+    std::fprintf(stderr, "velamo_make_samples: %s: %s\n", file.c_str(), error.message().c_str());
+    return false;
+}
+
+bool saveInEveryFormat(const VLMDesign& design, const std::filesystem::path& folder, const std::string& name) {
+    bool isSaved = true;
+    for (const Format& format : allFormats())
+        if (format.writer != nullptr)
+            isSaved = save(design.copy(), folder / (name + "." + std::string(format.extension))) && isSaved;
+    return isSaved;
 }
 
 bool saveAll(const std::filesystem::path& folder) {
-    return save(rose(), folder, "rose") && save(spirograph(), folder, "spirograph") &&
-           save(letter(), folder, "letter-f") && save(sunflower(), folder, "sunflower") &&
-           save(heart(), folder, "heart");
+    return save(rose(), folder / "rose.dst") && save(spirograph(), folder / "spirograph.dst") &&
+           save(sunflower(), folder / "sunflower.dst") && save(heart(), folder / "heart.dst") &&
+           saveInEveryFormat(letter(), folder, "letter-f");
 }
 
 }  // namespace

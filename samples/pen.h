@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -35,8 +33,5 @@ private:
     VLMDesign design_;
     VLMPoint position_;  // in tenths of a millimetre
 };
-
-/// The design as the bytes of a DST file.
-[[nodiscard]] std::vector<std::uint8_t> dstBytes(const VLMDesign& design, const std::string& label);
 
 }  // namespace velamo

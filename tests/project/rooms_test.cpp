@@ -37,6 +37,9 @@ TEST_P(FormatRooms, AreAllThere) {
     for (const std::string& file : {"formats/" + room + ".h", "formats/" + room + ".cpp",
                                     "tests/formats/" + room + "_test.cpp", "fuzz/" + room + "_fuzz.cpp"})
         EXPECT_TRUE(fs::exists(sourceFolder / file)) << file;
+    if (GetParam().writer != nullptr) {
+        EXPECT_TRUE(fs::exists(sourceFolder / ("tests/formats/" + room + "_writer_test.cpp")));
+    }
     EXPECT_NE(textOf(sourceFolder / "tests/support/samples.h").find('"' + std::string(GetParam().extension) + '"'),
               std::string::npos)
         << "no sample of " << GetParam().extension;
