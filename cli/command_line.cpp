@@ -14,8 +14,9 @@ void describeProgram(CLI::App& program, Action& chosen) {
     program.description("Velamo reads, searches and shows machine-embroidery designs.");
     program.set_version_flag("--version", "velamo " VELAMO_VERSION);
     program.require_subcommand(1);
-    for (const auto describe : {describeInfo, describeIndex, describeSearch, describeDump, describeEdit, describeRender,
-                                describePalettes, describeHoops, describeFormatLength, describeParseLength})
+    for (const auto describe :
+         {describeInfo, describeIndex, describeSearch, describeDump, describeConvert, describeEdit, describeRender,
+          describePalettes, describeHoops, describeFormatLength, describeParseLength})
         describe(program, chosen);
     program.footer(
         "Exit status: 0 success, 1 failure for some file, 2 wrong usage.\n"

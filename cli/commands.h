@@ -18,6 +18,7 @@ void describeInfo(CLI::App& program, Action& chosen);
 void describeIndex(CLI::App& program, Action& chosen);
 void describeSearch(CLI::App& program, Action& chosen);
 void describeDump(CLI::App& program, Action& chosen);
+void describeConvert(CLI::App& program, Action& chosen);
 void describePalettes(CLI::App& program, Action& chosen);
 void describeHoops(CLI::App& program, Action& chosen);
 void describeEdit(CLI::App& program, Action& chosen);

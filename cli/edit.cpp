@@ -8,6 +8,7 @@
 #include "cli/commands.h"
 #include "cli/design_json.h"
 #include "cli/edit_words.h"
+#include "formats/export.h"
 #include "formats/import.h"
 
 namespace velamo {
@@ -52,7 +53,11 @@ ExitStatus editDesign(const EditRequest& request, const Console& console) {
         reportProblem(console, request.file, error);
         return ExitStatus::failure;
     }
-    const EditOutcome outcome = carryOut(commands, design);
+    EditOutcome outcome = carryOut(commands, design);
+    if (outcome.isDone && request.target && !exportDesignToURLerror(design, *request.target, &error)) {
+        reportProblem(console, *request.target, error);
+        outcome.isDone = false;
+    }
     printOutcome(outcome.results, request.isDumped ? &design : nullptr, console);
     return outcome.isDone ? ExitStatus::success : ExitStatus::failure;
 }
@@ -75,6 +80,7 @@ void describeEdit(CLI::App& program, Action& chosen) {
     command->add_option("IN", request->file, "The design")->required();
     command->add_option("-e", request->commands, "A command; may be given several times")->allow_extra_args(false);
     command->add_option("-f", request->script, "A script: a command a line, lines that start with # are comments");
+    command->add_option("-o", request->target, "Write the design to this file; its extension decides the format");
     command->add_flag("--dump", request->isDumped, "Print the design as well, as 'velamo dump' does");
     command->footer(helpOnWords());
     command->callback(

@@ -13,12 +13,13 @@ struct EditRequest {
     std::string file;
     std::vector<std::string> commands;  // behind those of the script
     std::optional<std::string> script;
+    std::optional<std::string> target;
     bool isDumped = false;
 };
 
 /// Imports the design, carries out the commands in order and prints {"results": [...]} with one result a command, and
-/// with "design", the design as in a dump, where that is asked for. A command that fails ends the run: its result is
-/// {"error": ...}.
+/// with "design", the design as in a dump, where that is asked for; before, the design is exported to the target, if
+/// there is one. A command that fails ends the run: its result is {"error": ...}, and nothing is exported.
 [[nodiscard]] ExitStatus edit(const EditRequest& request, const Console& console);
 
 }  // namespace velamo

@@ -6,16 +6,14 @@
 #include <cmath>
 #include <memory>
 #include <ostream>
-#include <thread>
 
 #include "cli/catalogue_file.h"
 #include "cli/commands.h"
+#include "cli/jobs_option.h"
 #include "cli/progress_bar.h"
 
 namespace velamo {
 namespace {
-
-constexpr std::size_t mostJobs = 1024;
 
 ExitStatus reportNoFolder(const Console& console) {
     reportWrongUsage(console, "no folder has been indexed yet: name one, as in 'velamo index ~/Designs'");
@@ -84,16 +82,14 @@ void describeIndex(CLI::App& program, Action& chosen) {
     struct Options {
         std::vector<std::string> folders;
         std::string catalogue = catalogueOfUser();
-        std::size_t jobs = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, mostJobs);
+        std::size_t jobs = usualJobs();
     };
     auto* command = program.add_subcommand("index", "Bring the catalogue of designs up to date");
     const auto options = std::make_shared<Options>();
     command->add_option("FOLDER", options->folders,
                         "Folders to index with all that lies below them, or single designs; without any, those of "
                         "earlier runs are brought up to date");
-    command->add_option("--jobs", options->jobs, "How many files to read at a time")
-        ->check(CLI::Range(std::size_t{1}, mostJobs))
-        ->capture_default_str();
+    addJobsOption(*command, options->jobs, "How many files to read at a time");
     command->add_option("--catalogue", options->catalogue, "The catalogue's file")->capture_default_str();
     command->callback([&chosen, options] {
         chosen = [options](const Console& console) {

@@ -7,19 +7,14 @@
 namespace velamo {
 namespace {
 
-using test::bytes;
 using test::call;
 using test::TemporaryFolder;
 using testing::HasSubstr;
 
-/// A design with places from (-121, -121) to (121, 121): 24.2 mm wide and high, its middle at the origin.
-const test::Bytes squareDst =
-    test::dstFile(bytes(0xA5, 0xA5, 0x27, 0x5A, 0x5A, 0x1B, 0x5A, 0x5A, 0x1B, 0xA5, 0xA5, 0x27));
-
 class Edit : public testing::Test {
 protected:
     test::Outcome edited(const std::vector<std::string>& commands, const std::vector<std::string>& more = {}) {
-        std::vector<std::string> arguments{"edit", folder_.write("square.dst", squareDst)};
+        std::vector<std::string> arguments{"edit", folder_.write("square.dst", test::diagonalDst)};
         for (const auto& command : commands) {
             arguments.emplace_back("-e");
             arguments.push_back(command);
@@ -77,7 +72,7 @@ class EditResults : public testing::TestWithParam<ResultRow> {};
 /// A diagonal, sewn from the middle to (121, 121), through the middle to (-121, -121) and back to the middle.
 TEST_P(EditResults, AreThoseOfTheRow) {
     const TemporaryFolder folder;
-    std::vector<std::string> arguments{"edit", folder.write("square.dst", squareDst)};
+    std::vector<std::string> arguments{"edit", folder.write("square.dst", test::diagonalDst)};
     for (const auto& command : GetParam().commands) {
         arguments.emplace_back("-e");
         arguments.push_back(command);
@@ -198,7 +193,7 @@ class WrongCommands : public testing::TestWithParam<WrongRow> {};
 TEST_P(WrongCommands, AreWrongUsage) {
     const TemporaryFolder folder;
     const auto outcome =
-        call({"edit", folder.write("square.dst", squareDst), "-e", "hoop Janome 28", "-e", GetParam().command});
+        call({"edit", folder.write("square.dst", test::diagonalDst), "-e", "hoop Janome 28", "-e", GetParam().command});
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.problems, HasSubstr("-e '" + GetParam().command + "': " + GetParam().problem));

@@ -33,4 +33,7 @@ inline Outcome call(const std::vector<std::string>& arguments, bool isTerminal =
 /// A stitch of (1, 1), a jump of (10, 0), a colour change on the spot and a stitch of (-1, 81).
 inline const Bytes smallDst = dstFile(bytes(0x81, 0x00, 0x03, 0x05, 0x00, 0x83, 0x00, 0x00, 0xC3, 0x02, 0x00, 0x23));
 
+/// Places from (-121, -121) to (121, 121): 24.2 mm wide and high, its middle at the origin.
+inline const Bytes diagonalDst = dstFile(bytes(0xA5, 0xA5, 0x27, 0x5A, 0x5A, 0x1B, 0x5A, 0x5A, 0x1B, 0xA5, 0xA5, 0x27));
+
 }  // namespace velamo::test

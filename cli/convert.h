@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+
+#include "cli/console.h"
+#include "formats/saving.h"
+
+namespace velamo {
+
+struct ConvertRequest {
+    std::filesystem::path source;
+    std::filesystem::path target;
+    ExportOptions options;
+    bool isDumped = false;
+};
+
+/// Imports the design and exports it to the target, whose extension decides the format. Where it is dumped, prints the
+/// design as it is in memory afterwards, whether that went well or not.
+[[nodiscard]] ExitStatus convert(const ConvertRequest& request, const Console& console);
+
+struct ConvertAllRequest {
+    std::filesystem::path folder;
+    std::string extension;  // of a format that can be written
+    std::filesystem::path outFolder;
+    ExportOptions options;
+    std::size_t jobs = 1;
+};
+
+/// Converts every design in the folder and below it, several at a time, into the same places below `outFolder`. Designs
+/// of one name, such as rose.dst and rose.exp, keep their extension in the new one: rose.dst.pes. A failure stops none
+/// of the others; all are listed at the end. The folder stays as it is, side files included: no design is put in the
+/// place of its own source.
+[[nodiscard]] ExitStatus convertAll(const ConvertAllRequest& request, const Console& console);
+
+}  // namespace velamo

@@ -1,0 +1,221 @@
+#include "cli/convert.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "formats/format.h"
+#include "platform/files.h"
+#include "tests/cli/support.h"
+
+namespace velamo {
+namespace {
+
+using test::Bytes;
+using test::bytes;
+using test::call;
+using test::TemporaryFolder;
+using testing::HasSubstr;
+
+namespace fs = std::filesystem;
+
+std::string fileText(const fs::path& file) {
+    const auto content = readWholeFile(file);
+    return {content.begin(), content.end()};
+}
+
+std::vector<std::string> namesIn(const fs::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        if (entry.is_regular_file()) names.push_back(entry.path().lexically_relative(folder).native());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+class Convert : public testing::Test {
+protected:
+    TemporaryFolder folder_;
+    fs::path source_ = folder_.write("rose.dst", test::diagonalDst);
+    std::string at(const std::string& name) { return (folder_.path() / name).native(); }
+};
+
+TEST_F(Convert, WritesEveryFormatThatThereIsAWriterFor) {
+    for (const Format& format : allFormats()) {
+        const std::string target = at("out." + std::string(format.extension));
+        const auto outcome = call({"convert", source_.native(), target});
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.status, format.writer == nullptr ? 1 : 0) << outcome.problems;
+        EXPECT_EQ(fs::exists(target), format.writer != nullptr) << target;
+        if (format.writer == nullptr) {
+            EXPECT_THAT(outcome.problems, HasSubstr(target + ": Unsupported file format (UTI) for export. (error 50)"));
+        }
+    }
+}
+
+TEST_F(Convert, DumpsTheDesignAsItIsAfterwards) {
+    const auto outcome = call({"convert", source_.native(), at("leaf.exp"), "--dump"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.json()["ok"], true);
+    EXPECT_EQ(outcome.json()["designName"], "leaf.exp");
+    EXPECT_EQ(outcome.json()["designType"], "EXP");
+}
+
+TEST_F(Convert, DumpsWhatFailedToo) {
+    const auto outcome = call({"convert", source_.native(), at("leaf.txt"), "--dump"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.json()["ok"], false);
+    EXPECT_EQ(outcome.json()["error"]["code"], 50);
+    EXPECT_EQ(outcome.json()["designName"], "leaf.txt");
+    EXPECT_EQ(outcome.json()["designType"], "DST");
+}
+
+TEST_F(Convert, NamesTheFileThatIsToBlame) {
+    EXPECT_THAT(call({"convert", "/nowhere/rose.dst", at("leaf.exp")}).problems,
+                HasSubstr("velamo: /nowhere/rose.dst: Unable to import DST file (missing header). (error 123)"));
+    EXPECT_THAT(call({"convert", source_.native(), "/nowhere/leaf.exp"}).problems,
+                HasSubstr("velamo: /nowhere/leaf.exp: "));
+    EXPECT_FALSE(fs::exists(at("leaf.exp")));
+}
+
+TEST_F(Convert, FixesTheDateOfAJefFile) {
+    EXPECT_EQ(call({"convert", source_.native(), at("leaf.jef"), "--date", "20261121084228"}).status, 0);
+    EXPECT_EQ(fileText(at("leaf.jef")).substr(8, 14), "20261121084228");
+}
+
+struct Usage {
+    const char* name;
+    std::vector<std::string> arguments;
+    const char* problem;
+};
+class WrongConversions : public testing::TestWithParam<Usage> {};
+TEST_P(WrongConversions, AreWrongUsage) {
+    std::vector<std::string> arguments{"convert"};
+    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    const auto outcome = call(arguments);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.problems, HasSubstr(GetParam().problem));
+}
+INSTANTIATE_TEST_SUITE_P(
+    Rows, WrongConversions,
+    testing::Values(
+        Usage{"Nothing", {}, "convert: needs IN and OUT, or --all"}, Usage{"NoTarget", {"rose.dst"}, "OUT is required"},
+        Usage{"AllWithoutFormat", {"--all", "here", "--out", "there"}, "--all: needs --to and --out"},
+        Usage{"AllWithoutPlace", {"--all", "here", "--to", "pes"}, "--all: needs --to and --out"},
+        Usage{"AllAndOne", {"--all", "here", "a.dst", "a.pes"}, "--all: takes the place of IN and OUT"},
+        Usage{"FormatWithoutAll", {"a.dst", "a.pes", "--to", "pes"}, "--to, --out: go with --all"},
+        Usage{"AllDumped",
+              {"--all", "here", "--to", "pes", "--out", "there", "--dump"},
+              "--dump: is for a single design"},
+        Usage{"FormatThatIsOnlyRead",
+              {"--all", "here", "--to", "vp3", "--out", "there"},
+              "'vp3' is none of jef, pes, pec, exp, dst, pcs"},
+        Usage{"ShortDate", {"a.dst", "a.jef", "--date", "2026"}, "'2026' is no date of 14 digits"},
+        Usage{"DateOfOtherDigits", {"a.dst", "a.jef", "--date", "2026112108422x"}, "is no date of 14 digits"}),
+    [](const auto& row) { return row.param.name; });
+
+class ConvertAll : public Convert {
+protected:
+    test::Outcome toExp(const std::vector<std::string>& more = {}, bool isTerminal = false) {
+        std::vector<std::string> arguments{"convert", "--all", folder_.path().native(), "--to", "exp", "--out", out_};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return call(arguments, isTerminal);
+    }
+    TemporaryFolder outFolder_;
+    std::string out_ = (outFolder_.path() / "new").native();
+};
+
+TEST_F(ConvertAll, KeepsThePlacesBelowTheFolder) {
+    fs::create_directories(folder_.path() / "garden" / "bed");
+    folder_.write("garden/bed/leaf.DST", test::diagonalDst);
+    folder_.write("garden/note.txt", bytes(1, 2, 3));
+    const auto outcome = toExp();
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.problems, "");
+    EXPECT_EQ(outcome.out, "2 designs converted, 0 failed\n");
+    EXPECT_EQ(namesIn(out_), (std::vector<std::string>{"garden/bed/leaf.exp", "rose.exp"}));
+}
+
+TEST_F(ConvertAll, KeepsNamesakesApart) {
+    folder_.write("rose.exp", bytes(5, 5, 1, 1));
+    folder_.write("leaf.exp", bytes(5, 5, 1, 1));
+    folder_.write("rose.dst.exp", bytes(5, 5, 1, 1));
+    EXPECT_EQ(toExp().out, "4 designs converted, 0 failed\n");
+    EXPECT_EQ(namesIn(out_),
+              (std::vector<std::string>{"leaf.exp", "rose.dst.exp", "rose.dst.exp-2.exp", "rose.exp.exp"}));
+}
+
+TEST_F(ConvertAll, GoesOnPastFailuresAndListsThemAtTheEnd) {
+    folder_.write("broken.dst", bytes(1, 2, 3));
+    folder_.write("a.exp", bytes(1, 2, 3));
+    const auto outcome = toExp({"--jobs", "3"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "1 design converted, 2 failed\n");
+    EXPECT_EQ(outcome.problems,
+              "velamo: " + at("a.exp") + ": Unable to read EXP: file contains uneven number of bytes. (error 100)\n" +
+                  "velamo: " + at("broken.dst") + ": Unable to import DST file (missing header). (error 123)\n");
+    EXPECT_EQ(namesIn(out_), (std::vector<std::string>{"rose.exp"}));
+}
+
+TEST_F(ConvertAll, LeavesSideFilesAlone) {
+    const auto sideFile = folder_.write("rose.threads", bytes(1, 2, 3));
+    EXPECT_EQ(toExp().status, 0);
+    EXPECT_TRUE(fs::exists(sideFile));
+    EXPECT_EQ(call({"convert", source_.native(), at("leaf.exp")}).status, 0);
+    EXPECT_FALSE(fs::exists(sideFile));
+}
+
+TEST_F(ConvertAll, PutsNoDesignInThePlaceOfItsSource) {
+    const auto outcome =
+        call({"convert", "--all", folder_.path().native(), "--to", "dst", "--out", folder_.path().native()});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.problems, HasSubstr("rose.dst: File exists (error 17)"));
+    EXPECT_EQ(fileText(source_), std::string(test::diagonalDst.begin(), test::diagonalDst.end()));
+}
+
+TEST_F(ConvertAll, SaysWhatItCannotLookAt) {
+    const auto outcome = call({"convert", "--all", "/nowhere", "--to", "exp", "--out", out_});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "0 designs converted, 0 failed\n");
+    EXPECT_THAT(outcome.problems, HasSubstr("velamo: /nowhere: "));
+}
+
+TEST_F(ConvertAll, ManyAtATimeGivesTheSameFiles) {
+    for (int i = 0; i < 40; ++i) folder_.write("leaf" + std::to_string(i) + ".dst", test::diagonalDst);
+    EXPECT_EQ(toExp({"--jobs", "8"}).out, "41 designs converted, 0 failed\n");
+    const auto expected = fileText(fs::path(out_) / "rose.exp");
+    for (const auto& name : namesIn(out_)) EXPECT_EQ(fileText(fs::path(out_) / name), expected) << name;
+}
+
+TEST(EditOutput, IsExportedBeforeItIsDumped) {
+    const TemporaryFolder folder;
+    const auto source = folder.write("rose.dst", test::diagonalDst);
+    const std::string target = (folder.path() / "leaf.exp").native();
+    const auto outcome = call({"edit", source.native(), "-e", "select-all", "-e", "resize 2", "-o", target, "--dump"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.json()["design"]["designType"], "EXP");
+    EXPECT_TRUE(fs::exists(target));
+}
+
+TEST(EditOutput, IsNotWrittenWhereACommandFails) {
+    const TemporaryFolder folder;
+    const auto source = folder.write("rose.dst", test::diagonalDst);
+    const std::string target = (folder.path() / "leaf.exp").native();
+    EXPECT_EQ(call({"edit", source.native(), "-e", "flip v", "-o", target}).status, 1);
+    EXPECT_EQ(call({"edit", source.native(), "-e", "twirl", "-o", target}).status, 2);
+    EXPECT_EQ(call({"edit", source.native(), "-e", "show-thread 9 on", "-o", target}).status, 2);
+    EXPECT_FALSE(fs::exists(target));
+}
+
+TEST(EditOutput, SaysWhyItFailed) {
+    const TemporaryFolder folder;
+    const auto source = folder.write("rose.dst", test::diagonalDst);
+    const auto outcome = call({"edit", source.native(), "-e", "center", "-o", "leaf.txt"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.json()["results"].dump(), "[true]");
+    EXPECT_EQ(outcome.problems, "velamo: leaf.txt: Unsupported file format (UTI) for export. (error 50)\n");
+}
+
+}  // namespace
+}  // namespace velamo
