@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "model/error.h"
+#include "platform/terminal.h"
 
 namespace velamo {
 
@@ -19,6 +20,9 @@ struct Console {
     std::ostream& problems;
     bool outIsTerminal = false;
     bool problemsIsTerminal = false;
+    /// What a picture on `out` is made of, and the room for it.
+    TerminalPictures pictures = TerminalPictures::blocksOfAllColors;
+    TerminalSize size{};
 
     /// The text as it may be written to `out`: on a terminal, nothing in it is obeyed.
     [[nodiscard]] std::string shown(std::string_view text) const;

@@ -6,7 +6,9 @@
 
 #include "cli/commands.h"
 #include "cli/design_json.h"
+#include "cli/terminal_picture.h"
 #include "formats/import.h"
+#include "render/design_picture.h"
 
 namespace velamo {
 namespace {
@@ -40,13 +42,21 @@ ExitStatus readEach(std::span<const std::string> files, const Console& console, 
     return status;
 }
 
+void printPicture(const VLMDesign& design, const Console& console) {
+    const int pixels = pixelsOnTerminal(console.pictures, console.size);
+    const auto bitmap = bitmapOf(design, scaleForLongerSide(design, pixels), {});
+    if (bitmap) console.out << terminalPicture(*bitmap, console.pictures);
+}
+
 }  // namespace
 
-ExitStatus info(std::span<const std::string> files, const Console& console) {
+ExitStatus info(std::span<const std::string> files, bool withPicture, const Console& console) {
     const char* separator = "";
     const auto describe = [&](const std::string&, VLMDesign& design) {
+        console.out << separator;
+        if (withPicture) printPicture(design, console);
         if (design.designName()) design.setDesignName(console.shown(*design.designName()));
-        console.out << separator << design.description() << '\n';
+        console.out << design.description() << '\n';
         separator = "\n";
     };
     return readEach(files, console, describe, [](const std::string&, const VLMError&) {});
@@ -68,16 +78,23 @@ void describeInfo(CLI::App& program, Action& chosen) {
     struct Options {
         std::vector<std::string> files;
         bool isJson = false;
+        bool withPicture = false;
     };
     auto* command = program.add_subcommand("info", "Describe designs");
     const auto options = std::make_shared<Options>();
     command->add_option("FILE", options->files, "The designs")->required();
-    command->add_flag("--json", options->isJson,
-                      "Print a JSON list with an object for each file: width and height (mm), stitches, colors and "
-                      "all statistics, or the error");
+    auto* json = command->add_flag("--json", options->isJson,
+                                   "Print a JSON list with an object for each file: width and height (mm), stitches, "
+                                   "colors and all statistics, or the error");
+    command
+        ->add_flag("--picture", options->withPicture,
+                   "Show a small picture: in pixels on terminals that announce sixel or kitty graphics, else in blocks "
+                   "of color, in a pipe as well; not on a dumb terminal")
+        ->excludes(json);
     command->callback([&chosen, options] {
         chosen = [options](const Console& console) {
-            return options->isJson ? infoAsJson(options->files, console) : info(options->files, console);
+            return options->isJson ? infoAsJson(options->files, console)
+                                   : info(options->files, options->withPicture, console);
         };
     });
 }

@@ -8,8 +8,9 @@
 
 namespace velamo {
 
-/// Describes each design in a few lines for a person, with an empty line between two.
-[[nodiscard]] ExitStatus info(std::span<const std::string> files, const Console& console);
+/// Describes each design in a few lines for a person, with an empty line between two, and below a small picture of it
+/// where that is asked for.
+[[nodiscard]] ExitStatus info(std::span<const std::string> files, bool withPicture, const Console& console);
 
 /// A JSON list with an object for each file, in their order: "file", "width" and "height" in millimetres, "stitches"
 /// and "colors" as the indexer stores them, and "statistics"; or "file" and "error".

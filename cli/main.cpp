@@ -6,9 +6,13 @@
 int main(int argumentCount, char** arguments) {
     std::ios::sync_with_stdio(false);
     velamo::adoptUserLanguage();
-    const velamo::Console console{.out = std::cout,
-                                  .problems = std::cerr,
-                                  .outIsTerminal = isTerminal(velamo::StandardStream::output),
-                                  .problemsIsTerminal = isTerminal(velamo::StandardStream::error)};
+    velamo::Console console{.out = std::cout,
+                            .problems = std::cerr,
+                            .outIsTerminal = isTerminal(velamo::StandardStream::output),
+                            .problemsIsTerminal = isTerminal(velamo::StandardStream::error)};
+    if (console.outIsTerminal) {
+        console.pictures = velamo::announcedPictures();
+        console.size = velamo::terminalSize(velamo::StandardStream::output);
+    }
     return velamo::runCommandLine({arguments + 1, arguments + argumentCount}, console);
 }

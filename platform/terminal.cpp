@@ -1,8 +1,11 @@
 #include "platform/terminal.h"
 
+#include <sys/ioctl.h>
 #include <unicode/uchar.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <clocale>
 
 #include "platform/utf8_characters.h"
@@ -23,10 +26,66 @@ bool isObeyed(UChar32 character) {
            (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
 }
 
+int descriptorOf(StandardStream stream) noexcept {
+    return stream == StandardStream::output ? STDOUT_FILENO : STDERR_FILENO;
+}
+
+/// What a variable announces whose value contains the text.
+struct Announcement {
+    const char* variable;
+    std::string_view text;
+    TerminalPictures pictures;
+};
+constexpr auto blocks = TerminalPictures::blocksOf256Colors;
+/// The first that fits holds. Programs that divide a window come before the terminals whose variables they hand on.
+constexpr std::array<Announcement, 18> announcements{{
+    {"TERM", "dumb", TerminalPictures::none},
+    {"TMUX", "", blocks},
+    {"STY", "", blocks},
+    {"ZELLIJ", "", blocks},
+    {"TERM", "screen", blocks},
+    {"TERM", "tmux", blocks},
+    {"TERM", "kitty", TerminalPictures::kitty},
+    {"KITTY_WINDOW_ID", "", TerminalPictures::kitty},
+    {"TERM", "ghostty", TerminalPictures::kitty},
+    {"TERM_PROGRAM", "ghostty", TerminalPictures::kitty},
+    {"TERM", "sixel", TerminalPictures::sixel},
+    {"TERM", "foot", TerminalPictures::sixel},
+    {"TERM", "mlterm", TerminalPictures::sixel},
+    {"TERM", "contour", TerminalPictures::sixel},
+    {"TERM_PROGRAM", "WezTerm", TerminalPictures::sixel},
+    {"TERM_PROGRAM", "iTerm.app", TerminalPictures::sixel},
+    {"TERM_PROGRAM", "mintty", TerminalPictures::sixel},
+    {"TERM_PROGRAM", "contour", TerminalPictures::sixel},
+}};
+
+bool holds(const Announcement& announcement, const Environment& environment) {
+    const std::string value = environment(announcement.variable).value_or("");
+    return !value.empty() && value.find(announcement.text) != value.npos;
+}
+
+bool hasAllColors(const Environment& environment) {
+    const std::string colors = environment("COLORTERM").value_or("");
+    return colors == "truecolor" || colors == "24bit" || holds({"TERM", "-direct", blocks}, environment);
+}
+
 }  // namespace
 
+TerminalPictures announcedPictures(const Environment& environment) {
+    const auto found = std::find_if(announcements.begin(), announcements.end(),
+                                    [&](const Announcement& each) { return holds(each, environment); });
+    const TerminalPictures pictures = found == announcements.end() ? blocks : found->pictures;
+    return pictures == blocks && hasAllColors(environment) ? TerminalPictures::blocksOfAllColors : pictures;
+}
+
+TerminalSize terminalSize(StandardStream stream) noexcept {
+    struct winsize size = {};
+    if (::ioctl(descriptorOf(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0) return {};
+    return {size.ws_col, size.ws_row};
+}
+
 bool isTerminal(StandardStream stream) noexcept {
-    return ::isatty(stream == StandardStream::output ? STDOUT_FILENO : STDERR_FILENO) == 1;
+    return ::isatty(descriptorOf(stream)) == 1;
 }
 
 std::string escapedForTerminal(std::string_view text) {

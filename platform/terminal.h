@@ -4,12 +4,29 @@
 #include <string>
 #include <string_view>
 
+#include "platform/user.h"
+
 namespace velamo {
 
 enum class StandardStream : std::uint8_t { output, error };
 
 /// Whether a person reads the stream directly.
 [[nodiscard]] bool isTerminal(StandardStream stream) noexcept;
+
+/// How a terminal can show a picture: not at all, as blocks of 256 or of all colours, or as what the sixel or the kitty
+/// protocol describes.
+enum class TerminalPictures : std::uint8_t { none, blocksOf256Colors, blocksOfAllColors, sixel, kitty };
+
+/// What the terminal announces in the environment. A program that divides the terminal's window passes blocks alone.
+[[nodiscard]] TerminalPictures announcedPictures(const Environment& environment = processEnvironment);
+
+/// The characters that stand side by side, and the lines below one another; 80 by 24 where the stream is no terminal or
+/// does not tell.
+struct TerminalSize {
+    int columns = 80;
+    int lines = 24;
+};
+[[nodiscard]] TerminalSize terminalSize(StandardStream stream) noexcept;
 
 /// The text with whatever a terminal would obey rather than show (control characters, and bytes that are no UTF-8)
 /// written as "\n", "\t" or "\x1b", and a backslash doubled, so that it can be told apart.
