@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 #include "platform/cairo_context.h"
 #include "platform/cairo_stream.h"
@@ -21,12 +22,16 @@ CairoSurface surfaceOf(std::uint32_t* pixels, int width, int height) noexcept {
                                                             width * static_cast<int>(sizeof *pixels)));
 }
 
+/// A border between pixels, from 0 to their number; 0 for what is no number.
+std::size_t borderAt(double place, int count) noexcept {
+    if (!(place > 0)) return 0;
+    return static_cast<std::size_t>(std::min(place, static_cast<double>(count)));
+}
+
 /// The whole pixels that a length from `start` on touches, among `count`.
 std::pair<std::size_t, std::size_t> pixelsTouched(double start, double length, int count) noexcept {
-    const double most = count;
-    const double first = std::clamp(std::floor(start), 0.0, most);
-    const double end = std::clamp(std::ceil(start + length), first, most);
-    return {static_cast<std::size_t>(first), static_cast<std::size_t>(end)};
+    const std::size_t first = borderAt(std::floor(start), count);
+    return {first, std::max(first, borderAt(std::ceil(start + length), count))};
 }
 
 }  // namespace
