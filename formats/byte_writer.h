@@ -1,8 +1,9 @@
 #pragma once
 
-#include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -28,7 +29,10 @@ public:
     void put(std::uint64_t number, std::size_t width) {
         if (bytes_.size() - size_ < widest_) bytes_.resize(bytes_.size() * 2);
         std::uint8_t* const end = bytes_.data() + size_;
-        for (std::size_t i = 0; i < widest_; ++i) end[i] = static_cast<std::uint8_t>(number >> 8 * i);
+        if constexpr (std::endian::native == std::endian::little)
+            std::memcpy(end, &number, widest_);
+        else
+            for (std::size_t i = 0; i < widest_; ++i) end[i] = static_cast<std::uint8_t>(number >> 8 * i);
         size_ += width;
     }
     void text(std::string_view text) {

@@ -21,8 +21,10 @@ class VLMWholeMoves {
 public:
     /// The move as a whole number.
     [[nodiscard]] float take(float delta) noexcept {
-        const float whole = std::floor(delta + carry_);
-        carry_ = carry_ + delta - whole;
+        const float sum = delta + carry_;
+        const float whole = std::floor(sum);
+        // Most designs have whole moves only: then no move waits for the one before it.
+        if (sum != whole || carry_ != 0) carry_ = sum - whole;
         return whole;
     }
     /// Carries a part of the move that was just taken, which did not fit its record, into the next one too.

@@ -80,7 +80,8 @@ bool writeImportSeeds(Corpus& corpus) {
     bool isWritten = true;
     for (std::size_t i = 0; i < formats.size(); ++i) {
         const Bytes file = sampleFile(formats[i].extension);
-        isWritten = corpus.write("import", bytesOf(i, {}, file)) && isWritten;
+        for (const char* target : {"import", "export"})
+            isWritten = corpus.write(target, bytesOf(i, {}, file)) && isWritten;
         isWritten = corpus.write("import", bytesOf(i, xmlPropertyList(sideFile(true)), file)) && isWritten;
     }
     const Bytes exp = sampleFile("exp");
