@@ -1,4 +1,6 @@
 // Writes the seeds from which fuzzing starts: make_corpus FOLDER puts them into FOLDER/<target>/.
+#include <array>
+#include <bit>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -93,8 +95,26 @@ bool writeImportSeeds(Corpus& corpus) {
     return isWritten;
 }
 
+/// A look, then moves as they stand in memory and their flags: a stitch, a jump, a colour change, a selected stitch.
+bool writeDrawingSeeds(Corpus& corpus) {
+    const std::array<std::array<float, 2>, 6> moves{
+        {{20, 20}, {10, 30}, {1e9F, 1e30F}, {-1e9F, -1e30F}, {5, -20}, {9, 9}}};
+    bool isWritten = true;
+    for (std::uint8_t look = 0; look < 16; ++look) {
+        Bytes seed{look};
+        for (std::size_t i = 0; i < moves.size(); ++i) {
+            const auto deltas = std::bit_cast<std::array<std::uint8_t, sizeof moves[0]>>(moves[i]);
+            seed.insert(seed.end(), deltas.begin(), deltas.end());
+            seed.push_back(static_cast<std::uint8_t>(i % 5));
+        }
+        isWritten = corpus.write("drawing", seed) && isWritten;
+    }
+    return isWritten;
+}
+
 bool writeSeeds(Corpus& corpus) {
     bool isWritten = writeImportSeeds(corpus);
+    isWritten = writeDrawingSeeds(corpus) && isWritten;
     for (const auto& [extension, target] : targetsOfFormats()) {
         if (target != "pec") isWritten = corpus.write(target, sampleFile(extension)) && isWritten;
         if (target != extension) continue;

@@ -115,7 +115,7 @@ TEST(PecThumbnailFrame, IsThereWhateverTheDesign) {
 using PixelBytes = std::array<std::uint8_t, pecThumbnailPixels * 4>;
 
 void setPixel(PixelBytes& pixels, int row, int column, std::array<std::uint8_t, 4> rgba) {
-    std::copy(rgba.begin(), rgba.end(), pixels.begin() + (row * columns + column) * 4);
+    std::copy(rgba.begin(), rgba.end(), pixels.begin() + static_cast<std::ptrdiff_t>(row * columns + column) * 4);
 }
 
 struct PixelRow {

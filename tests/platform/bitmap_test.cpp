@@ -31,6 +31,11 @@ Rows rowsOf(const Bitmap& bitmap) {
     return rows;
 }
 
+/// Of a pixel red (0), green, blue or alpha (3).
+int componentAt(const Bitmap& bitmap, std::size_t row, std::size_t column, std::size_t component) {
+    return bitmap.rgba().at((row * static_cast<std::size_t>(bitmap.width()) + column) * 4 + component);
+}
+
 Bitmap painted(int width, int height, const Painter& painter) {
     auto bitmap = Bitmap::make(width, height);
     EXPECT_TRUE(bitmap->paint(painter));
@@ -117,9 +122,8 @@ TEST(BitmapDrawing, ScalesAnotherUprightIntoItsRectangle) {
     auto bitmap = Bitmap::make(8, 6);
     EXPECT_TRUE(bitmap->drawBitmap(source, {2, 1, 4, 4}));
     EXPECT_EQ(rowsOf(*bitmap), (Rows{"........", "..##....", "..##....", "..####..", "..####..", "........"}));
-    const auto rgba = bitmap->rgba();
-    EXPECT_GT(rgba[(1 * 8 + 2) * 4], 250);      // red above
-    EXPECT_GT(rgba[(4 * 8 + 5) * 4 + 2], 250);  // blue below
+    EXPECT_GT(componentAt(*bitmap, 1, 2, 0), 250);  // red above
+    EXPECT_GT(componentAt(*bitmap, 4, 5, 2), 250);  // blue below
 }
 
 TEST(BitmapDrawing, OfAPartGivesTheVeryBytesOfTheWhole) {
@@ -156,7 +160,7 @@ TEST(Context, StrokesWithWidthColorAndCaps) {
         strokeLine(context, {2, 3}, {7, 3});  // cut off at the ends
     });
     EXPECT_EQ(rowsOf(bitmap), (Rows{".........", "..#####..", "..#####..", ".........", "........."}));
-    EXPECT_EQ(bitmap.rgba()[(1 * 9 + 4) * 4], 255);
+    EXPECT_EQ(componentAt(bitmap, 1, 4, 0), 255);
     const auto round = painted(13, 5, [](GraphicsContext& context) {
         context.setRoundLineCap();
         context.setLineWidth(4);
@@ -223,11 +227,10 @@ TEST(Context, GradientEndsAtItsEnds) {
     });
     EXPECT_EQ(rowsOf(bitmap),
               (Rows{"...", "###", "###", "###", "###", "###", "###", "###", "###", "###", "###", "..."}));
-    const auto rgba = bitmap.rgba();
-    EXPECT_EQ(rgba[(10 * 3 + 1) * 4], 255);     // red below
-    EXPECT_GT(rgba[(1 * 3 + 1) * 4 + 2], 220);  // blue above
-    EXPECT_EQ(rgba[(7 * 3 + 1) * 4], 255);      // still red at the second stop
-    EXPECT_NEAR(rgba[(3 * 3 + 1) * 4 + 2], 149, 3);
+    EXPECT_EQ(componentAt(bitmap, 10, 1, 0), 255);  // red below
+    EXPECT_GT(componentAt(bitmap, 1, 1, 2), 220);   // blue above
+    EXPECT_EQ(componentAt(bitmap, 7, 1, 0), 255);   // still red at the second stop
+    EXPECT_NEAR(componentAt(bitmap, 3, 1, 2), 149, 3);
 }
 
 TEST(Context, GradientOfOtherColorsOrWithoutLengthIsItsOwn) {

@@ -2,6 +2,7 @@
 
 #include <cairo.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -26,9 +27,9 @@ inline Picture readPng(const std::filesystem::path& file) {
         throw std::runtime_error(file.native() + " is no PNG file with transparency");
     Picture picture{cairo_image_surface_get_width(surface.get()), cairo_image_surface_get_height(surface.get()), {}};
     const unsigned char* const rows = cairo_image_surface_get_data(surface.get());
+    const std::ptrdiff_t stride = cairo_image_surface_get_stride(surface.get());
     for (int row = 0; row < picture.height; ++row) {
-        const auto* const pixels =
-            reinterpret_cast<const std::uint32_t*>(rows + row * cairo_image_surface_get_stride(surface.get()));
+        const auto* const pixels = reinterpret_cast<const std::uint32_t*>(rows + row * stride);
         for (int column = 0; column < picture.width; ++column)
             for (const unsigned shift : {16U, 8U, 0U, 24U})
                 picture.rgba.push_back(static_cast<std::uint8_t>(pixels[column] >> shift));

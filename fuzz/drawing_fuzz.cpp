@@ -1,0 +1,62 @@
+#include <cstring>
+
+#include "fuzz/claims.h"
+#include "platform/bitmap.h"
+#include "render/draw_design.h"
+
+namespace velamo::fuzz {
+namespace {
+
+constexpr int side = 64;
+constexpr VLMRect rect{0, 0, side, side};
+
+/// Moves as they stand in memory, nine bytes each: two floats, whatever they are, and the flags.
+VLMDesign designOf(Input bytes) {
+    constexpr std::size_t recordSize = 9;
+    VLMDesign design;
+    design.threads().push_back(VLMThread::initWithKeyofPalette("", "Undefined"));
+    for (; bytes.size() >= recordSize; bytes = bytes.subspan(recordSize)) {
+        float deltas[2];
+        std::memcpy(deltas, bytes.data(), sizeof deltas);
+        const unsigned flags = bytes[recordSize - 1];
+        const bool isChange = (flags & 2U) != 0;
+        design.stitches().push_back({deltas[0], deltas[1], (flags & 1U) != 0, isChange, (flags & 4U) != 0});
+        if (isChange && (flags & 8U) == 0) design.threads().push_back(design.threads()[0].copy());
+    }
+    design.setDisplayRange({0, design.stitches().size()});
+    return design;
+}
+
+std::vector<std::uint8_t> painted(const Painter& painter) {
+    auto bitmap = Bitmap::make(side, side);
+    claim(bitmap && bitmap->paint(painter), "no stitch spoils the drawing");
+    return bitmap->rgba();
+}
+
+void checkDrawing(const VLMDesign& design, unsigned look) {
+    painted([&](GraphicsContext& context) {
+        drawDesignInRectofContextshow3DshowJumpsshowStructure(design, rect, context, (look & 1U) != 0, (look & 2U) != 0,
+                                                              (look & 4U) != 0);
+    });
+    const DesignBlocks blocks(design);
+    for (std::size_t block = 0; block < std::min<std::size_t>(blocks.size(), 3); ++block) {
+        const auto alone =
+            painted([&](GraphicsContext& context) { blocks.drawBlockInRectofContext(block, rect, context); });
+        const auto asThread = painted([&](GraphicsContext& context) {
+            drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(design, rect, context, false, false, false,
+                                                                            static_cast<std::int32_t>(block));
+        });
+        claim(alone == asThread, "a block is drawn as its thread");
+    }
+}
+
+}  // namespace
+}  // namespace velamo::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) return 0;
+    auto design = velamo::fuzz::designOf({data + 1, size - 1});
+    design.setSelectionActive((data[0] & 8U) != 0);
+    velamo::fuzz::checkDrawing(design, data[0]);
+    return 0;
+}
