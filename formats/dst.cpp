@@ -191,17 +191,18 @@ struct WeightBits {
     std::uint32_t plus;
     std::uint32_t minus;
 };
+constexpr std::uint32_t recordOf(int move, const std::array<WeightBits, weights.size()>& bits) {
+    std::uint32_t record = 0;
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        if (2 * move <= weights[i] && -2 * move <= weights[i]) continue;
+        record |= move > 0 ? bits[i].plus : bits[i].minus;
+        move -= move > 0 ? weights[i] : -weights[i];
+    }
+    return record;
+}
 constexpr RecordTable recordsOf(const std::array<WeightBits, weights.size()>& bits) {
     RecordTable table{};
-    for (int move = -longestMove; move <= longestMove; ++move) {
-        int rest = move;
-        std::uint32_t& record = table[static_cast<std::size_t>(move + longestMove)];
-        for (std::size_t i = 0; i < weights.size(); ++i) {
-            const int sign = 2 * rest > weights[i] ? 1 : 2 * rest < -weights[i] ? -1 : 0;
-            record |= sign > 0 ? bits[i].plus : sign < 0 ? bits[i].minus : 0;
-            rest -= sign * weights[i];
-        }
-    }
+    for (std::size_t i = 0; i < table.size(); ++i) table[i] = recordOf(static_cast<int>(i) - longestMove, bits);
     return table;
 }
 // The record's first byte is the lowest of the number.
@@ -213,7 +214,10 @@ constexpr RecordTable recordsY =
 /// Takes the move's next record, as far as that reaches; the rest goes on to the next one.
 std::uint32_t takeRecord(VLMWholeMoves& moves, float delta, const RecordTable& records) noexcept {
     const float move = moves.take(delta);
-    if (std::abs(move) <= longestMove) return records[static_cast<std::size_t>(static_cast<int>(move) + longestMove)];
+    if (std::abs(move) <= longestMove) {
+        const int place = static_cast<int>(move) + longestMove;
+        return records[static_cast<std::size_t>(place)];
+    }
     float rest = move;
     for (const int weight : weights) rest -= std::copysign(static_cast<float>(weight), move);
     moves.carry(rest);

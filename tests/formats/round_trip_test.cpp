@@ -1,12 +1,14 @@
 // What is written reads back the same, as far as the format can hold it, and is written the same again.
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <map>
 
 #include "formats/export.h"
 #include "formats/format.h"
 #include "formats/import.h"
 #include "tests/support/designs.h"
+#include "tests/support/other_user.h"
 #include "tests/support/samples.h"
 #include "tests/support/temporary_folder.h"
 
@@ -148,6 +150,33 @@ TEST_P(RoundTrips, KeepTheColoursInTheSideFile) {
     EXPECT_TRUE(read.useThreadFile());
     EXPECT_EQ(test::keysOf(read), (std::vector<Text>{"800", "507"}));
     EXPECT_EQ(design.threads(), twoColors().threads());
+}
+
+TEST_P(RoundTrips, LeaveTheOldFileWhereTheFolderMayNotBeWritten) {
+    const auto file = target("one");
+    std::ofstream(file) << "old";
+    std::filesystem::permissions(file.parent_path(), std::filesystem::perms(0555));
+    EXPECT_TRUE(test::inBoundProcess(file.parent_path().parent_path(), [&] {
+        VLMDesign design = twoColors();
+        VLMError error;
+        return !exportDesignToURLerror(design, file, &error, newYear) && error.code == EACCES &&
+               error.domain == systemErrorDomain;
+    }));
+    std::filesystem::permissions(file.parent_path(), std::filesystem::perms(0755));
+    EXPECT_EQ(TemporaryFolder::read(file), "old");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(file.parent_path()), {}), 1);
+}
+
+TEST_P(RoundTrips, LeaveAFolderOfTheFilesName) {
+    const auto file = target("one");
+    std::filesystem::create_directory(file);
+    VLMDesign design = twoColors();
+    VLMError error;
+    EXPECT_FALSE(exportDesignToURLerror(design, file, &error, newYear));
+    EXPECT_EQ(error.domain, systemErrorDomain);
+    EXPECT_EQ(error.code, EISDIR);
+    EXPECT_TRUE(std::filesystem::is_directory(file));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(file.parent_path()), {}), 1);
 }
 
 TEST_P(RoundTrips, KeepPlacesWithinATenthOfAMillimetre) {

@@ -1,0 +1,82 @@
+#include "formats/whole_moves.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace velamo {
+namespace {
+
+constexpr float infinite = std::numeric_limits<float>::infinity();
+constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
+
+TEST(WholeNumbers, AreTruncatedAndStayWithin64Bits) {
+    for (const auto& [number, whole] : {std::pair{1.9, std::int64_t{1}},
+                                        {-1.9, -1},
+                                        {-0.9, 0},
+                                        {1e15, 1000000000000000},
+                                        {9.3e18, most},
+                                        {-9.3e18, least},
+                                        {-9223372036854775808.0, least},
+                                        {double{infinite}, most},
+                                        {-double{infinite}, least},
+                                        {std::nan(""), 0}})
+        EXPECT_EQ(wholeNumber(number), whole) << number;
+}
+
+struct Row {
+    const char* name;
+    std::vector<float> moves;
+    std::vector<float> whole;
+};
+class WholeMoves : public testing::TestWithParam<Row> {};
+TEST_P(WholeMoves, CarryTheirFractions) {
+    VLMWholeMoves moves;
+    std::vector<float> whole;
+    for (const float move : GetParam().moves) whole.push_back(moves.take(move));
+    EXPECT_EQ(whole, GetParam().whole);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Rows, WholeMoves,
+    testing::Values(Row{"Whole", {3, -2, 0}, {3, -2, 0}}, Row{"Thirds", {0.4F, 0.4F, 0.4F}, {0, 0, 1}},
+                    Row{"NegativeAreRoundedDown", {-0.5F, 0, 0.5F}, {-1, 0, 1}},
+                    Row{"WholeAfterAFraction", {0.5F, 3, 0.5F, 3}, {0, 3, 1, 3}},
+                    Row{"FractionsThatVanishBesideALongMove", {0.4F, 1 << 24, 0.6F}, {0, 1 << 24, 0}},
+                    Row{"NotFinite", {infinite}, {infinite}}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(WholeMoves, AddSinglePrecisionBeforeRounding) {
+    // The sums as they are written down, each operation rounded to single precision.
+    std::mt19937 random(9);
+    std::uniform_real_distribution<float> any(-130, 130);
+    VLMWholeMoves moves;
+    float carry = 0;
+    for (int i = 0; i < 100000; ++i) {
+        const float move = i % 3 == 0 ? std::round(any(random)) : any(random);
+        const volatile float sum = move + carry;
+        const float whole = std::floor(sum);
+        const volatile float former = carry + move;
+        carry = former - whole;
+        ASSERT_EQ(moves.take(move), whole) << i;
+    }
+}
+
+TEST(WholeMoves, CarryWhatDidNotFit) {
+    VLMWholeMoves moves;
+    EXPECT_EQ(moves.take(130.25F), 130);
+    moves.carry(9);
+    EXPECT_EQ(moves.take(0), 9);
+    EXPECT_EQ(moves.take(0.75F), 1);
+}
+
+TEST(ByteMoves, KeepTheLowerEightBits) {
+    VLMByteMoves moves;
+    EXPECT_EQ(moves.take(-3, 2), 0x02FDU);
+    EXPECT_EQ(moves.take(130, -200), 0x3882U);
+    EXPECT_EQ(moves.take(-0.5F, 256), 0x00FFU);
+    EXPECT_EQ(moves.take(0.5F, infinite), 0xFF01U);
+}
+
+}  // namespace
+}  // namespace velamo
