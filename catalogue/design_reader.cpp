@@ -1,7 +1,10 @@
 #include "catalogue/design_reader.h"
 
 #include <cerrno>
+#include <cstring>
 #include <memory>
+#include <string_view>
+#include <utility>
 
 #include "formats/import.h"
 #include "platform/file_state.h"
@@ -18,22 +21,115 @@ VLMError reasonForRefusal(const std::filesystem::path& file) {
     return error;
 }
 
+DesignFailure failureOf(const VLMError& error) {
+    return {.domain = std::string(error.domain), .code = error.code, .message = error.message()};
+}
+
 ReadOutcome read(PluginHost& host, const std::filesystem::path& file) {
     if (const auto attributes = host.attributesOf(file)) return *attributes;
     if (const auto reason = reasonAgainstReading(file)) return reason;
-    const VLMError error = reasonForRefusal(file);
-    return DesignFailure{.domain = std::string(error.domain), .code = error.code, .message = error.message()};
+    return failureOf(reasonForRefusal(file));
+}
+
+/// A lack of memory is the file's fault: the process has as much of it for each.
+ReadOutcome readWithin(PluginHost& host, const std::filesystem::path& file) {
+    VLMError error;
+    ReadOutcome outcome;
+    const bool isDone = operation(&error, [&] {
+        outcome = read(host, file);
+        return true;
+    });
+    return isDone ? outcome : failureOf(error);
+}
+
+DesignFailure failureOf(const WorkerDeath& death) {
+    DesignFailure failure{.domain = std::string(systemErrorDomain), .code = EFAULT, .message = {}};
+    if (death.isTimeout()) failure.code = ETIMEDOUT;
+    failure.message = death.isTimeout() ? "reading it takes too long" : "reading it crashed: " + death.description();
+    return failure;
+}
+
+/// Outcomes on their way from one process to another of the same program: which it is, then its values one by one.
+class OutcomeWriter {
+public:
+    void operator()(const DesignAttributes& attributes) { put(attributes); }
+    void operator()(const DesignFailure& failure) {
+        put(failure.code);
+        put(failure.domain.size());
+        bytes_ += failure.domain + failure.message;
+    }
+    void operator()(const std::error_code& reason) { put(reason.value()); }
+
+    template <class Value>
+    void put(const Value& value) {
+        bytes_.append(reinterpret_cast<const char*>(&value), sizeof(Value));
+    }
+    [[nodiscard]] std::string take() && noexcept { return std::move(bytes_); }
+
+private:
+    std::string bytes_;
+};
+
+std::string bytesOf(const ReadOutcome& outcome) {
+    OutcomeWriter writer;
+    writer.put(outcome.index());
+    std::visit(writer, outcome);
+    return std::move(writer).take();
+}
+
+class OutcomeReader {
+public:
+    explicit OutcomeReader(std::string_view bytes) noexcept : bytes_(bytes) {}
+
+    template <class Value>
+    Value take() {
+        Value value{};
+        const auto taken = takeText(sizeof(Value));
+        if (taken.size() == sizeof(Value)) std::memcpy(&value, taken.data(), sizeof(Value));
+        return value;
+    }
+    std::string takeText(std::size_t size) {
+        const auto taken = bytes_.substr(0, size);
+        bytes_.remove_prefix(taken.size());
+        return std::string(taken);
+    }
+
+private:
+    std::string_view bytes_;
+};
+
+ReadOutcome outcomeOf(std::string_view bytes) {
+    OutcomeReader reader(bytes);
+    const auto index = reader.take<std::size_t>();
+    if (index == 0) return reader.take<DesignAttributes>();
+    const int code = reader.take<int>();
+    if (index == 2) return std::error_code(code, std::generic_category());
+    std::string domain = reader.takeText(reader.take<std::size_t>());
+    return DesignFailure{.domain = std::move(domain), .code = code, .message = reader.takeText(bytes.size())};
+}
+
+std::vector<ReadOutcome> readWith(WorkerProcess& worker, std::span<const std::filesystem::path> files) {
+    const std::vector<std::string> paths(files.begin(), files.end());
+    std::vector<ReadOutcome> outcomes;
+    outcomes.reserve(paths.size());
+    for (const auto& reply : worker.ask(paths)) {
+        const auto* death = std::get_if<WorkerDeath>(&reply);
+        outcomes.push_back(death != nullptr ? failureOf(*death) : outcomeOf(std::get<std::string>(reply)));
+    }
+    return outcomes;
 }
 
 }  // namespace
 
-std::vector<DesignReader> pluginReaders(const std::filesystem::path& module, std::size_t count) {
+std::vector<DesignReader> pluginReaders(const std::filesystem::path& module, std::size_t count,
+                                        const WorkerLimits& limits) {
+    const auto host = std::make_shared<PluginHost>(module);  // each process gets its own copy
+    const auto serve = [host](const std::string& file) { return bytesOf(readWithin(*host, file)); };
     std::vector<DesignReader> readers;
     readers.reserve(count);
     for (std::size_t i = 0; i < count; ++i)
-        readers.emplace_back([host = std::make_shared<PluginHost>(module)](const std::filesystem::path& file) {
-            return read(*host, file);
-        });
+        readers.emplace_back([worker = std::make_shared<WorkerProcess>(serve, limits)](
+                                 std::span<const std::filesystem::path> files) { return readWith(*worker, files); });
     return readers;
 }
 

@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <span>
 #include <system_error>
 #include <variant>
 #include <vector>
 
 #include "catalogue/search.h"
+#include "platform/worker_process.h"
 
 namespace velamo {
 
@@ -15,12 +17,17 @@ namespace velamo {
 /// read at all.
 using ReadOutcome = std::variant<DesignAttributes, DesignFailure, std::error_code>;
 
-/// Reads one file after another; each thread of execution has a reader of its own. May throw std::bad_alloc.
-using DesignReader = std::function<ReadOutcome(const std::filesystem::path& file)>;
+/// Reads some files, and tells what came of each, in order. Each thread of execution has a reader of its own. May throw
+/// std::bad_alloc, or std::system_error when it cannot read anything any more.
+using DesignReader = std::function<std::vector<ReadOutcome>(std::span<const std::filesystem::path> files)>;
 
 /// Readers that get the attributes from the importer plug-in, as the system's indexer does. Of a file that the plug-in
-/// refuses, the reason is asked for. std::runtime_error when the module cannot be loaded.
-[[nodiscard]] std::vector<DesignReader> pluginReaders(const std::filesystem::path& module, std::size_t count);
+/// refuses, the reason is asked for. Each reads in a process of its own that can do nothing else (see WorkerProcess): a
+/// file that ends it, or takes more than `limits` allow, is no sound design, and the next one is read as ever. To be
+/// called while this process has one thread. std::runtime_error when the module cannot be loaded, or there is no
+/// process to be had.
+[[nodiscard]] std::vector<DesignReader> pluginReaders(const std::filesystem::path& module, std::size_t count,
+                                                      const WorkerLimits& limits = {});
 
 /// A number that changes when the module does, so that files are read again after an update.
 [[nodiscard]] std::int64_t readerNumber(const std::filesystem::path& module) noexcept;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <unordered_set>
+#include <utility>
 
 #include "catalogue/worker_pool.h"
 #include "formats/format.h"
@@ -16,7 +17,7 @@ namespace {
 using Path = std::filesystem::path;
 using FolderId = Catalogue::FolderId;
 
-constexpr std::size_t jobsPerReader = 64;
+constexpr std::size_t batchesPerReader = 4;
 
 bool hasDesignName(const std::string& name) {
     return formatWithExtension(extensionOf(name)) != nullptr;
@@ -68,29 +69,36 @@ struct Job {
     DesignStamp stamp;
     bool isKnown;  // is in the catalogue
 };
-struct Result {
-    Job job;
-    ReadOutcome outcome;
+/// Jobs go to the readers in batches: a reader that lives in another process is asked for many at once.
+using Batch = std::vector<Job>;
+constexpr std::size_t largestBatch = 16;
+struct BatchResult {
+    Batch batch;
+    std::vector<ReadOutcome> outcomes;
 };
-using Readers = WorkerPool<Job, Result>;
+using Readers = WorkerPool<Batch, BatchResult>;
 
-ReadOutcome readSafely(const DesignReader& reader, const Path& file) noexcept {
+std::vector<ReadOutcome> readSafely(const DesignReader& reader, const Batch& batch) noexcept {
     VLMError error;
-    ReadOutcome outcome;
+    std::vector<ReadOutcome> outcomes(batch.size());
     const bool isDone = operation(&error, [&] {
-        outcome = reader(file);
+        std::vector<Path> files;
+        files.reserve(batch.size());
+        for (const Job& job : batch) files.push_back(job.file);
+        outcomes = reader(files);
         return true;
     });
-    return isDone ? outcome : ReadOutcome(std::error_code(error.code, std::generic_category()));
+    if (!isDone) outcomes.assign(batch.size(), std::error_code(error.code, std::generic_category()));
+    return outcomes;
 }
 
 std::vector<Readers::Work> worksOf(std::vector<DesignReader> readers) {
     std::vector<Readers::Work> works;
     works.reserve(readers.size());
     for (DesignReader& reader : readers)
-        works.emplace_back([reader = std::move(reader)](Job&& job) {
-            ReadOutcome outcome = readSafely(reader, job.file);
-            return Result{std::move(job), std::move(outcome)};
+        works.emplace_back([reader = std::move(reader)](Batch&& batch) {
+            auto outcomes = readSafely(reader, batch);
+            return BatchResult{std::move(batch), std::move(outcomes)};
         });
     return works;
 }
@@ -109,15 +117,16 @@ public:
         : catalogue_(catalogue),
           observer_(observer),
           readerNumber_(readerNumber),
-          mostJobs_(readers.size() * jobsPerReader),
-          readers_(worksOf(std::move(readers)), mostJobs_) {}
+          mostBatches_(readers.size() * batchesPerReader),
+          readers_(worksOf(std::move(readers)), mostBatches_) {}
 
     IndexSummary run(const std::vector<Path>& named) {
         takeRoots(named);
         for (const Root& root : roots_)
             if (root.state.kind == FileKind::regular && !liesInRootFolder(root.path)) takeSingleFile(root);
         walkFolders();
-        while (auto result = readers_.take()) record(std::move(*result));
+        submitBatch();
+        while (auto result = readers_.take()) record(*result);
         removeVanishedFolders();
         catalogue_.commit();
         return summary_;
@@ -173,7 +182,7 @@ private:
             if (root.state.kind == FileKind::folder) walk.enter(root.path);
         while (const auto listing = walk.next()) {
             takeListing(*listing, walk.finishedShare());
-            while (auto result = readers_.takeIfDone()) record(std::move(*result));
+            while (auto result = readers_.takeIfDone()) record(*result);
         }
         tellProgress(walk.finishedShare());
     }
@@ -277,18 +286,28 @@ private:
     }
 
     void submit(Job job) {
-        while (readers_.isFull()) record(std::move(*readers_.take()));
-        readers_.submit(std::move(job));
+        batch_.push_back(std::move(job));
+        if (batch_.size() == largestBatch) submitBatch();
     }
 
-    void record(Result result) {
+    void submitBatch() {
+        if (batch_.empty()) return;
+        while (readers_.isFull()) record(*readers_.take());
+        readers_.submit(std::exchange(batch_, {}));
+    }
+
+    void record(const BatchResult& result) {
+        for (std::size_t i = 0; i < result.batch.size(); ++i) record(result.batch[i], result.outcomes[i]);
+    }
+
+    void record(const Job& job, const ReadOutcome& outcome) {
         ++files_;
-        if (const auto* reason = std::get_if<std::error_code>(&result.outcome))
-            recordUnreadable(result.job, *reason);
-        else if (const auto* failure = std::get_if<DesignFailure>(&result.outcome))
-            recordBroken(result.job, *failure);
+        if (const auto* reason = std::get_if<std::error_code>(&outcome))
+            recordUnreadable(job, *reason);
+        else if (const auto* failure = std::get_if<DesignFailure>(&outcome))
+            recordBroken(job, *failure);
         else
-            recordContent(result.job, std::get<DesignAttributes>(result.outcome));
+            recordContent(job, std::get<DesignAttributes>(outcome));
         tellProgress(finishedShare_);
     }
 
@@ -355,7 +374,8 @@ private:
     IndexSummary summary_;
     std::int64_t files_ = 0;
     double finishedShare_ = 0;
-    std::size_t mostJobs_;
+    Batch batch_;  // of jobs that no reader has yet
+    std::size_t mostBatches_;
     Readers readers_;  // last: its threads end before anything else goes
 };
 

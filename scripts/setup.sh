@@ -3,7 +3,7 @@
 say() { printf '%s\n' "velamo: $*" >&2; }
 
 # What building needs, and what the tests need besides.
-build_packages=(g++ cmake ninja-build pkg-config libplist-dev libicu-dev libsqlite3-dev libcairo2-dev libcli11-dev nlohmann-json3-dev)
+build_packages=(g++ cmake ninja-build pkg-config libplist-dev libicu-dev libsqlite3-dev libcairo2-dev libseccomp-dev libcli11-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-dev clang-format clang-tidy python3)
 
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }

@@ -2,12 +2,18 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 
+#include "platform/confinement.h"
 #include "tests/catalogue/support.h"
 #include "tests/support/other_user.h"
 
 namespace velamo {
 namespace {
+
+ReadOutcome readOne(const DesignReader& reader, const std::filesystem::path& file) {
+    return reader({&file, 1}).at(0);
+}
 
 class PluginReader : public testing::Test {
 protected:
@@ -18,17 +24,17 @@ protected:
 TEST_F(PluginReader, GivesTheAttributes) {
     const auto file = folder_.write("rose.dst", test::soundDst(11));
     for (const DesignReader& reader : readers_)
-        EXPECT_EQ(std::get<DesignAttributes>(reader(file)), (DesignAttributes{10.0F, 0.0F, 11.0F, 1.0F}));
+        EXPECT_EQ(std::get<DesignAttributes>(readOne(reader, file)), (DesignAttributes{10.0F, 0.0F, 11.0F, 1.0F}));
 }
 
 TEST_F(PluginReader, GivesTheReasonOfARefusal) {
     const auto file = folder_.write("torn.dst", test::brokenDst);
-    EXPECT_EQ(std::get<DesignFailure>(readers_[0](file)),
+    EXPECT_EQ(std::get<DesignFailure>(readOne(readers_[0], file)),
               (DesignFailure{"de.velamo.vlmdesign.ErrorDomain", 123, "Unable to import DST file (missing header)."}));
 }
 
 TEST_F(PluginReader, TellsWhatIsNotThereFromWhatIsBroken) {
-    EXPECT_EQ(std::get<std::error_code>(readers_[0](folder_.path() / "nowhere.dst")).value(), ENOENT);
+    EXPECT_EQ(std::get<std::error_code>(readOne(readers_[0], folder_.path() / "nowhere.dst")).value(), ENOENT);
 }
 
 TEST_F(PluginReader, FillsACatalogue) {
@@ -38,6 +44,29 @@ TEST_F(PluginReader, FillsACatalogue) {
     test::Told told;
     EXPECT_EQ(indexFolders(catalogue, {{folder_.path() / "designs"}}, readers_, 1, told.observer()),
               (IndexSummary{.added = 2, .broken = 1}));
+}
+
+/// What a reader needs memory for that it cannot have is written down as that file's failure.
+TEST(LimitedReader, RefusesWhatTakesTooMuchMemory) {
+    if (!canLimitMemory()) GTEST_SKIP() << "sanitizers need the address space";
+    const test::TemporaryFolder folder;
+    const auto file = folder.write("huge.exp", std::string());
+    std::filesystem::resize_file(file, std::uintmax_t{300} << 20);  // stitches on the spot
+    const auto readers = pluginReaders(PluginHost::findModule(), 1, {.memory = std::uint64_t{700} << 20});
+    const auto outcome = readOne(readers[0], file);
+    ASSERT_TRUE(std::holds_alternative<DesignFailure>(outcome));
+    EXPECT_EQ(std::get<DesignFailure>(outcome).code, ENOMEM);
+    const auto rose = folder.write("rose.dst", test::soundDst(11));
+    EXPECT_TRUE(std::holds_alternative<DesignAttributes>(readOne(readers[0], rose)));
+}
+
+TEST(LimitedReader, RefusesWhatTakesTooLong) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.write("large.exp", std::string());
+    std::filesystem::resize_file(file, std::uintmax_t{60} << 20);
+    const auto readers = pluginReaders(PluginHost::findModule(), 1, {.time = std::chrono::milliseconds(2)});
+    EXPECT_EQ(std::get<DesignFailure>(readOne(readers[0], file)),
+              (DesignFailure{"NSPOSIXErrorDomain", ETIMEDOUT, "reading it takes too long"}));
 }
 
 TEST(ReaderNumber, ChangesWithTheModule) {

@@ -57,8 +57,15 @@ inline ReadOutcome readDirectly(const std::filesystem::path& file) {
     return DesignFailure{std::string(error.domain), error.code, error.message()};
 }
 
+using FileReader = std::function<ReadOutcome(const std::filesystem::path& file)>;
+
 inline IndexSummary runIndexer(Catalogue& catalogue, const std::vector<std::filesystem::path>& folders, Told& told,
-                               std::int64_t readerNumber = 1, const DesignReader& reader = readDirectly) {
+                               std::int64_t readerNumber = 1, const FileReader& readFile = readDirectly) {
+    const DesignReader reader = [readFile](std::span<const std::filesystem::path> files) {
+        std::vector<ReadOutcome> outcomes;
+        for (const auto& file : files) outcomes.push_back(readFile(file));
+        return outcomes;
+    };
     return indexFolders(catalogue, {folders}, {reader, reader}, readerNumber, told.observer());
 }
 
