@@ -18,7 +18,6 @@ struct Rgb {
     int red = 0;
     int green = 0;
     int blue = 0;
-    friend bool operator==(const Rgb&, const Rgb&) = default;
 };
 using Pixel = std::optional<Rgb>;  // nothing: transparent
 
