@@ -82,7 +82,7 @@ void putHeader(VLMByteWriter& out, const VLMDesign& design, const ExportOptions&
     const std::int64_t threads = design.numberOfThreads();
     std::string date = options.dateText.empty() ? localTimeText() : options.dateText;
     date.resize(dateSize, '0');
-    out.u32(tablesOffset + 2 * entrySize * threads);
+    out.u32(tablesOffset + 2 * std::int64_t{entrySize} * threads);
     out.u32(headerVersion);
     out.text(date);
     out.u16(0);
@@ -137,7 +137,8 @@ bool importJefDesignFromURLerror(VLMDesign& design, const std::filesystem::path&
 
 std::optional<std::vector<std::uint8_t>> writeJef(VLMDesign& design, const ExportOptions& options, VLMError* error) {
     if (!chooseHoop(design, vendor, hoopErrorTexts, error)) return std::nullopt;
-    VLMByteWriter out(tablesOffset + 2 * entrySize * design.threads().size() + 2 * (design.stitches().size() + 1));
+    VLMByteWriter out(tablesOffset + 2 * std::size_t{entrySize} * design.threads().size() +
+                      2 * (design.stitches().size() + 1));
     putHeader(out, design, options);
     putThreads(out, design);
     putStitches(out, design);

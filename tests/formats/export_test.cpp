@@ -38,6 +38,7 @@ void syslog(int, const char* format, ...) {
     keepLine(format, arguments);
     va_end(arguments);
 }
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the system's.
 void __syslog_chk(int, int, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
