@@ -1,4 +1,5 @@
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -127,6 +128,9 @@ void registerFormat(const Format& format) {
 }  // namespace velamo
 
 int main(int argc, char** argv) {
+    // Memory once had stays with the process: asking the system for pages again each turn is not what is measured.
+    mallopt(M_MMAP_THRESHOLD, 1 << 25);
+    mallopt(M_TRIM_THRESHOLD, 1 << 25);
     for (const velamo::Format& format : velamo::allFormats()) velamo::registerFormat(format);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -250,10 +250,10 @@ std::optional<std::vector<std::uint8_t>> writeDst(const VLMDesign& design, VLMEr
     out.text(headerOf(design));
     VLMWholeMoves movesX;
     VLMWholeMoves movesY;
-    for (const VLMStitch& stitch : design.stitches())
-        out.put(takeRecord(movesX, stitch.deltaX(), recordsX) | takeRecord(movesY, stitch.deltaY(), recordsY) |
-                    kindOf(stitch),
-                recordSize);
+    out.records(std::span(design.stitches().all()), [&](const VLMStitch& stitch) -> ByteRecord {
+        const std::uint32_t x = takeRecord(movesX, stitch.deltaX(), recordsX);
+        return {x | takeRecord(movesY, stitch.deltaY(), recordsY) | kindOf(stitch), recordSize};
+    });
     out.text({"\x00\x00\xF3\x1A", 4});
     return out.take();
 }

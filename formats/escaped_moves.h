@@ -16,17 +16,13 @@ inline void writeEscapedMoves(VLMByteWriter& out, const VLMDesign& design, std::
     constexpr std::uint64_t jump = 0x0280;
     constexpr std::uint64_t changeAndJump = jump << 32 | change;
     VLMByteMoves moves;
-    for (const VLMStitch& stitch : design.stitches()) {
+    out.records(std::span(design.stitches().all()), [&](const VLMStitch& stitch) -> ByteRecord {
         const std::uint64_t move = moves.take(stitch.deltaX(), stitch.deltaY());
-        if (!stitch.isJumpStitch() && !stitch.isColorChange())
-            out.put(move, 2);
-        else if (!stitch.isColorChange())
-            out.put(move << 16 | jump, 4);
-        else if (stitch.isJumpStitch())
-            out.put(move << 48 | changeAndJump, 8);
-        else
-            out.put(move << 8 * changeSize | change, changeSize + 2);
-    }
+        if (!stitch.isJumpStitch() && !stitch.isColorChange()) return {move, 2};
+        if (!stitch.isColorChange()) return {move << 16 | jump, 4};
+        if (stitch.isJumpStitch()) return {move << 48 | changeAndJump, 8};
+        return {move << 8 * changeSize | change, changeSize + 2};
+    });
 }
 
 }  // namespace velamo

@@ -163,19 +163,17 @@ void putMoves(VLMByteWriter& out, const VLMDesign& design) {
     VLMWholeMoves movesX;
     VLMWholeMoves movesY;
     std::uint64_t parity = 2;  // 2, 1, 2, 1, ... for one colour change after the other
-    for (const VLMStitch& stitch : design.stitches()) {
+    out.records(std::span(design.stitches().all()), [&](const VLMStitch& stitch) -> ByteRecord {
         if (stitch.isColorChange()) {
-            out.put(changeMark | secondChangeMark << 8 | parity << 16, changeSize);
+            const std::uint64_t former = parity;
             parity ^= 3U;
-            continue;
+            return {changeMark | secondChangeMark << 8 | former << 16, changeSize};
         }
         const std::int64_t x = wholeNumber(movesX.take(stitch.deltaX()));
         const std::int64_t y = wholeNumber(movesY.take(-stitch.deltaY()));
-        if (stitch.isJumpStitch())
-            out.put(longForm(x) | longForm(y) << 16, 4);
-        else
-            out.put(shortForm(x) | shortForm(y) << 8, 2);
-    }
+        if (stitch.isJumpStitch()) return {longForm(x) | longForm(y) << 16, 4};
+        return {shortForm(x) | shortForm(y) << 8, 2};
+    });
     out.u8(endMark);
 }
 

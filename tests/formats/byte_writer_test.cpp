@@ -11,7 +11,6 @@ namespace {
 
 using test::bytes;
 using test::Bytes;
-using test::repeated;
 
 TEST(ByteWriter, PutsNumbersWithTheLowestByteFirst) {
     VLMByteWriter out;
@@ -58,6 +57,25 @@ TEST(ByteWriter, GrowsBeyondTheExpectedSize) {
         const Bytes file = out.take();
         ASSERT_EQ(file.size(), 999U);
         for (std::size_t i = 0; i < 333; ++i) EXPECT_EQ(file[3 * i] | file[3 * i + 1] << 8, static_cast<int>(i));
+    }
+}
+
+TEST(ByteWriter, PutsRecordsOfSeveralWidths) {
+    for (const std::size_t expected : {0U, 5000U}) {
+        std::vector<int> elements(1000);
+        Bytes file;
+        for (std::size_t i = 0; i < elements.size(); ++i) {
+            elements[i] = static_cast<int>(i);
+            for (std::size_t byte = 0; byte <= i % 8; ++byte) file.push_back(static_cast<std::uint8_t>(i));
+        }
+        VLMByteWriter out(expected);
+        out.u8(7);
+        out.records(std::span<const int>(elements), [](int element) -> ByteRecord {
+            constexpr std::uint64_t everyByte = 0x0101010101010101;
+            return {everyByte * static_cast<std::uint8_t>(element), static_cast<std::size_t>(element % 8 + 1)};
+        });
+        EXPECT_EQ(out.size(), file.size() + 1);
+        EXPECT_EQ(out.take(), bytes(7, file));
     }
 }
 

@@ -16,7 +16,6 @@ using test::bytes;
 using test::Bytes;
 using test::change;
 using test::jump;
-using test::repeated;
 using test::sewn;
 using test::stitch;
 

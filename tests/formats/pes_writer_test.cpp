@@ -137,7 +137,7 @@ TEST(PesWriting, AddsUpInDoublePrecision) {
 TEST(PesThreads, StandInTheTableWithThreeTimesTheirNumber) {
     VLMDesign design = sewn({stitch(1, 1)}, 64);
     const Bytes blocks = blocksOf(fileOf(design));
-    const Bytes table(blocks.end() - 4 - 64 * 4 - 2, blocks.end());
+    const Bytes table(blocks.end() - (4 + 4 * std::ptrdiff_t{64} + 2), blocks.end());
     EXPECT_EQ(table.at(0), 64);
     for (std::size_t i = 0; i < 64; ++i) {
         const Bytes entry(table.begin() + static_cast<std::ptrdiff_t>(4 + 4 * i),

@@ -182,6 +182,7 @@ TEST_P(RoundTrips, LeaveAFolderOfTheFilesName) {
 TEST_P(RoundTrips, KeepPlacesWithinATenthOfAMillimetre) {
     // Fractions must not add up: after any number of stitches the needle is where it should be.
     std::vector<VLMStitch> stitches;
+    stitches.reserve(2001);
     for (int i = 0; i < 2000; ++i)
         stitches.push_back(stitch(i % 200 < 100 ? 0.37F : -0.37F, i % 300 < 150 ? 0.21F : -0.21F));
     stitches.push_back(stitch(-20, -20));  // the origin lies within the bounds

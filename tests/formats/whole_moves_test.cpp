@@ -19,8 +19,8 @@ TEST(WholeNumbers, AreTruncatedAndStayWithin64Bits) {
                                         {9.3e18, most},
                                         {-9.3e18, least},
                                         {-9223372036854775808.0, least},
-                                        {double{infinite}, most},
-                                        {-double{infinite}, least},
+                                        {std::numeric_limits<double>::infinity(), most},
+                                        {-std::numeric_limits<double>::infinity(), least},
                                         {std::nan(""), 0}})
         EXPECT_EQ(wholeNumber(number), whole) << number;
 }

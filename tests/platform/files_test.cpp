@@ -213,6 +213,7 @@ TEST(ReplacingFiles, BearsOthersAtTheSameFile) {
     const TemporaryFolder folder;
     const auto file = folder.path() / "file";
     std::vector<std::thread> writers;
+    writers.reserve(4);
     std::atomic<int> failures = 0;
     for (int writer = 0; writer < 4; ++writer)
         writers.emplace_back([&, writer] {
