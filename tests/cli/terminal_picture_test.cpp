@@ -81,7 +81,7 @@ TEST(TerminalPicture, ForKittyIsAPngFileInPieces) {
         for (int i = 0; i < 6400; ++i) {
             const auto component = [&random] { return static_cast<double>(random() % 256) / 255; };
             context.setFillColor({component(), component(), component()});
-            context.addRectangle({static_cast<double>(i % 80), static_cast<double>(i / 80), 1, 1});
+            context.addRectangle({static_cast<double>(i % 80), static_cast<double>((i - i % 80)) / 80, 1, 1});
             context.fillPath();
         }
     }));
