@@ -197,6 +197,11 @@ PecThumbnail pecThumbnailOf(Pixels rgba) noexcept {
     return thumbnail;
 }
 
+bool hasPecThumbnail(const VLMDesign& design) noexcept {
+    constexpr std::int64_t margins = 2 * margin;
+    return isEmpty(design) || Bitmap::canBe(design.designWidth() + margins, design.designHeight() + margins);
+}
+
 Bytes exportPecBitmapToDataForThread(const VLMDesign& design, std::int32_t thread) noexcept {
     return bytesOf([&](Bytes& bytes) { return appendThumbnail(design, thread, bytes); });
 }

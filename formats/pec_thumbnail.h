@@ -14,10 +14,13 @@ namespace velamo {
 /// bytes from the top down, the lowest bit of a byte being its leftmost pixel. A frame with cut corners lies round a
 /// picture of at most 42 by 32 pixels, in which dark threads are filled and light ones outlined.
 
+/// Whether the size of the design allows a thumbnail. That of a design with stitches and threads may not be -20 or less
+/// (its bounds were never set), nor beyond 32747 tenths of a millimetre, nor its area beyond 2^28 pixels.
+[[nodiscard]] bool hasPecThumbnail(const VLMDesign& design) noexcept;
+
 /// The thumbnail of the whole design, with `thread` -1, or of that thread's block alone: 228 bytes. The frame is empty
-/// where there is nothing to draw. No bytes when the picture cannot be made: the size of a design with stitches and
-/// threads is -20 or less (its bounds were never set) or beyond 32747 tenths of a millimetre, its area is beyond 2^28
-/// pixels, or memory ran out.
+/// where there is nothing to draw. No bytes when the picture cannot be made: its size does not allow it, or memory ran
+/// out.
 [[nodiscard]] std::vector<std::uint8_t> exportPecBitmapToDataForThread(const VLMDesign& design,
                                                                        std::int32_t thread) noexcept;
 

@@ -202,9 +202,10 @@ void putColorTable(VLMByteWriter& out, std::span<const std::uint8_t> colors) {
 }
 
 /// Appends a PEC section and its thumbnails.
-bool putSection(VLMByteWriter& out, std::span<const std::uint8_t> section, std::span<const std::uint8_t> thumbnails,
-                VLMError* error) {
-    if (section.size() > largestPecSection || thumbnails.empty()) return failWithSystemError(EFBIG, error);
+bool putSection(VLMByteWriter& out, const VLMDesign& design, std::span<const std::uint8_t> section,
+                std::span<const std::uint8_t> thumbnails, VLMError* error) {
+    if (section.size() > largestPecSection || !hasPecThumbnail(design)) return failWithSystemError(EFBIG, error);
+    if (thumbnails.empty()) return failWithSystemError(ENOMEM, error);
     out.bytes(section);
     out.bytes(thumbnails);
     return true;
@@ -270,7 +271,7 @@ std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* e
     // Three bytes reach far enough: a file of the most stitches and threads that there may be has a megabyte.
     out.replace(sectionPointerOffset, static_cast<std::int64_t>(out.size()), 3);
     const auto section = exportPecSegmentToData(design);
-    if (!putSection(out, section, pecThumbnailsOfDesignAndThreads(design), error)) return std::nullopt;
+    if (!putSection(out, design, section, pecThumbnailsOfDesignAndThreads(design), error)) return std::nullopt;
     return out.take();
 }
 
@@ -278,7 +279,7 @@ std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* e
     const auto section = exportPecSegmentToData(design);
     VLMByteWriter out(pesHeaderSize + section.size() + pecThumbnailSize);
     out.text("#PEC0001");
-    if (!putSection(out, section, exportPecBitmapToDataForThread(design, -1), error)) return std::nullopt;
+    if (!putSection(out, design, section, exportPecBitmapToDataForThread(design, -1), error)) return std::nullopt;
     return out.take();
 }
 

@@ -40,8 +40,12 @@ void Bitmap::Free::operator()(std::uint32_t* pixels) const noexcept {
     std::free(pixels);
 }
 
+bool Bitmap::canBe(std::int64_t width, std::int64_t height) noexcept {
+    return isSide(width) && isSide(height) && width * height <= mostPixels;
+}
+
 std::optional<Bitmap> Bitmap::make(std::int64_t width, std::int64_t height) noexcept {
-    if (!isSide(width) || !isSide(height) || width * height > mostPixels) return std::nullopt;
+    if (!canBe(width, height)) return std::nullopt;
     const auto count = static_cast<std::size_t>(width * height);
     Pixels pixels(static_cast<std::uint32_t*>(std::calloc(count, sizeof(std::uint32_t))));
     if (!pixels) return std::nullopt;

@@ -17,6 +17,8 @@ public:
     /// More pixels would need more than a gigabyte; a small file must not be able to ask for that.
     static constexpr std::int64_t mostPixels = std::int64_t{1} << 28U;
 
+    /// Whether a bitmap can be so many pixels wide and high.
+    [[nodiscard]] static bool canBe(std::int64_t width, std::int64_t height) noexcept;
     /// A transparent bitmap. Nothing when a side has no or too many pixels, or when there is no memory for it.
     [[nodiscard]] static std::optional<Bitmap> make(std::int64_t width, std::int64_t height) noexcept;
 

@@ -206,8 +206,9 @@ std::error_code replaceFile(const std::filesystem::path& path, std::span<const s
     const auto target = withoutLinks(path, error);
     if (error) return error;
     if (std::filesystem::is_directory(target, error)) return std::make_error_code(std::errc::is_a_directory);
+    const auto folder = target.parent_path();  // now: when the file is in place, nothing may fail any more
     if (const auto failure = putInPlace(target, bytes)) return failure;
-    flushFolder(target.parent_path());
+    flushFolder(folder);
     return {};
 }
 

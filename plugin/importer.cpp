@@ -23,14 +23,26 @@ AttributeValues valuesOf(const VLMDesign& design) {
             static_cast<float>(design.numberOfStitches()), static_cast<float>(design.numberOfDifferentColors())};
 }
 
-/// Makes every object before it stores the first, so that a lack of memory leaves the dictionary as it was.
-void storeAttributes(CFMutableDictionaryRef attributes, const AttributeValues& values) {
-    const auto keys = attributeKeys();
-    std::array<Owned<CFNumberRef>, numberOfAttributes> numbers;
+using Numbers = std::array<Owned<CFNumberRef>, numberOfAttributes>;
+
+Numbers numbersOf(const AttributeValues& values) {
+    Numbers numbers;
     for (std::size_t index = 0; index < numberOfAttributes; ++index)
         numbers[index] = own(CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat32Type, &values[index]));
-    for (std::size_t index = 0; index < numberOfAttributes; ++index)
+    return numbers;
+}
+
+/// All four or none: a dictionary that had no memory for one says nothing, but does not have it.
+bool storeAttributes(CFMutableDictionaryRef attributes, const Numbers& numbers) {
+    const auto keys = attributeKeys();
+    bool areAllThere = true;
+    for (std::size_t index = 0; index < numberOfAttributes; ++index) {
         CFDictionarySetValue(attributes, keys[index], numbers[index].get());
+        areAllThere = areAllThere && CFDictionaryGetValue(attributes, keys[index]) == numbers[index].get();
+    }
+    if (areAllThere) return true;
+    for (const CFStringRef key : keys) CFDictionaryRemoveValue(attributes, key);
+    return false;
 }
 
 }  // namespace
@@ -42,7 +54,6 @@ Boolean GetMetadataForFile(void*, CFMutableDictionaryRef attributes, CFStringRef
         if (attributes == nullptr || pathToFile == nullptr) return false;
         VLMDesign design;
         if (!importDesignFromURLerror(design, pathOf(pathToFile), nullptr)) return false;
-        storeAttributes(attributes, valuesOf(design));
-        return true;
+        return storeAttributes(attributes, numbersOf(valuesOf(design)));
     });
 }

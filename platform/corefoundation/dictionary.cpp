@@ -65,6 +65,15 @@ struct CFDictionaryObject final : Object {
         if (!isNew) releaseBy(values, former);
     }
 
+    void remove(const void* key) {
+        const auto found = entries.find(key);
+        if (found == entries.end()) return;
+        const auto entry = *found;
+        entries.erase(found);
+        releaseBy(keys, entry.first);
+        releaseBy(values, entry.second);
+    }
+
     const CFDictionaryKeyCallBacks keys;
     const CFDictionaryValueCallBacks values;
     std::unordered_map<const void*, const void*, Hash, Equal> entries{0, Hash{keys.hash}, Equal{keys.equal}};
@@ -86,6 +95,10 @@ CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
     const auto found = dictionary->entries.find(key);
     return found == dictionary->entries.end() ? nullptr : found->second;
+}
+
+void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const void* key) {
+    dictionary->remove(key);
 }
 
 void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void* key, const void* value) {

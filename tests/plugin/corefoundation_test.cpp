@@ -200,6 +200,20 @@ TEST(Dictionaries, FindEqualKeysAndHoldWhatIsInThem) {
     EXPECT_EQ(CFGetRetainCount(two.get()), 1);
 }
 
+TEST(Dictionaries, GiveUpWhatIsRemoved) {
+    const auto dictionary = own(CFDictionaryCreateMutable(kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks,
+                                                          &kCFTypeDictionaryValueCallBacks));
+    const auto key = text("width");
+    const auto value = number(1);
+    CFDictionarySetValue(dictionary.get(), key.get(), value.get());
+    CFDictionaryRemoveValue(dictionary.get(), text("height").get());
+    EXPECT_EQ(CFDictionaryGetCount(dictionary.get()), 1);
+    CFDictionaryRemoveValue(dictionary.get(), text("width").get());
+    EXPECT_EQ(CFDictionaryGetCount(dictionary.get()), 0);
+    EXPECT_EQ(CFGetRetainCount(key.get()), 1);
+    EXPECT_EQ(CFGetRetainCount(value.get()), 1);
+}
+
 TEST(Dictionaries, WithoutCallBacksTakePointers) {
     const auto dictionary = own(CFDictionaryCreateMutable(kCFAllocatorDefault, 0, nullptr, nullptr));
     const auto key = text("width");

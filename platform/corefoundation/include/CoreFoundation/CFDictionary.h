@@ -48,6 +48,8 @@ const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
 /* Adds the key, or gives it another value (the key object that is there stays). When memory lacks the dictionary stays
    as it is. */
 void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void* key, const void* value);
+/* Takes the key and its value out, if it is there. */
+void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const void* key);
 
 CF_EXTERN_C_END
 
