@@ -10,9 +10,6 @@
 namespace velamo {
 namespace {
 
-/// Far above any real design; a hostile file's moves could be cut into billions of pieces.
-constexpr std::size_t mostStitches = std::size_t{1} << 26;
-
 constexpr VLMStitch changeOnTheSpot(0, 0, false, true);
 
 struct Move {
@@ -56,8 +53,9 @@ bool trimFrom(Iterator first, Iterator end) noexcept {
 
 }  // namespace
 
-OptimizedStitches::OptimizedStitches(std::string_view designType, std::size_t count)
+OptimizedStitches::OptimizedStitches(std::string_view designType, std::size_t count, std::size_t mostStitches)
     : limits_(limitsOf(designType)),
+      mostStitches_(mostStitches),
       track_{.xMin = std::numeric_limits<float>::max(),
              .yMin = std::numeric_limits<float>::max(),
              .xMax = std::numeric_limits<float>::lowest(),
@@ -100,27 +98,23 @@ void OptimizedStitches::merge(const VLMStitch& stitch) {
 
 void OptimizedStitches::endRun() {
     isInRun_ = false;
-    if (!head_.isNullStitch()) put(head_);
-    for (; colorChanges_ > 0; --colorChanges_) deliver(changeOnTheSpot);
+    if (!head_.isNullStitch()) put(head_, head_.deltaX(), head_.deltaY());
+    for (; colorChanges_ > 0; --colorChanges_) deliver(changeOnTheSpot, 0, 0);
 }
 
 /// What is cut off behind a jump is a jump, even where a stitch is cut: the needle is still up.
 void OptimizedStitches::cut(VLMStitch rest) {
-    const std::size_t room = mostStitches - std::min(mostStitches, stitches_.size());
+    const std::size_t room = mostStitches_ - std::min(mostStitches_, stitches_.size());
     while (!isRefused_) {
         const Move whole{rest.deltaX(), rest.deltaY()};
         const float limit = limitOf(rest);
-        if (std::abs(whole.x) <= limit && std::abs(whole.y) <= limit) return deliver(rest);
+        if (std::abs(whole.x) <= limit && std::abs(whole.y) <= limit) return deliver(rest, whole.x, whole.y);
         const Move piece = firstPiece(whole, limit);
         const Move left{whole.x - piece.x, whole.y - piece.y};
         isRefused_ = isTooLong(whole, limit, room) || (left.x == whole.x && left.y == whole.y);
-        VLMStitch first = rest;
-        first.setDeltaX(piece.x);
-        first.setDeltaY(piece.y);
-        rest.setDeltaX(left.x);
-        rest.setDeltaY(left.y);
-        rest.setIsJumpStitch(rest.isJumpStitch() || followsJump_);
-        deliver(first);
+        const bool isRestJump = rest.isJumpStitch() || followsJump_;
+        deliver(rest, piece.x, piece.y);
+        rest = VLMStitch(left.x, left.y, isRestJump, false, rest.isSelected());
     }
 }
 
@@ -128,7 +122,7 @@ void OptimizedStitches::cut(VLMStitch rest) {
 /// single precision.
 void OptimizedStitches::flush() {
     const auto end = pending_.begin() + static_cast<std::ptrdiff_t>(std::exchange(pendingCount_, 0));
-    if (stitches_.size() > mostStitches) isRefused_ = true;
+    if (stitches_.size() > mostStitches_) isRefused_ = true;
     if (isRefused_) return;
     stitches_.insert(stitches_.end(), pending_.begin(), end);
     Track track = track_;
@@ -147,7 +141,7 @@ bool OptimizedStitches::replaceStitchesOf(VLMDesign& design) {
     const bool leadsNowhere = isInRun_ && colorChanges_ == 0;  // a jump behind which nothing is sewn
     if (isInRun_ && !leadsNowhere) endRun();
     flush();
-    if (isRefused_ || stitches_.size() > mostStitches) return false;
+    if (isRefused_ || stitches_.size() > mostStitches_) return false;
     design.stitches().all().swap(stitches_);
     design.setXMin(track_.xMin);
     design.setYMin(track_.yMin);

@@ -14,16 +14,23 @@ namespace velamo {
 /// stitches straight in here, so that it needs no list of its own.
 class OptimizedStitches {
 public:
-    /// Makes room for twice as many stitches; what is not used of it takes no memory, as it is never touched.
-    OptimizedStitches(std::string_view designType, std::size_t count);
+    /// Far above any real design; a hostile file's moves could be cut into billions of pieces.
+    static constexpr std::size_t usualMost = std::size_t{1} << 26;
+
+    /// Makes room for twice as many stitches as `count`; what is not used of it takes no memory, as it is never
+    /// touched.
+    OptimizedStitches(std::string_view designType, std::size_t count, std::size_t mostStitches = usualMost);
     OptimizedStitches(const OptimizedStitches&) = delete;
     OptimizedStitches& operator=(const OptimizedStitches&) = delete;
     ~OptimizedStitches() = default;
 
-    void push_back(const VLMStitch& stitch) {
-        if (stitch.isJumpStitch() || stitch.isColorChange()) return merge(stitch);
+    void push_back(const VLMStitch& stitch) { push_back(stitch, stitch.deltaX(), stitch.deltaY()); }
+    /// The stitch with another move. It is put together in its place in the list: elsewhere, and copied at once, it
+    /// would have to wait until its parts have arrived in memory.
+    void push_back(const VLMStitch& stitch, float deltaX, float deltaY) {
+        if (stitch.isJumpStitch() || stitch.isColorChange()) return merge(moved(stitch, deltaX, deltaY));
         if (isInRun_) endRun();
-        put(stitch);
+        put(stitch, deltaX, deltaY);
     }
 
     /// After the last stitch: gives the design the list and its bounds, unless a move could not be cut or there were
@@ -55,18 +62,27 @@ private:
     [[nodiscard]] float limitOf(const VLMStitch& stitch) const noexcept {
         return stitch.isJumpStitch() ? limits_.jump : limits_.stitch;
     }
-    void put(const VLMStitch& stitch) {
-        const float limit = limitOf(stitch);
-        const bool isShort = std::abs(stitch.deltaX()) <= limit && std::abs(stitch.deltaY()) <= limit;
-        isShort ? deliver(stitch) : cut(stitch);
+    static VLMStitch moved(VLMStitch stitch, float deltaX, float deltaY) noexcept {
+        stitch.setDeltaX(deltaX);
+        stitch.setDeltaY(deltaY);
+        return stitch;
     }
-    void deliver(const VLMStitch& stitch) {
-        pending_[pendingCount_++] = stitch;
+    void put(const VLMStitch& stitch, float deltaX, float deltaY) {
+        const float limit = limitOf(stitch);
+        const bool isShort = std::abs(deltaX) <= limit && std::abs(deltaY) <= limit;
+        isShort ? deliver(stitch, deltaX, deltaY) : cut(moved(stitch, deltaX, deltaY));
+    }
+    void deliver(const VLMStitch& stitch, float deltaX, float deltaY) {
+        VLMStitch& place = pending_[pendingCount_++];
+        place = stitch;
+        place.setDeltaX(deltaX);
+        place.setDeltaY(deltaY);
         followsJump_ = stitch.isJumpStitch();
         if (pendingCount_ == blockSize_) flush();
     }
 
     const Limits limits_;
+    const std::size_t mostStitches_;
     // The run of jumps and colour changes that is being merged: its move so far, and its colour changes.
     VLMStitch head_;
     std::size_t colorChanges_ = 0;

@@ -34,10 +34,8 @@ void appendTransformed(Edited& edited, const VLMStitchList& stitches, Transform 
                 needle = {needle.x + way.x, needle.y + way.y};
             }
             const VLMPoint newEnd = transform(end);
-            VLMStitch moved = stitch;
-            moved.setDeltaX(static_cast<float>(newEnd.x - needle.x));
-            moved.setDeltaY(static_cast<float>(newEnd.y - needle.y));
-            edited.append(moved);
+            const VLMPoint move = newEnd - needle;
+            edited.append(stitch, static_cast<float>(move.x), static_cast<float>(move.y));
             needle = newEnd;
         } else {
             if (isBehindSelected) edited.appendJumpBefore(stitch, inverse(needle) - needle);

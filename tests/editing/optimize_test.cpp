@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "editing/optimized_stitches.h"
 #include "tests/editing/step_by_step.h"
 
 namespace velamo {
@@ -12,8 +13,6 @@ namespace {
 using namespace test;
 
 constexpr float infinite = std::numeric_limits<float>::infinity();
-/// Of some sixteen million pieces.
-constexpr VLMStitch farAway = stitch(120.0F * (1U << 24U), 0);
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 
 struct Row {
@@ -149,10 +148,32 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(std::pair{"Infinite", Stitches{jump(1, 1), jump(1, 1), stitch(infinite, 0)}},
                     std::pair{"NotANumber", Stitches{jump(1, 1), jump(1, 1), stitch(0, notANumber)}},
                     std::pair{"SumOverflows", Stitches{jump(largestFloat, 0), jump(largestFloat, 1), stitch(1, 1)}},
-                    std::pair{"LimitIsLostInTheMove", Stitches{jump(1, 1), jump(1, 1), stitch(1e20F, 0)}},
-                    std::pair{"TooManyPieces",
-                              Stitches{jump(1, 1), jump(1, 1), farAway, farAway, farAway, farAway, farAway}}),
+                    std::pair{"LimitIsLostInTheMove", Stitches{jump(1, 1), jump(1, 1), stitch(1e20F, 0)}}),
     [](const auto& row) { return row.param.first; });
+
+/// The bound is far above any real design, so a smaller one is looked at: three pieces each, and a fourth stitch.
+TEST(Refusal, OfMoreStitchesThanAListMayHave) {
+    const Stitches long3{stitch(300, 0), jump(0, 300), stitch(-300, 0)};
+    const auto isDone = [&long3](std::size_t mostStitches) {
+        VLMDesign design;
+        OptimizedStitches optimized("DST", long3.size(), mostStitches);
+        for (const VLMStitch& stitch : long3) optimized.push_back(stitch);
+        const bool isReplaced = optimized.replaceStitchesOf(design);
+        EXPECT_EQ(design.stitches().size(), isReplaced ? 9U : 0U);
+        return isReplaced;
+    };
+    EXPECT_TRUE(isDone(9));
+    EXPECT_FALSE(isDone(8));
+    EXPECT_FALSE(isDone(1));
+    EXPECT_TRUE(isDone(OptimizedStitches::usualMost));
+}
+
+TEST(Refusal, OfOneMoveOfBillionsOfPieces) {
+    VLMDesign design;
+    OptimizedStitches optimized("DST", 1, 1000);
+    optimized.push_back(stitch(120.0F * 2000, 0));
+    EXPECT_FALSE(optimized.replaceStitchesOf(design));
+}
 
 TEST(Trimming, TakesJumpsOffBothEnds) {
     VLMDesign design;
