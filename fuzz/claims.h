@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "model/design.h"
@@ -12,6 +13,10 @@
 namespace velamo::fuzz {
 
 using Input = std::span<const std::uint8_t>;
+
+inline std::string_view textOf(Input bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
 
 /// Stops the run, and so keeps the input, when something does not hold that should.
 inline void claim(bool holds, const char* what) {

@@ -1,99 +1,12 @@
-#include <array>
-
-#include "editing/optimize.h"
-#include "formats/dst.h"
-#include "formats/exp.h"
 #include "formats/import.h"
-#include "formats/jef.h"
-#include "formats/pcs.h"
-#include "formats/pes.h"
-#include "fuzz/claims.h"
+#include "fuzz/export_claims.h"
 #include "fuzz/import_input.h"
-#include "tests/support/temporary_folder.h"
-
-namespace velamo::fuzz {
-namespace {
-
-using File = std::optional<std::vector<std::uint8_t>>;
-
-/// A format that we write, in memory.
-struct Written {
-    std::string_view type;
-    File (*write)(VLMDesign& design, VLMError* error);
-    bool (*read)(VLMDesign& design, Input file, VLMError* error);
-};
-constexpr std::array<Written, 6> writtenFormats{{
-    {"JEF", [](VLMDesign& design, VLMError* error) { return writeJef(design, {.dateText = "20260101000000"}, error); },
-     [](VLMDesign& design, Input file, VLMError* error) { return readJef(design, file, "jef", error); }},
-    {"PES", writePes, readPes},
-    {"PEC", writePec, readPec},
-    {"EXP", [](VLMDesign& design, VLMError*) { return File(writeExp(design)); }, readExp},
-    {"DST", [](VLMDesign& design, VLMError* error) { return writeDst(design, error); }, readDst},
-    {"PCS", writePcs, readPcx},
-}};
-
-/// A picture of the whole is made of designs of any size for PEC files, which is no matter of hostile bytes.
-bool isDrawn(const VLMDesign& design) {
-    constexpr std::int64_t mostPixels = 4000000;
-    return std::int64_t{design.designWidth()} * design.designHeight() <= mostPixels;
-}
-
-/// Colour blocks: a design need not have a thread for each.
-std::size_t blocksOf(const VLMDesign& design) {
-    const auto isChange = [](const VLMStitch& stitch) { return stitch.isColorChange(); };
-    const auto& stitches = design.stitches();
-    return static_cast<std::size_t>(std::count_if(stitches.begin(), stitches.end(), isChange)) + 1;
-}
-
-/// What no reader takes, though the format has us write it.
-bool isReadable(const VLMDesign& design, std::string_view type, Input file) {
-    constexpr std::size_t mostPecThreads = 463;
-    const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
-    const bool hasTwoSections = text.find("LA:") != text.rfind("LA:");  // by chance, in the name or a thumbnail
-    if (design.stitches().empty()) return false;  // nothing but a jump, which had no place to go to
-    if (type == "PES" && hasTwoSections) return false;
-    if (type == "PCS" && design.numberOfStitches() < 1) return false;
-    if (type == "JEF" && design.threads().size() > blocksOf(design)) return false;
-    if (type == "PEC" && design.threads().size() > mostPecThreads) return false;
-    return true;
-}
-
-void checkReading(const VLMDesign& design, const Written& format, Input file) {
-    if (!isReadable(design, format.type, file)) return;
-    VLMDesign read;
-    VLMError error;
-    const bool isRead = format.read(read, file, &error);
-    claim(isRead && error.code == 0, "what was written can be read");
-    claimBounds(read);
-    if (format.type == "PCS") return;  // the last records of several colours are missed
-    claim(read.threads().size() == blocksOf(design), "every block is there again");
-    claim(read.stitches().size() >= design.stitches().size(), "every stitch is there again");
-    const auto jumpsOf = [](const VLMDesign& one) { return one.numberOfJumps(); };
-    const int start = format.type == "PES" || format.type == "PEC" ? 1 : 0;
-    claim(jumpsOf(read) == jumpsOf(design) + start, "jumps stay jumps");
-}
-
-void checkExport(const VLMDesign& imported, const Written& format) {
-    VLMDesign design = imported.copy();
-    const bool isFitted = optimizeJumpsFor(design, format.type);
-    if (format.type == "PEC" && !isDrawn(design)) return;
-    VLMError error;
-    const File file = format.write(design, &error);
-    claim(file.has_value() == (error.code == 0), "a failure has a code, a success has none");
-    if (!file) return claim(!error.message().empty(), "a failure says what is wrong");
-    if (isFitted) checkReading(design, format, *file);
-}
-
-}  // namespace
-}  // namespace velamo::fuzz
+#include "fuzz/input_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace velamo;
-    static const test::TemporaryFolder folder;
     const fuzz::ImportInput input = fuzz::importInputOf({data, size});
-    const auto path = folder.path() / ("design." + std::string(input.format.extension));
-    std::filesystem::remove(path);
-    folder.write(path.filename(), std::vector(input.file.begin(), input.file.end()));
+    const auto path = fuzz::inputFile("design." + std::string(input.format.extension), input.file);
     VLMDesign design;
     if (!importDesignFromURLerror(design, path, nullptr)) return 0;
     for (const fuzz::Written& format : fuzz::writtenFormats) fuzz::checkExport(design, format);

@@ -1,17 +1,10 @@
-#include <fstream>
-
 #include "formats/import.h"
-#include "formats/thread_file.h"
 #include "fuzz/claims.h"
 #include "fuzz/import_input.h"
-#include "tests/support/temporary_folder.h"
+#include "fuzz/input_file.h"
 
 namespace velamo::fuzz {
 namespace {
-
-std::string_view textOf(Input bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
 
 void checkImport(const std::filesystem::path& path, const ImportInput& input) {
     VLMDesign design;
@@ -34,14 +27,8 @@ void checkImport(const std::filesystem::path& path, const ImportInput& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace velamo;
-    static const test::TemporaryFolder folder;
     const fuzz::ImportInput input = fuzz::importInputOf({data, size});
-    const auto path = folder.path() / ("design." + std::string(input.format.extension));
-    // New files each time: one that is emptied and written again goes to the disk at once.
-    std::filesystem::remove(path);
-    std::filesystem::remove(threadFileOf(path));
-    folder.write(path.filename(), fuzz::textOf(input.file));
-    if (!input.sideFile.empty()) folder.write("design.threads", fuzz::textOf(input.sideFile));
-    fuzz::checkImport(path, input);
+    fuzz::inputFile("design.threads", input.sideFile);
+    fuzz::checkImport(fuzz::inputFile("design." + std::string(input.format.extension), input.file), input);
     return 0;
 }

@@ -8,7 +8,7 @@
 
 #include "formats/format.h"
 #include "fuzz/import_input.h"
-#include "model/error.h"
+#include "model/design.h"
 #include "platform/files.h"
 #include "platform/property_list.h"
 #include "tests/support/samples.h"
@@ -112,9 +112,69 @@ bool writeDrawingSeeds(Corpus& corpus) {
     return isWritten;
 }
 
+Bytes bytesOfText(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
+bool writeTexts(Corpus& corpus, std::string_view target, std::initializer_list<std::string_view> texts) {
+    bool isWritten = true;
+    for (const std::string_view text : texts) isWritten = corpus.write(target, bytesOfText(text)) && isWritten;
+    return isWritten;
+}
+
+/// A design of two threads in a hoop, with all that an archive may hold.
+VLMDesign archivedDesign() {
+    VLMDesign design;
+    for (const char* key : {"1", "2"}) design.threads().push_back(VLMThread::initWithKeyofPalette(key, "Janome"));
+    design.stitches().push_back({10, -20.5F, true, false});
+    design.stitches().push_back({0, 0, true, true, true});
+    design.setDesignName("rose.dst");
+    design.setDesignType("DST");
+    design.setDesignHoop(VLMDesign::hoops().front());
+    design.setDesignLocation("/a/rose.dst");
+    return design;
+}
+
+bool writeListSeeds(Corpus& corpus) {
+    bool isWritten = true;
+    const auto archive = archiveDesign(archivedDesign());
+    for (const auto& seed : {archive, binaryPropertyList(*parsePropertyList(archive)), archiveDesign(VLMDesign())})
+        isWritten = corpus.write("archive", seed) && isWritten;
+    const PropertyList preference(PropertyList::Dictionary{{"MeasurementUnit", PropertyList(std::int64_t{2})}});
+    for (const auto write : {xmlPropertyList, binaryPropertyList}) {
+        for (const bool isCurrent : {true, false})
+            for (const char* target : {"side_file", "property_list"})
+                isWritten = corpus.write(target, write(sideFile(isCurrent))) && isWritten;
+        isWritten = corpus.write("preferences", write(preference)) && isWritten;
+    }
+    return isWritten;
+}
+
+bool writeTextSeeds(Corpus& corpus) {
+    const bool hasTables =
+        writeTexts(corpus, "string_table",
+                   {"/* a */ \"ERROR_1\" = \"No \\\"file\\\"\";\n// b\n\"k\"=\"\\U00e4\\UD83E\\UDDF5\\n\";",
+                    "\xEF\xBB\xBF\"a\" = \"b\";\n\"a\" = \"\xFF\";"});
+    const bool hasColors =
+        writeTexts(corpus, "color_list", {"9\n0 1.0 0.5 0.25 1 001\n1,0,1,0,1,x2\r\n2\t+1\t0\t0\t1\t001\n3 .5.5.5.5k"});
+    const bool hasLengths =
+        writeTexts(corpus, "preferences", {"12.5 mm", "2 in", "0,5\"", "1 1/2", "-3/4\"", "1.234,5", "nan", "1/0 mm"});
+    const bool hasScripts =
+        writeTexts(corpus, "edit_script",
+                   {"select-all\nrotate 45\nresize 1.5\nflip V\nmove 50 -20\ncenter\n",
+                    "select-rect -100 -100 200 100\ndelete\njumps on\nsplit-thread\ninvert\ntrim\n",
+                    "select-stitch 5 5 4\nselect-block 5 5 40 unselect\nthread-at 0 0 4\nstitch-at 0 0 4\n",
+                    "delete-thread 1\nmove-thread 1 0\ninsert-jump 10 0 2\noptimize JEF\nbaste 5 3\n",
+                    "recolor 0 1 0.5 0 Janome\nshow-thread 0 off\nhoop Janome 28\nfits Pfaff 3\noutside Janome 4\n",
+                    "type PES\nversion 10\nrange 0 1000\nthread-file on\nfind-hoop Janome\nselection-rect\n"});
+    return hasTables && hasColors && hasLengths && hasScripts;
+}
+
 bool writeSeeds(Corpus& corpus) {
     bool isWritten = writeImportSeeds(corpus);
     isWritten = writeDrawingSeeds(corpus) && isWritten;
+    isWritten = writeListSeeds(corpus) && isWritten;
+    isWritten = writeTextSeeds(corpus) && isWritten;
     for (const auto& [extension, target] : targetsOfFormats()) {
         if (target != "pec") isWritten = corpus.write(target, sampleFile(extension)) && isWritten;
         if (target != extension) continue;
