@@ -29,9 +29,9 @@ struct ConvertAllRequest {
 };
 
 /// Converts every design in the folder and below it, several at a time, into the same places below `outFolder`. Designs
-/// of one name, such as rose.dst and rose.exp, keep their extension in the new one: rose.dst.pes. A failure stops none
-/// of the others; all are listed at the end. The folder stays as it is, side files included: no design is put in the
-/// place of its own source.
+/// of one name, such as rose.dst and rose.exp, keep their extension in the new one, rose.dst.pes; so does one whose new
+/// name belongs to a design of the folder. A failure stops none of the others; all are listed at the end. The folder's
+/// files stay as they are, side files included.
 [[nodiscard]] ExitStatus convertAll(const ConvertAllRequest& request, const Console& console);
 
 }  // namespace velamo

@@ -60,7 +60,14 @@ std::vector<fs::path> designsIn(const fs::path& folder, std::vector<Problem>& pr
     return designs;
 }
 
-/// Gives each design a target of its own.
+/// A name for the file that is the same whichever way leads to its folder.
+fs::path identityOf(const fs::path& file) {
+    std::error_code failure;
+    const fs::path folder = fs::weakly_canonical(fs::absolute(file, failure).parent_path(), failure);
+    return failure ? file : folder / file.filename();
+}
+
+/// Gives each design a target of its own, which is no other design that is to be read.
 std::vector<Conversion> planConversions(const std::vector<fs::path>& designs, const ConvertAllRequest& request) {
     const auto placeOf = [&](const fs::path& design, const fs::path& name) {
         return request.outFolder / design.lexically_relative(request.folder).parent_path() /
@@ -69,12 +76,13 @@ std::vector<Conversion> planConversions(const std::vector<fs::path>& designs, co
     std::map<fs::path, std::size_t> namesakes;
     for (const fs::path& design : designs) ++namesakes[placeOf(design, design.stem())];
     std::set<fs::path> taken;
+    for (const fs::path& design : designs) taken.insert(identityOf(design));
     std::vector<Conversion> conversions;
     conversions.reserve(designs.size());
     for (const fs::path& design : designs) {
         fs::path target = placeOf(design, design.stem());
-        if (namesakes[target] > 1) target = placeOf(design, design.filename());
-        for (int number = 2; !taken.insert(target).second; ++number)
+        if (namesakes[target] > 1 || taken.contains(identityOf(target))) target = placeOf(design, design.filename());
+        for (int number = 2; !taken.insert(identityOf(target)).second; ++number)
             target = placeOf(design, design.filename().native() + '-' + std::to_string(number));
         conversions.push_back({design, target});
     }

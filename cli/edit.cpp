@@ -53,13 +53,15 @@ ExitStatus editDesign(const EditRequest& request, const Console& console) {
         reportProblem(console, request.file, error);
         return ExitStatus::failure;
     }
-    EditOutcome outcome = carryOut(commands, design);
-    if (outcome.isDone && request.target && !exportDesignToURLerror(design, *request.target, &error)) {
+    const EditOutcome outcome = carryOut(commands, design);
+    bool isDone = !outcome.refusal;
+    if (outcome.refusal) reportProblem(console, request.file, *outcome.refusal);
+    if (isDone && request.target && !exportDesignToURLerror(design, *request.target, &error)) {
         reportProblem(console, *request.target, error);
-        outcome.isDone = false;
+        isDone = false;
     }
     printOutcome(outcome.results, request.isDumped ? &design : nullptr, console);
-    return outcome.isDone ? ExitStatus::success : ExitStatus::failure;
+    return isDone ? ExitStatus::success : ExitStatus::failure;
 }
 
 }  // namespace
@@ -79,7 +81,7 @@ void describeEdit(CLI::App& program, Action& chosen) {
     const auto request = std::make_shared<EditRequest>();
     command->add_option("IN", request->file, "The design")->required();
     command->add_option("-e", request->commands, "A command; may be given several times")->allow_extra_args(false);
-    command->add_option("-f", request->script, "A script: a command a line, lines that start with # are comments");
+    command->add_option("-f", request->script, "A script: a command a line; # starts a comment");
     command->add_option("-o", request->target, "Write the design to this file; its extension decides the format");
     command->add_flag("--dump", request->isDumped, "Print the design as well, as 'velamo dump' does");
     command->footer(helpOnWords());

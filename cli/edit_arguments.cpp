@@ -42,7 +42,8 @@ void EditArguments::refuse(std::size_t index, std::string_view expected) const {
 template <class Number>
 Number EditArguments::number(std::size_t index, std::string_view expected) const {
     Number number{};
-    const std::string& word = text(index);
+    std::string_view word = text(index);
+    if (word.starts_with('+') && !word.starts_with("+-")) word.remove_prefix(1);
     const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), number);
     if (failure != std::errc() || end != word.data() + word.size()) refuse(index, expected);
     return number;

@@ -40,9 +40,20 @@ const EditWord& wordNamed(const std::string& name) {
     return *found;
 }
 
-bool isBlank(std::string_view line) {
-    const std::size_t first = line.find_first_not_of(blanks);
-    return first == line.npos || line[first] == '#';
+/// The line without the comment that "#" starts at its beginning or behind a blank, unless quotes hold it.
+std::string_view withoutComment(std::string_view line) {
+    char quote = '\0';
+    bool isBehindBlank = true;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (quote == '\0' && c == '#' && isBehindBlank) return line.substr(0, i);
+        if (quote == '\0' && (c == '"' || c == '\''))
+            quote = c;
+        else if (c == quote)
+            quote = '\0';
+        isBehindBlank = blanks.find(c) != blanks.npos;
+    }
+    return line;
 }
 
 }  // namespace
@@ -60,13 +71,15 @@ std::vector<EditCommand> parseEditScript(std::istream& script, const std::string
     int number = 0;
     for (std::string line; std::getline(script, line);) {
         ++number;
-        if (isBlank(line)) continue;
+        const std::string_view command = withoutComment(line);
+        if (command.find_first_not_of(blanks) == command.npos) continue;
         try {
-            commands.push_back(parseEditCommand(line));
+            commands.push_back(parseEditCommand(command));
         } catch (const EditSyntaxError& error) {
             throw EditSyntaxError(name + ", line " + std::to_string(number) + ": " + error.what());
         }
     }
+    if (script.bad()) throw EditSyntaxError("the script '" + name + "' cannot be read");
     return commands;
 }
 
@@ -90,7 +103,7 @@ EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design) {
             outcome.results.push_back(command(design));
         } catch (const EditRefusal& refusal) {
             outcome.results.push_back({{"error", errorJson(refusal.error())}});
-            outcome.isDone = false;
+            outcome.refusal = refusal.error();
             break;
         }
     }

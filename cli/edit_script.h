@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <iosfwd>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -38,7 +39,7 @@ private:
 /// together.
 [[nodiscard]] EditCommand parseEditCommand(std::string_view line);
 
-/// The commands of a script: one a line; empty lines and those that start with "#" are none. An error names the line.
+/// The commands of a script: one a line; "#" starts a comment. An error names the line.
 [[nodiscard]] std::vector<EditCommand> parseEditScript(std::istream& script, const std::string& name);
 
 /// The commands of lines given on the command line; an error names the line.
@@ -48,7 +49,7 @@ private:
 /// behind it were not carried out.
 struct EditOutcome {
     Json results = Json::array();
-    bool isDone = true;
+    std::optional<VLMError> refusal;
 };
 [[nodiscard]] EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design);
 

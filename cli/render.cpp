@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
+#include <cmath>
 #include <iomanip>
 #include <memory>
 #include <sstream>
@@ -72,15 +74,18 @@ const PictureKind& kindOf(const std::filesystem::path& picture) {
 }
 
 void checkThread(const RenderRequest& request, const VLMDesign& design) {
-    const auto count = design.threads().size();
-    if (!request.thread || (*request.thread >= 0 && static_cast<std::size_t>(*request.thread) < count)) return;
-    throw RenderUsageError("--thread " + std::to_string(*request.thread) + ": the design has the threads 0 to " +
-                           std::to_string(count - 1));
+    const std::int32_t count = design.numberOfThreads();
+    if (!request.thread || (*request.thread >= -1 && *request.thread < count)) return;
+    const std::string there = count == 0 ? "no threads" : "the threads 0 to " + std::to_string(count - 1);
+    throw RenderUsageError("--thread " + std::to_string(*request.thread) + ": the design has " + there);
 }
 
 /// What is too large is said with its size; else it was memory that did not suffice.
 void reportUndrawn(const RenderRequest& request, const PictureKind& kind, const VLMDesign& design,
                    const Console& console) {
+    const VLMRect rect = pictureRectOf(design);
+    if (!(rect.width > 0 && rect.height > 0))
+        return reportProblem(console, request.picture.native(), "The design has no size.", EINVAL);
     const auto [width, height] = pictureSizeOf(design, scaleOf(request, design));
     const bool isSide = std::min(width, height) >= 1 && std::max(width, height) <= Bitmap::mostPixelsOfSide;
     if (kind.hasPixels && !(isSide && width * height <= Bitmap::mostPixels)) {
@@ -123,6 +128,13 @@ ExitStatus renderDesign(const RenderRequest& request, const Console& console) {
     return writePicture(request, kind, design, console);
 }
 
+std::string refuseScale(const std::string& text) {
+    double scale = 0;
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), scale);
+    const bool isNumber = failure == std::errc() && end == text.data() + text.size();
+    return isNumber && std::isfinite(scale) && scale > 0 ? "" : "'" + text + "' is no positive number";
+}
+
 }  // namespace
 
 ExitStatus render(const RenderRequest& request, const Console& console) {
@@ -147,7 +159,7 @@ void describeRender(CLI::App& program, Action& chosen) {
         ->required();
     auto* scale =
         command->add_option("--scale", request->scale, "Pixels of a PNG picture for each tenth of a millimetre (1)")
-            ->check(CLI::PositiveNumber);
+            ->check(refuseScale);
     command->add_option("--size", request->size, "Pixels of the longer side of a PNG picture, in place of --scale")
         ->check(CLI::Range(1, static_cast<int>(Bitmap::mostPixelsOfSide)))
         ->excludes(scale);
@@ -155,7 +167,7 @@ void describeRender(CLI::App& program, Action& chosen) {
     command->add_flag("--jumps", request->look.showJumps, "Dash jumps");
     command->add_flag("--structure", request->look.showStructure,
                       "Draw thin lines, and a dot where the needle goes in");
-    command->add_option("--thread", request->thread, "Draw one thread alone; the first one is 0");
+    command->add_option("--thread", request->thread, "Draw one thread alone; the first one is 0, and -1 draws all");
     command->add_option("-e", request->commands, "Carry out an edit command before; may be given several times")
         ->allow_extra_args(false);
     command->footer("'velamo edit --help' tells the edit commands.");

@@ -55,6 +55,8 @@ bool exportDesignToURLerror(VLMDesign& design, const std::filesystem::path& url,
         if (format == nullptr || format->writer == nullptr) return refuseFormat(url, extension, error);
 
         const bool isFitted = optimizeJumpsFor(design, format->type);
+        // Nothing but jumps: a file of that would be read by nobody.
+        if (design.stitches().empty()) return fail(errorTexts, noStitches, error);
         VLMError writerError;
         if (!format->writer(design, url, &writerError, options)) {
             if (error != nullptr) *error = std::move(writerError);

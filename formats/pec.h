@@ -52,6 +52,9 @@ namespace velamo {
 /// The index of each thread, as exportPecSegmentToData writes it and with the same effect on the design.
 [[nodiscard]] std::vector<std::uint8_t> takeBrotherIndices(VLMDesign& design);
 
+/// The threads that the attribute block has room for.
+inline constexpr std::size_t mostPecThreads = 463;
+
 /// A larger section cannot say where its thumbnails begin.
 inline constexpr std::size_t largestPecSection = 512 + 0xFFFFFF;
 

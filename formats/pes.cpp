@@ -276,6 +276,10 @@ std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* e
 }
 
 std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* error) {
+    if (design.threads().size() > mostPecThreads) {
+        failWithSystemError(EFBIG, error);
+        return std::nullopt;
+    }
     const auto section = exportPecSegmentToData(design);
     VLMByteWriter out(pesHeaderSize + section.size() + pecThumbnailSize);
     out.text("#PEC0001");

@@ -57,8 +57,9 @@ namespace velamo {
 [[nodiscard]] bool exportPesDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                              const ExportOptions& options = {}) noexcept;
 
-/// The same for the PEC file at `url`: type "PEC", and nothing is checked. False, with EFBIG of the system's errors,
-/// when the stitches take more than 16 MB or no thumbnail can be made of so large a design.
+/// The same for the PEC file at `url`: type "PEC", and size and stitches are not checked. False, with EFBIG of the
+/// system's errors, when there are more than 463 threads, the stitches take more than 16 MB or no thumbnail can be made
+/// of so large a design: nobody could read such a file.
 [[nodiscard]] bool exportPecDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                              const ExportOptions& options = {}) noexcept;
 

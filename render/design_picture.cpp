@@ -40,6 +40,7 @@ PictureSize pictureSizeOf(const VLMDesign& design, double scale) noexcept {
 double scaleForLongerSide(const VLMDesign& design, std::int32_t pixels) noexcept {
     const VLMRect rect = pictureRectOf(design);
     const double length = std::max(rect.width, rect.height);
+    if (!(length > 0)) return 0;
     const double scale = pixels / length;
     return std::ceil(length * scale) > pixels ? std::nextafter(scale, 0) : scale;  // not a pixel more by rounding
 }

@@ -28,7 +28,7 @@ struct PictureSize {
 };
 [[nodiscard]] PictureSize pictureSizeOf(const VLMDesign& design, double scale) noexcept;
 
-/// The scale at which the longer side has so many pixels.
+/// The scale at which the longer side has so many pixels; 0 for a picture of no size.
 [[nodiscard]] double scaleForLongerSide(const VLMDesign& design, std::int32_t pixels) noexcept;
 
 /// A picture on a transparent ground. Nothing when its size is none, or more than a bitmap can have, or memory ran out.

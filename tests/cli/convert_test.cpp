@@ -143,7 +143,7 @@ TEST_F(ConvertAll, KeepsNamesakesApart) {
     folder_.write("rose.dst.exp", bytes(5, 5, 1, 1));
     EXPECT_EQ(toExp().out, "4 designs converted, 0 failed\n");
     EXPECT_EQ(namesIn(out_),
-              (std::vector<std::string>{"leaf.exp", "rose.dst.exp", "rose.dst.exp-2.exp", "rose.exp.exp"}));
+              (std::vector<std::string>{"leaf.exp", "rose.dst.exp", "rose.dst.exp.exp", "rose.exp.exp"}));
 }
 
 TEST_F(ConvertAll, GoesOnPastFailuresAndListsThemAtTheEnd) {
@@ -169,9 +169,33 @@ TEST_F(ConvertAll, LeavesSideFilesAlone) {
 TEST_F(ConvertAll, PutsNoDesignInThePlaceOfItsSource) {
     const auto outcome =
         call({"convert", "--all", folder_.path().native(), "--to", "dst", "--out", folder_.path().native()});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.problems, HasSubstr("rose.dst: File exists (error 17)"));
+    EXPECT_EQ(outcome.status, 0) << outcome.problems;
+    EXPECT_EQ(namesIn(folder_.path()), (std::vector<std::string>{"rose.dst", "rose.dst.dst"}));
     EXPECT_EQ(fileText(source_), std::string(test::diagonalDst.begin(), test::diagonalDst.end()));
+}
+
+TEST_F(ConvertAll, PutsNoDesignInThePlaceOfAnother) {
+    const Bytes other = bytes(5, 5, 1, 1);
+    folder_.write("rose.exp", other);
+    folder_.write("rose.dst.exp", other);
+    const auto outcome =
+        call({"convert", "--all", folder_.path().native(), "--to", "exp", "--out", (folder_.path() / ".").native()});
+    EXPECT_EQ(outcome.out, "3 designs converted, 0 failed\n");
+    for (const char* name : {"rose.exp", "rose.dst.exp"})
+        EXPECT_EQ(fileText(folder_.path() / name), std::string(other.begin(), other.end())) << name;
+    EXPECT_EQ(namesIn(folder_.path()).size(), 6U);
+}
+
+TEST_F(ConvertAll, RefusesASourceUnderAnotherName) {
+    std::filesystem::create_directory(folder_.path() / "a");
+    const auto link = folder_.path() / "a" / "leaf.exp";
+    const auto source = folder_.write("leaf.exp", bytes(5, 5, 1, 1));
+    std::filesystem::create_hard_link(source, link);
+    std::filesystem::create_directory(out_);
+    std::filesystem::create_hard_link(source, std::filesystem::path(out_) / "leaf.exp");
+    const auto outcome = toExp();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.problems, HasSubstr("leaf.exp: File exists (error 17)"));
 }
 
 TEST_F(ConvertAll, SaysWhatItCannotLookAt) {

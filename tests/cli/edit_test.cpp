@@ -52,7 +52,8 @@ TEST_F(Edit, DumpsTheDesignAsItIsAfterwards) {
 }
 
 TEST_F(Edit, ReadsScriptsBeforeSingleCommands) {
-    const auto script = folder_.write("script", "# the hoop\n\n  hoop Janome 28\r\n\tfits \"Janome\" '28'\n");
+    const auto script =
+        folder_.write("script", "# the hoop\n\n  hoop Janome 28\r\n\tfits \"Janome\" '28' # too large?\n  # done\n");
     const auto outcome = edited({"hoop Janome -1"}, {"-f", script, "--dump"});
     EXPECT_EQ(outcome.json()["results"].dump(), "[true,true,false]");
     EXPECT_TRUE(outcome.json()["design"]["hoop"].is_null());
@@ -102,7 +103,8 @@ INSTANTIATE_TEST_SUITE_P(
             "UnselectBlock", {"select-all", "select-block -60 -60 4 unselect", "is-selected-at 60 60 4"}, "false"},
         ResultRow{"StitchAt", {"stitch-at -60 -60 4"}, "3"}, ResultRow{"NoStitchAt", {"stitch-at 0 500 4"}, "-1"},
         ResultRow{"ThreadAt", {"thread-at -60 -60 4"}, "0"}, ResultRow{"NoThreadAt", {"thread-at 0 500 4"}, "-1"},
-        ResultRow{"Center", {"center"}, "true"}, ResultRow{"Move", {"select-all", "move 10 -20.5"}, "true"},
+        ResultRow{"Center", {"center"}, "true"}, ResultRow{"PlusSigns", {"move +5 +0.5"}, "true"},
+        ResultRow{"Move", {"select-all", "move 10 -20.5"}, "true"},
         ResultRow{"Moved",
                   {"select-all", "move 10 -20.5", "select-all", "invert", "selection-rect"},
                   "[-111.0,-141.5,242.0,242.0]"},
@@ -157,6 +159,7 @@ TEST_F(Edit, StopsAtACommandThatFails) {
     EXPECT_EQ(results[1]["error"]["code"], 70);
     EXPECT_EQ(results[1]["error"]["message"], "Unable to flip the design (invalid orientation).");
     EXPECT_EQ(outcome.json()["design"]["designVersion"], 30);
+    EXPECT_THAT(outcome.problems, HasSubstr("square.dst: Unable to flip the design (invalid orientation). (error 70)"));
 }
 
 TEST_F(Edit, SaysWhyACommandFails) {
@@ -214,6 +217,7 @@ INSTANTIATE_TEST_SUITE_P(
                              "expected 'select-stitch X Y TOL [unselect]'"},
                     WrongRow{"NoParameters", "center 3", "expected 'center'"},
                     WrongRow{"NoReal", "move 1 2mm", "DY is a number, not '2mm'"},
+                    WrongRow{"TwoSigns", "move +-1 2", "DX is a number, not '+-1'"},
                     WrongRow{"NoSwitch", "jumps yes", "on|off is 'on' or 'off', not 'yes'"},
                     WrongRow{"NoShare", "recolor 0 1 255 0 Janome", "G is a number from 0 to 1, not '255'"},
                     WrongRow{"NegativeRange", "range -1 2", "LOCATION is a whole number, 0 or more, not '-1'"},
@@ -226,6 +230,9 @@ TEST_F(Edit, NamesTheLineOfAScriptThatIsWrong) {
     EXPECT_EQ(outcome.status, 2);
     EXPECT_THAT(outcome.problems, HasSubstr(script.native() + ", line 4: expected 'fits VENDOR CODE'"));
     EXPECT_EQ(edited({}, {"-f", "/nowhere/script"}).status, 2);
+    const auto folder = edited({}, {"-f", folder_.path().native()});
+    EXPECT_EQ(folder.status, 2);
+    EXPECT_THAT(folder.problems, HasSubstr("cannot be read"));
 }
 
 TEST_F(Edit, OfAnUnreadableDesignFails) {

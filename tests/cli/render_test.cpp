@@ -151,7 +151,13 @@ INSTANTIATE_TEST_SUITE_P(
                     UsageRow{"SizeTooLarge", "out.png", {"--size", "32768"}, "--size"},
                     UsageRow{
                         "NoSuchThread", "out.png", {"--thread", "2"}, "--thread 2: the design has the threads 0 to 1"},
-                    UsageRow{"NegativeThread", "out.png", {"--thread", "-1"}, "--thread"},
+                    UsageRow{"NegativeThread", "out.png", {"--thread", "-2"}, "--thread"},
+                    UsageRow{"NoThreadsAtAll",
+                             "out.png",
+                             {"-e", "select-all", "-e", "delete", "--thread", "0"},
+                             "--thread 0: the design has no threads"},
+                    UsageRow{"ScaleThatIsNoNumber", "out.png", {"--scale", "nan"}, "--scale"},
+                    UsageRow{"InfiniteScale", "out.png", {"--scale", "inf"}, "--scale"},
                     UsageRow{"NoCommand", "out.png", {"-e", "frobnicate"}, "there is no command 'frobnicate'"}),
     [](const auto& row) { return row.param.name; });
 

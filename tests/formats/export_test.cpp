@@ -10,6 +10,8 @@
 #include "formats/format.h"
 #include "formats/import.h"
 #include "formats/thread_file.h"
+#include "platform/files.h"
+#include "tests/support/bytes.h"
 #include "tests/support/designs.h"
 #include "tests/support/temporary_folder.h"
 
@@ -202,6 +204,19 @@ TEST(Export, PassesTheWritersErrorOn) {
     EXPECT_EQ(error.code, 130);
     EXPECT_EQ(error.domain, designErrorDomain);
     EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.dst", nullptr));
+}
+
+TEST(Export, RefusesADesignOfNothingButJumps) {
+    const test::TemporaryFolder folder;
+    for (const Format& format : allFormats()) {
+        if (format.writer == nullptr) continue;
+        const auto file = folder.write("old." + std::string(format.extension), test::bytes(1, 2, 3));
+        VLMDesign design = test::designOf({test::jump(1, 1), test::jump(2, 2)});
+        VLMError error;
+        EXPECT_FALSE(exportDesignToURLerror(design, file, &error)) << format.extension;
+        EXPECT_EQ(error.code, 14);
+        EXPECT_EQ(readWholeFile(file), test::bytes(1, 2, 3));
+    }
 }
 
 TEST(Export, SaysWhenMovesCannotBeFitted) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <filesystem>
+
 #include "formats/pec.h"
 #include "formats/pec_thumbnail.h"
 #include "formats/pes.h"
@@ -127,6 +130,20 @@ TEST(PecThreads, MayFillTheAttributesAndMore) {
         EXPECT_EQ(segment.size(), std::max(attributesSize, 49 + threads) + 20 + 3);
         EXPECT_EQ(part(segment, 514, 3), le24(static_cast<std::int64_t>(segment.size() - attributesSize)));
         EXPECT_EQ(segment.at(49 + 462), 5);
+    }
+}
+
+/// A section of more threads has no place for its header, so there is no file of that.
+TEST(PecThreads, OfAFileFillTheAttributesAtMost) {
+    const test::TemporaryFolder folder;
+    for (const std::size_t threads : {463U, 464U}) {
+        const auto file = folder.path() / (std::to_string(threads) + ".pec");
+        VLMDesign design = sewn({stitch(1, 1)}, threads);
+        VLMError error;
+        const bool isWritten = exportPecDesignToURLerror(design, file, &error);
+        EXPECT_EQ(isWritten, threads == 463);
+        EXPECT_EQ(error.code, isWritten ? 0 : EFBIG);
+        EXPECT_EQ(std::filesystem::exists(file), isWritten);
     }
 }
 
