@@ -9,7 +9,10 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <fstream>
+#include <random>
+#include <thread>
 
 #include "tests/catalogue/support.h"
 #include "tests/support/other_user.h"
@@ -306,10 +309,125 @@ TEST_F(Indexer, TakesAFileThatVanishesMeanwhileAsVanished) {
     EXPECT_THAT(told_.problems, IsEmpty());
 }
 
+TEST_F(Indexer, TakesAFolderThatVanishesMeanwhileAsVanished) {
+    write("a/rose.dst");
+    write("z/lily.dst");
+    write("z/deep/tulip.dst");
+    run();
+    auto observer = told_.observer();
+    bool isWalking = false;  // the folders' names are known then, what they hold is not
+    observer.progress = [&](const IndexProgress&) {
+        if (!std::exchange(isWalking, true)) std::filesystem::remove_all(designs_ / "z");
+    };
+    const DesignReader noReader = [](std::span<const std::filesystem::path> files) {
+        return std::vector<ReadOutcome>(files.size(), DesignAttributes{});
+    };
+    EXPECT_EQ(indexFolders(catalogue_, {{designs_}}, {noReader}, 1, observer),
+              (IndexSummary{.unchanged = 1, .removed = 2}));
+    EXPECT_THAT(told_.problems, IsEmpty());
+    EXPECT_THAT(found(), ElementsAre("a/rose.dst"));
+}
+
+TEST_F(Indexer, SurvivesFoldersThatComeAndGo) {
+    for (int i = 0; i < 20; ++i) write("stays/" + std::to_string(i) + ".dst");
+    std::atomic<bool> isDone = false;
+    std::thread other([&] {
+        while (!isDone) {
+            for (int i = 0; i < 20; ++i) write("goes/" + std::to_string(i % 4) + "/" + std::to_string(i) + ".dst");
+            std::filesystem::remove_all(designs_ / "goes");
+        }
+    });
+    for (int turn = 0; turn < 30; ++turn) EXPECT_TRUE(run().isComplete);
+    isDone = true;
+    other.join();
+    EXPECT_TRUE(run().isComplete);
+    EXPECT_EQ(found().size(), 20U);
+    EXPECT_EQ(run(), (IndexSummary{.unchanged = 20}));
+}
+
+TEST_F(Indexer, WaitsForAnotherProgramThatWritesIntoTheCatalogue) {
+    write("rose.dst");
+    sqlite3* other = nullptr;
+    ASSERT_EQ(::sqlite3_open((folder_.path() / "catalogue.sqlite").c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(::sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    std::thread release([other] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        ::sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr);
+    });
+    EXPECT_EQ(run(), (IndexSummary{.added = 1}));
+    release.join();
+    ::sqlite3_close(other);
+}
+
+/// A catalogue of the designs in a folder, in which some bytes are then others.
+class DamagedCatalogue : public testing::Test {
+protected:
+    DamagedCatalogue() {
+        for (int i = 0; i < 60; ++i)
+            folder_.write("designs/" + std::to_string(i % 5) + "/" + std::to_string(i) + ".dst", test::soundDst());
+        auto catalogue = Catalogue::openForIndexing(file_);
+        test::Told told;
+        test::runIndexer(catalogue, {designs_}, told);
+    }
+    /// Whether what was tried was done; refusing is the only other way.
+    template <class Body>
+    static bool isDone(const Body& body) {
+        try {
+            body();
+            return true;
+        } catch (const CatalogueError& error) {
+            EXPECT_STRNE(error.what(), "");
+            return false;
+        }
+    }
+
+    test::TemporaryFolder folder_;
+    std::filesystem::path designs_ = std::filesystem::canonical(folder_.path()) / "designs";
+    std::filesystem::path file_ = folder_.path() / "catalogue.sqlite";
+};
+
+TEST_F(DamagedCatalogue, IsSearchedAndIndexedOrRefused) {
+    const std::string whole = test::TemporaryFolder::read(file_);
+    ASSERT_GT(whole.size(), 8000U);
+    std::mt19937 random(11);
+    int refusals = 0;
+    constexpr int rounds = 150;
+    for (int round = 0; round < rounds; ++round) {
+        std::string damaged = whole;
+        const int count = 1 << (round % 10);
+        for (int i = 0; i < count; ++i) damaged[random() % whole.size()] = static_cast<char>(random());
+        folder_.write("catalogue.sqlite", damaged);
+        const bool isSearched =
+            isDone([&] { static_cast<void>(Catalogue::openForSearching(file_).search({.words = {"1"}})); });
+        const bool isIndexed = isDone([&] {
+            auto catalogue = Catalogue::openForIndexing(file_);
+            test::Told told;
+            const auto summary = test::runIndexer(catalogue, {designs_}, told, 1 + round % 2);
+            EXPECT_EQ(summary.designs(), 60) << round;
+        });
+        if (!isSearched || !isIndexed) ++refusals;
+    }
+    EXPECT_GT(refusals, 0);
+    EXPECT_LT(refusals, rounds);
+}
+
 TEST_F(Indexer, TakesMoreFilesThanFitInItsQueue) {
     for (int i = 0; i < 700; ++i) write(std::to_string(i % 7) + "/" + std::to_string(i) + ".dst");
     EXPECT_EQ(run(), (IndexSummary{.added = 700}));
     EXPECT_EQ(catalogue_.search({}).size(), 700U);
+}
+
+TEST_F(Indexer, HasManyReadersAtOnce) {
+    for (int i = 0; i < 800; ++i) write(std::to_string(i % 9) + "/" + std::to_string(i) + ".dst");
+    const DesignReader reader = [](std::span<const std::filesystem::path> files) {
+        std::vector<ReadOutcome> outcomes;
+        for (const auto& file : files) outcomes.push_back(test::readDirectly(file));
+        return outcomes;
+    };
+    const auto summary =
+        indexFolders(catalogue_, {{designs_}}, std::vector<DesignReader>(16, reader), 1, told_.observer());
+    EXPECT_EQ(summary, (IndexSummary{.added = 800}));
+    EXPECT_EQ(catalogue_.search({}).size(), 800U);
 }
 
 TEST_F(Indexer, WalksDeepFolders) {

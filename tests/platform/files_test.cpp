@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -47,6 +48,38 @@ TEST(ReadingFiles, GivesNothingOfWhatIsNoReadableFile) {
     EXPECT_TRUE(readWholeFile("/dev/zero").empty());
     EXPECT_TRUE(readWholeFile(folder.path() / "missing").empty());
     EXPECT_TRUE(readWholeFile(folder.write("empty", "")).empty());
+}
+
+TEST(ReadingFiles, GivesWhatIsThereOfAFileThatShrinksAndGrows) {
+    const TemporaryFolder folder;
+    std::vector<std::uint8_t> all(300000);
+    for (std::size_t i = 0; i < all.size(); ++i) all[i] = static_cast<std::uint8_t>(i * 7);
+    const auto file = folder.write("all", all);
+    const int descriptor = ::open(file.c_str(), O_WRONLY | O_APPEND);
+    ASSERT_GE(descriptor, 0);
+    std::atomic<bool> isDone = false;
+    std::thread writer([&] {
+        std::mt19937 random(5);
+        while (!isDone) {
+            const std::size_t kept = random() % all.size();
+            if (::ftruncate(descriptor, static_cast<off_t>(kept)) != 0) return;
+            if (::write(descriptor, all.data() + kept, all.size() - kept) < 0) return;
+        }
+    });
+    std::size_t shorter = 0;
+    std::size_t wrong = 0;
+    for (int turn = 0; turn < 2000 || shorter == 0; ++turn) {
+        const auto found = readWholeFile(file);
+        if (found.size() < all.size()) ++shorter;
+        // The system empties the rest of the page in which the file ends now, even under a reader.
+        const auto isSame = [](std::uint8_t byte, std::uint8_t written) { return byte == written || byte == 0; };
+        if (found.size() > all.size() || !std::equal(found.begin(), found.end(), all.begin(), isSame)) ++wrong;
+    }
+    isDone = true;
+    writer.join();
+    ::close(descriptor);
+    EXPECT_EQ(wrong, 0U);
+    EXPECT_GT(shorter, 0U);  // it did shrink meanwhile
 }
 
 TEST(ReplacingFiles, WritesANewFileWithTheUsersPermissions) {
