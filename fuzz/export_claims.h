@@ -47,14 +47,12 @@ inline std::size_t blocksOf(const VLMDesign& design) {
 
 /// What no reader takes, though the format has us write it.
 inline bool isReadable(const VLMDesign& design, std::string_view type, Input file) {
-    constexpr std::size_t mostPecThreads = 463;
     const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
     const bool hasTwoSections = text.find("LA:") != text.rfind("LA:");  // by chance, in the name or a thumbnail
     if (design.stitches().empty()) return false;  // nothing but a jump, which had no place to go to
     if (type == "PES" && hasTwoSections) return false;
     if (type == "PCS" && design.numberOfStitches() < 1) return false;
     if (type == "JEF" && design.threads().size() > blocksOf(design)) return false;
-    if (type == "PEC" && design.threads().size() > mostPecThreads) return false;
     return true;
 }
 
