@@ -9,7 +9,7 @@ namespace velamo::fuzz {
 /// that is emptied and written again goes to the disk at once.
 inline std::filesystem::path inputFile(const std::filesystem::path& name, Input bytes) {
     static const test::TemporaryFolder folder;
-    const auto path = folder.path() / name;
+    auto path = folder.path() / name;
     std::filesystem::remove(path);
     if (!bytes.empty()) folder.write(name, textOf(bytes));
     return path;

@@ -14,8 +14,11 @@ namespace {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool isSanitized = true;
 #elif defined(__has_feature)
-constexpr bool isSanitized =
-    __has_feature(address_sanitizer) || __has_feature(memory_sanitizer) || __has_feature(thread_sanitizer);
+#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer) || __has_feature(thread_sanitizer)
+constexpr bool isSanitized = true;
+#else
+constexpr bool isSanitized = false;
+#endif
 #else
 constexpr bool isSanitized = false;
 #endif
