@@ -15,7 +15,7 @@ namespace velamo {
 /// Each is false, with the design unchanged, when a move becomes too large or not finite (error 71), or without memory.
 
 /// Moves the whole design, selected or not, until its middle is the origin. Rounding may leave a remainder: it is tried
-/// ten times at most.
+/// ten times at most. Where memory runs out between two times, the design stays as far as it was moved.
 [[nodiscard]] bool centerDesign(VLMDesign& design, VLMError* error = nullptr) noexcept;
 
 /// `vector` in tenths of a millimetre.
