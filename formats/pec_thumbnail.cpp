@@ -198,7 +198,7 @@ PecThumbnail pecThumbnailOf(Pixels rgba) noexcept {
 }
 
 bool hasPecThumbnail(const VLMDesign& design) noexcept {
-    constexpr std::int64_t margins = 2 * margin;
+    constexpr std::int64_t margins = std::int64_t{2} * margin;
     return isEmpty(design) || Bitmap::canBe(design.designWidth() + margins, design.designHeight() + margins);
 }
 
