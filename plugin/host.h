@@ -6,16 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace velamo {
+#include "formats/design_attributes.h"
 
-/// What the indexer is told of a design, as the plug-in stores it: single-precision numbers.
-struct DesignAttributes {
-    float widthInMillimetres = 0;
-    float heightInMillimetres = 0;
-    float stitches = 0;
-    float colors = 0;
-    friend bool operator==(const DesignAttributes&, const DesignAttributes&) = default;
-};
+namespace velamo {
 
 /// Loads the importer module as the operating system's indexer does: asks its factory for an instance by the type's
 /// UUID, negotiates the importer interface, calls its import slot, and gives back every reference. One host serves one

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "formats/import.h"
+#include "formats/design_attributes.h"
 #include "plugin/attributes.h"
 
 namespace velamo {
@@ -16,11 +16,8 @@ std::filesystem::path pathOf(CFStringRef text) {
     return path.c_str();
 }
 
-AttributeValues valuesOf(const VLMDesign& design) {
-    constexpr float tenthsInMillimetre = 10.0F;
-    return {static_cast<float>(design.designWidth()) / tenthsInMillimetre,
-            static_cast<float>(design.designHeight()) / tenthsInMillimetre,
-            static_cast<float>(design.numberOfStitches()), static_cast<float>(design.numberOfDifferentColors())};
+AttributeValues valuesOf(const DesignAttributes& design) noexcept {
+    return {design.widthInMillimetres, design.heightInMillimetres, design.stitches, design.colors};
 }
 
 using Numbers = std::array<Owned<CFNumberRef>, numberOfAttributes>;
@@ -52,8 +49,7 @@ Boolean GetMetadataForFile(void*, CFMutableDictionaryRef attributes, CFStringRef
     using namespace velamo;
     return operation(nullptr, [&] {
         if (attributes == nullptr || pathToFile == nullptr) return false;
-        VLMDesign design;
-        if (!importDesignFromURLerror(design, pathOf(pathToFile), nullptr)) return false;
-        return storeAttributes(attributes, numbersOf(valuesOf(design)));
+        const auto design = attributesOfFile(pathOf(pathToFile));
+        return design && storeAttributes(attributes, numbersOf(valuesOf(*design)));
     });
 }

@@ -48,11 +48,7 @@ struct Told {
 inline ReadOutcome readDirectly(const std::filesystem::path& file) {
     VLMDesign design;
     VLMError error;
-    if (importDesignFromURLerror(design, file, &error))
-        return DesignAttributes{.widthInMillimetres = static_cast<float>(design.designWidth()) / 10.0F,
-                                .heightInMillimetres = static_cast<float>(design.designHeight()) / 10.0F,
-                                .stitches = static_cast<float>(design.numberOfStitches()),
-                                .colors = static_cast<float>(design.numberOfDifferentColors())};
+    if (importDesignFromURLerror(design, file, &error)) return attributesOfDesign(design);
     if (const auto reason = reasonAgainstReading(file)) return reason;
     return DesignFailure{std::string(error.domain), error.code, error.message()};
 }

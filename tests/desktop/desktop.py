@@ -1,0 +1,57 @@
+"""What the tests with the desktops' own programs share."""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+SOURCES = Path(os.environ["VELAMO_SOURCE_FOLDER"])
+BUILD = Path(os.environ["VELAMO_BUILD_FOLDER"])
+SAMPLES = SOURCES / "samples"
+
+HOST_IS_MISSING = 77
+
+
+def need(*programs):
+    """Skips the test when one of the host's programs (a name in PATH or a whole path) is not there."""
+    missing = [program for program in programs if shutil.which(program) is None]
+    if missing:
+        raise unittest.SkipTest("not installed: " + ", ".join(missing))
+
+
+class DesktopTest(unittest.TestCase):
+    """A test with a home of its own, in which nothing of the person who runs it is seen or changed."""
+
+    def setUp(self):
+        self.home = Path(tempfile.mkdtemp(prefix="velamo-desktop-", dir="/var/tmp"))
+        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
+        run = self.home / "run"
+        run.mkdir(mode=0o700)
+        self.environment = {
+            "PATH": "/usr/local/bin:/usr/bin:/bin:/usr/local/sbin:/usr/sbin:/sbin",
+            "HOME": str(self.home),
+            "XDG_CACHE_HOME": str(self.home / ".cache"),
+            "XDG_CONFIG_HOME": str(self.home / ".config"),
+            "XDG_DATA_HOME": str(self.home / ".local/share"),
+            "XDG_RUNTIME_DIR": str(run),
+            "LC_ALL": "C.UTF-8",
+        }
+
+    def run_program(self, *command, input=None, status=0, timeout=120, **environment):
+        """Runs the command in the test's home and gives back what it printed; its exit status is checked."""
+        result = subprocess.run([str(word) for word in command], input=input, capture_output=True, timeout=timeout,
+                                text=not isinstance(input, bytes), env={**self.environment, **environment})
+        if status is not None:
+            self.assertEqual(result.returncode, status, f"{command}: {result.stderr}")
+        return result
+
+
+def main():
+    """Runs the tests of the calling script; one that was skipped is never said to have passed."""
+    program = unittest.main(exit=False, verbosity=2)
+    if not program.result.wasSuccessful():
+        sys.exit(1)
+    sys.exit(HOST_IS_MISSING if program.result.skipped else 0)
