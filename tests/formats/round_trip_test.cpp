@@ -206,6 +206,85 @@ TEST_P(RoundTrips, KeepPlacesWithinATenthOfAMillimetre) {
 INSTANTIATE_TEST_SUITE_P(Each, RoundTrips, testing::ValuesIn(writableFormats()),
                          [](const auto& row) { return std::string(row.param.type); });
 
+/// Stitches that the rules of a format keep from being written the same again.
+struct Drift {
+    std::string name;
+    std::string extension;
+    std::vector<VLMStitch> sewn;
+    std::vector<VLMStitch> writtenAgain;
+    std::size_t threads = 1;
+    std::vector<VLMStitch> written = sewn;
+};
+
+class SecondExports : public testing::TestWithParam<Drift> {};
+TEST_P(SecondExports, DifferByTheFormatsRules) {
+    const auto& drift = GetParam();
+    const TemporaryFolder folder;
+    VLMDesign design = sewn(drift.sewn, drift.threads);
+    std::vector<std::string> files;
+    for (const auto& expected : {drift.written, drift.writtenAgain}) {
+        const auto file = folder.path() / ("rose." + drift.extension);
+        VLMError error;
+        ASSERT_TRUE(exportDesignToURLerror(design, file, &error, newYear)) << error.message();
+        EXPECT_EQ(design.stitches().all(), expected);
+        files.push_back(TemporaryFolder::read(file));
+        design = VLMDesign();
+        ASSERT_TRUE(importDesignFromURLerror(design, file, &error)) << error.message();
+    }
+    EXPECT_NE(files[0], files[1]);
+}
+const std::vector<Drift> drifts{
+    {.name = "AChangeInExpGainsAStitchOnTheSpot",
+     .extension = "exp",
+     .sewn = {stitch(10, 5), change(0, 0), stitch(-40, 0)},
+     .writtenAgain = {stitch(10, 5), change(0, 0), stitch(0, 0), stitch(-40, 0)},
+     .threads = 2},
+    {.name = "AChangeInPcsGainsAStitchAndLosesTheLast",
+     .extension = "pcs",
+     .sewn = {stitch(10, 5), change(0, 0), stitch(-40, 0), stitch(5, 5)},
+     .writtenAgain = {stitch(10, 5), change(0, 0), stitch(0, 0), stitch(-40, 0)},
+     .threads = 2},
+    {.name = "ARepeatedPlaceInPcsMakesAJump",
+     .extension = "pcs",
+     .sewn = {stitch(10, 5), stitch(20, 20), stitch(0, 0), stitch(-10, 0)},
+     .writtenAgain = {stitch(10, 5), jump(20, 20), stitch(0, 0), stitch(-10, 0)}},
+    {.name = "ALongMoveInPcsIsAJump",
+     .extension = "pcs",
+     .sewn = {stitch(10, 5), stitch(150, 20), stitch(-10, 0)},
+     .writtenAgain = {stitch(10, 5), jump(150, 20), stitch(-10, 0)}},
+    {.name = "AnOddSizeInPecStartsHalfATenthOff",
+     .extension = "pec",
+     .sewn = {jump(10, 5), stitch(5, 5), stitch(-21, 3)},
+     .writtenAgain = {jump(9.5, 5), stitch(5, 5), stitch(-21, 3)}},
+    {.name = "AnOddSizeInPesStartsHalfATenthOff",
+     .extension = "pes",
+     .sewn = {jump(10, 5), stitch(5, 5), stitch(-21, 3)},
+     .writtenAgain = {jump(9.5, 5), stitch(5, 5), stitch(-21, 3)}},
+    {.name = "ACutIsUnevenOnceItIsRounded",
+     .extension = "exp",
+     .sewn = {jump(-62.5, 252), stitch(10, 5)},
+     .writtenAgain = {jump(-31.5, 126), jump(-31.5, 126), stitch(10, 5)},
+     .written = {jump(-31.25, 126), jump(-31.25, 126), stitch(10, 5)}},
+    {.name = "APieceOfAStitchBehindAJumpGoesAtTheEnd",
+     .extension = "dst",
+     .sewn = {stitch(-10, 5), jump(20, -20), stitch(130, 0)},
+     .writtenAgain = {stitch(-10, 5), jump(20, -20), stitch(120, 0)},
+     .written = {stitch(-10, 5), jump(20, -20), stitch(120, 0), jump(10, 0)}},
+    {.name = "APieceOfAStitchBehindAJumpJoinsTheNext",
+     .extension = "jef",
+     .sewn = {jump(10, 5), stitch(5, 210), change(0, 0), jump(20, -9), stitch(-4, -4)},
+     .writtenAgain = {jump(10, 5), stitch(3, 126), jump(22, 75), change(0, 0), stitch(-4, -4)},
+     .threads = 2,
+     .written = {jump(10, 5), stitch(3, 126), jump(2, 84), jump(20, -9), change(0, 0), stitch(-4, -4)}},
+    {.name = "AThreadWithoutABlockIsLostInDst",
+     .extension = "dst",
+     .sewn = {stitch(10, 5), stitch(-15, -15)},
+     .writtenAgain = {stitch(10, 5), stitch(-15, -15)},
+     .threads = 2},
+};
+INSTANTIATE_TEST_SUITE_P(Each, SecondExports, testing::ValuesIn(drifts),
+                         [](const auto& row) { return row.param.name; });
+
 TEST(RoundTripsOf, AllWritableFormatsAreKnown) {
     EXPECT_EQ(lossesOfFormats.size(), writableFormats().size());
 }
