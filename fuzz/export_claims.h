@@ -78,8 +78,9 @@ inline bool isKeptByFormat(const VLMDesign& design, const VLMDesign& read, std::
     if ((type == "EXP" || type == "PCS") && blocksOf(design) > 1) return false;
     // Half of an odd size is no whole number: the start is that much off.
     if (type == "PES" || type == "PEC") return read.stitches()[0].isNullStitch();
-    // A long move is a jump, and a repeated place makes one of the stitch before.
-    return type != "PCS" || read.numberOfJumps() == design.numberOfJumps();
+    if (type != "PCS") return true;
+    // A long move is a jump, a repeated place makes one of the stitch before, and one within the grid of places goes.
+    return read.numberOfJumps() == design.numberOfJumps() && isFittedForGood(read, type);
 }
 
 /// What was read back is written as the same bytes again.
