@@ -5,6 +5,11 @@ say() { printf '%s\n' "velamo: $*" >&2; }
 # What building needs, and what the tests need besides.
 build_packages=(g++ cmake ninja-build pkg-config libplist-dev libicu-dev libsqlite3-dev libcairo2-dev libseccomp-dev libcli11-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-dev clang-format clang-tidy python3)
+# What the tests with the desktops' own programs need.
+desktop_packages=(
+    # file types
+    shared-mime-info libxml2-utils libglib2.0-bin xdg-utils libfile-mimeinfo-perl qtbase5-dev
+)
 
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
 

@@ -22,6 +22,14 @@ def need(*programs):
         raise unittest.SkipTest("not installed: " + ", ".join(missing))
 
 
+def built(name):
+    """A program that was built for the tests, which is left out where its host's headers are not installed."""
+    program = BUILD / "tests/desktop" / name
+    if not program.exists():
+        raise unittest.SkipTest("not built: " + name)
+    return program
+
+
 class DesktopTest(unittest.TestCase):
     """A test with a home of its own, in which nothing of the person who runs it is seen or changed."""
 
@@ -47,6 +55,12 @@ class DesktopTest(unittest.TestCase):
         if status is not None:
             self.assertEqual(result.returncode, status, f"{command}: {result.stderr}")
         return result
+
+    def make_designs(self, folder):
+        """A small design of each format by its extension, in the folder, which is made."""
+        folder.mkdir(parents=True)
+        self.run_program(built("velamo_make_designs"), folder)
+        return {file.name.partition(".")[2]: file for file in folder.iterdir()}
 
 
 def main():
