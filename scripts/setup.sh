@@ -9,6 +9,8 @@ test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-dev 
 desktop_packages=(
     # file types
     shared-mime-info libxml2-utils libglib2.0-bin xdg-utils libfile-mimeinfo-perl qtbase5-dev
+    # search
+    recollcmd
 )
 
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }

@@ -1,35 +1,19 @@
 // The files that tell the desktops of our formats know all of them, and no others.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <map>
 #include <regex>
 #include <set>
 #include <string>
 
-#include "formats/format.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/project/desktop_files.h"
 
 namespace velamo {
 namespace {
 
-const std::filesystem::path integrationsFolder = std::filesystem::path(VELAMO_SOURCE_FOLDER) / "integrations";
+using namespace test;
+
 const std::string parentType = "application/x-embroidery";
-
-/// The MIME type of a format: those with one reader share the name of the first of them.
-std::string mimeTypeOf(const Format& format) {
-    const auto formats = allFormats();
-    const auto first = std::find_if(formats.begin(), formats.end(),
-                                    [&](const Format& other) { return other.reader == format.reader; });
-    return parentType + "-" + std::string(first->extension);
-}
-
-std::set<std::string> mimeTypes() {
-    std::set<std::string> types;
-    for (const Format& format : allFormats()) types.insert(mimeTypeOf(format));
-    return types;
-}
 
 /// What the pattern's group holds wherever it is found.
 std::multiset<std::string> allFound(const std::string& text, const std::string& pattern) {
@@ -43,7 +27,7 @@ std::multiset<std::string> allFound(const std::string& text, const std::string& 
 /// The elements of the file types by the type that they declare.
 std::map<std::string, std::string> declaredTypes() {
     static const std::regex element(R"re(<mime-type type="([^"]*)">([\s\S]*?)</mime-type>)re");
-    const std::string text = test::TemporaryFolder::read(integrationsFolder / "file-types" / "velamo.xml");
+    const std::string text = integrationFile("file-types/velamo.xml");
     std::map<std::string, std::string> types;
     for (std::sregex_iterator one(text.begin(), text.end(), element), none; one != none; ++one)
         EXPECT_TRUE(types.emplace((*one)[1], (*one)[2]).second) << (*one)[1] << " is declared twice";
@@ -51,7 +35,7 @@ std::map<std::string, std::string> declaredTypes() {
 }
 
 TEST(FileTypes, AreThoseOfTheFormatsAndTheirParent) {
-    auto expected = mimeTypes();
+    auto expected = allMimeTypes();
     expected.insert(parentType);
     std::set<std::string> declared;
     for (const auto& [type, element] : declaredTypes()) declared.insert(type);

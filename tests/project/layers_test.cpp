@@ -27,6 +27,7 @@ const std::map<std::string, std::set<std::string>> layersBelow{
     {"catalogue", {"platform", "model", "formats", "plugin"}},
     {"cli", {"platform", "render", "model", "editing", "formats", "plugin", "catalogue"}},
     {"samples", {"platform", "model", "formats"}},
+    {"integrations", {"platform", "render", "model", "formats"}},
 };
 
 struct Include {
@@ -88,7 +89,7 @@ TEST(Rooms, MeasurementsSeeOnlyThePlatform) {
 
 INSTANTIATE_TEST_SUITE_P(All, Layers,
                          testing::Values("platform", "render", "model", "editing", "formats", "plugin", "catalogue",
-                                         "cli", "samples"),
+                                         "cli", "samples", "integrations"),
                          [](const auto& layer) { return layer.param; });
 
 }  // namespace

@@ -1,0 +1,40 @@
+#include "integrations/attribute_words.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace velamo {
+namespace {
+
+std::string counted(float count, const char* one, const char* many) {
+    const std::int64_t number = wholeNumber(count);
+    return std::to_string(number) + ' ' + (number == 1 ? one : many);
+}
+
+}  // namespace
+
+std::int64_t wholeNumber(float number) noexcept {
+    return std::llround(number);
+}
+
+std::string withOneDecimal(float number) {
+    std::array<char, 64> digits{};  // the greatest float has 39 before its point
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed, 1);
+    return {digits.data(), end.ptr};
+}
+
+std::string stitchesInWords(const DesignAttributes& design) {
+    return counted(design.stitches, "stitch", "stitches");
+}
+
+std::string colorsInWords(const DesignAttributes& design) {
+    return counted(design.colors, "colour", "colours");
+}
+
+std::string attributesInWords(const DesignAttributes& design) {
+    return withOneDecimal(design.widthInMillimetres) + " x " + withOneDecimal(design.heightInMillimetres) + " mm, " +
+           stitchesInWords(design) + ", " + colorsInWords(design);
+}
+
+}  // namespace velamo
