@@ -86,9 +86,12 @@ Bytes sewFile() {
 }
 
 Bytes ksmFile() {
-    const Bytes records = generated(stitchesOfDesign, [](Bytes& to, Kind kind, std::uint32_t move) {
-        const std::uint32_t signs = 0x80U | (move >> 16U & 0x60U);
-        const std::uint32_t flags = kind == Kind::jump ? 0x87 : kind == Kind::colorChange ? 0x8B : signs;
+    constexpr std::uint32_t jumpsEnd = 0x98;
+    bool isJumping = true;
+    const Bytes records = generated(stitchesOfDesign, [&isJumping](Bytes& to, Kind kind, std::uint32_t move) {
+        const std::uint32_t plain = isJumping ? jumpsEnd : 0x80U | (move >> 16U & 0x60U);
+        const std::uint32_t flags = kind == Kind::jump ? 0x87 : kind == Kind::colorChange ? 0x8B : plain;
+        isJumping = kind != Kind::stitch;
         push(to, {move & 0x1FU, move >> 8U & 0x1FU, flags});
     });
     return test::bytes(test::repeated(512, 0), records, 0, 0, 0x88);

@@ -2,9 +2,8 @@
 
 #include <array>
 
-#include "formats/byte_reader.h"
+#include "formats/byte_moves.h"
 #include "formats/escaped_moves.h"
-#include "formats/stitch_sink.h"
 #include "formats/undefined_threads.h"
 #include "platform/files.h"
 
@@ -34,13 +33,7 @@ void readEscaped(VLMDesign& design, VLMStitchSink& sink, std::span<const std::ui
 
 void readStitches(VLMDesign& design, std::span<const std::uint8_t> bytes) {
     VLMStitchSink sink(design, bytes.size() / pairSize);
-    while (bytes.size() >= pairSize) {
-        if (bytes[0] != escape) {
-            sink.append(signedByte(bytes[0]), signedByte(bytes[1]), false, false);
-            bytes = bytes.subspan(pairSize);
-            continue;
-        }
-        if (bytes.size() < escapedSize) return;
+    while ((bytes = appendBytePairs(sink, bytes, escape)).size() >= escapedSize) {
         readEscaped(design, sink, bytes.first<escapedSize>());
         bytes = bytes.subspan(escapedSize);
     }

@@ -4,8 +4,7 @@
 #include <array>
 #include <map>
 
-#include "formats/byte_reader.h"
-#include "formats/stitch_sink.h"
+#include "formats/byte_moves.h"
 #include "model/thread_codes.h"
 
 namespace velamo {
@@ -52,14 +51,8 @@ std::size_t readJanomeStitches(VLMDesign& design, std::span<const std::uint8_t> 
     const EscapeTable& escapes = dialect == JanomeDialect::sew ? sewEscapes : jefEscapes;
     VLMStitchSink sink(design, stream.size() / pairSize);
     std::size_t colorChanges = 0;
-    while (stream.size() >= pairSize) {
-        if (stream[0] != escape) {
-            sink.append(signedByte(stream[0]), signedByte(stream[1]), false, false);
-            stream = stream.subspan(pairSize);
-            continue;
-        }
-        // Even an escape of two bytes is looked at only where four are left.
-        if (stream.size() < escapedSize) break;
+    // Even an escape of two bytes is looked at only where four are left.
+    while ((stream = appendBytePairs(sink, stream, escape)).size() >= escapedSize) {
         const Escaped escaped = escapes[stream[1]];
         if (escaped.isEnd) break;
         sink.append(escaped.moves ? signedByte(stream[2]) : 0, escaped.moves ? signedByte(stream[3]) : 0,

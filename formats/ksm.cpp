@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "formats/stitch_sink.h"
+#include "formats/byte_moves.h"
 #include "formats/undefined_threads.h"
 #include "platform/files.h"
 
@@ -25,46 +25,86 @@ struct Flags {
     bool startsJumps = false;
     bool isColorChange = false;
     bool endsJumps = false;
-    std::int8_t signX = 1;
-    std::int8_t signY = 1;
+    bool isPlain = false;  // a stitch or a jump like the one before
 };
 constexpr auto flagTable = [] {
     std::array<Flags, 256> table{};
-    for (unsigned flags = 0x80; flags < table.size(); ++flags)
-        table[flags] = {.isValid = true,
-                        .startsJumps = flags == 0x89 || (flags & 0x8FU) == 0x87,
-                        .isColorChange = flags == 0x8B || (flags & 0x8CU) == 0x8C,
-                        .endsJumps = (flags & 0x9EU) == 0x98,
-                        .signX = static_cast<std::int8_t>(flags & 0x40U ? -1 : 1),
-                        .signY = static_cast<std::int8_t>(flags & 0x20U ? -1 : 1)};
+    for (unsigned number = 0x80; number < table.size(); ++number) {
+        Flags& flags = table[number];
+        flags.isValid = true;
+        flags.isColorChange = number == 0x8B || (number & 0x8CU) == 0x8C;
+        flags.startsJumps = number == 0x89 || (number & 0x8FU) == 0x87 || flags.isColorChange;
+        flags.endsJumps = (number & 0x9EU) == 0x98;
+        flags.isPlain = number != endMark && !flags.startsJumps && !flags.endsJumps;
+    }
     return table;
 }();
 
-/// Whether reading ends at a record of these flags, be it well or ill.
-bool isLast(std::uint8_t flags) noexcept {
-    return flags == endMark || !flagTable[flags].isValid;
+/// What a byte is worth rightward or upward, and in the other direction.
+constexpr std::array<ByteValues, 2> values{byteValues([](int byte) { return static_cast<float>(byte); }),
+                                           byteValues([](int byte) { return static_cast<float>(-byte); })};
+
+CoordinatePair moveOf(std::span<const std::uint8_t, recordSize> record) noexcept {
+    return CoordinatePair{values[record[2] >> 6 & 1U][record[1]], values[record[2] >> 5 & 1U][record[0]]};
 }
 
+/// The stitches of a file, one run of plain records after the other.
+class RecordReader {
+public:
+    RecordReader(VLMDesign& design, std::span<const std::uint8_t> records)
+        : records_(records), sink_(design, records.size() / recordSize) {}
+
+    /// Appends what comes before the first record that is the last, be it well or ill.
+    void read() {
+        while (!isAtEnd()) {
+            if (flagTable[records_[2]].isPlain)
+                appendPlain();
+            else
+                appendMarked();
+        }
+    }
+    [[nodiscard]] bool endsWell() const noexcept { return !hasRecord() || flagTable[records_[2]].isValid; }
+    [[nodiscard]] std::size_t colorChanges() const noexcept { return colorChanges_; }
+
+private:
+    [[nodiscard]] bool hasRecord() const noexcept { return records_.size() >= recordSize; }
+    [[nodiscard]] bool isAtEnd() const noexcept {
+        return !hasRecord() || records_[2] == endMark || !flagTable[records_[2]].isValid;
+    }
+
+    void appendPlain() {
+        auto records = records_;
+        sink_.appendWhile([&records, isJump = isJumping_](DecodedStitch& stitch) {
+            if (records.size() < recordSize || !flagTable[records[2]].isPlain) return false;
+            stitch.delta = moveOf(records.first<recordSize>());
+            stitch.isJump = isJump;
+            records = records.subspan(recordSize);
+            return true;
+        });
+        records_ = records;
+    }
+
+    void appendMarked() {
+        const Flags flags = flagTable[records_[2]];
+        const CoordinatePair move = moveOf(records_.first<recordSize>());
+        const bool isJump = isJumping_ || flags.startsJumps;
+        sink_.append(move[0], move[1], isJump, flags.isColorChange);
+        isJumping_ = isJump && !flags.endsJumps;
+        colorChanges_ += flags.isColorChange ? 1 : 0;
+        records_ = records_.subspan(recordSize);
+    }
+
+    std::span<const std::uint8_t> records_;
+    VLMStitchSink sink_;
+    bool isJumping_ = true;
+    std::size_t colorChanges_ = 0;
+};
+
 bool readStitches(VLMDesign& design, std::span<const std::uint8_t> records, VLMError* error) {
-    VLMStitchSink sink(design, records.size() / recordSize);
-    bool isJumping = true;
-    std::size_t colorChanges = 0;
-    sink.appendWhile([&](DecodedStitch& stitch) {
-        if (records.size() < recordSize || isLast(records[2])) return false;
-        const Flags& flags = flagTable[records[2]];
-        const bool isJump = isJumping || flags.startsJumps || flags.isColorChange;
-        stitch.delta =
-            CoordinatePair{static_cast<float>(records[1] * flags.signX), static_cast<float>(records[0] * flags.signY)};
-        stitch.isJump = isJump;
-        stitch.isChange = flags.isColorChange;
-        isJumping = isJump && !flags.endsJumps;
-        colorChanges += flags.isColorChange;
-        records = records.subspan(recordSize);
-        return true;
-    });
-    for (; colorChanges > 0; --colorChanges) appendUndefinedThread(design);
-    const bool isValid = records.size() < recordSize || flagTable[records[2]].isValid;
-    return isValid || fail(errorTexts, invalidRecord, error);
+    RecordReader reader(design, records);
+    reader.read();
+    for (std::size_t i = 0; i < reader.colorChanges(); ++i) appendUndefinedThread(design);
+    return reader.endsWell() || fail(errorTexts, invalidRecord, error);
 }
 
 }  // namespace

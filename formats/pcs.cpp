@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 #include "formats/byte_reader.h"
 #include "formats/byte_writer.h"
@@ -59,6 +60,8 @@ constexpr std::array<ErrorText, 2> hoopErrorTexts{{
 
 constexpr std::array<const char*, 4> types{"PCD", "PCQ", "PCS", "PCS"};
 
+constexpr int colorChangeKind = 3;
+constexpr int jumpKind = 4;
 struct Record {
     std::size_t colorIndex = 0;
     std::uint32_t rawX = 0;
@@ -68,8 +71,6 @@ struct Record {
     /// Without one a colour is changed where the needle is.
     [[nodiscard]] bool hasPlace() const noexcept { return rawX != 0 && rawY != 0; }
 };
-constexpr int colorChangeKind = 3;
-constexpr int jumpKind = 4;
 
 /// The first three bytes as a number. Four are taken, which the processor does in one step.
 std::uint32_t number24(std::span<const std::uint8_t, 4> bytes) noexcept {
@@ -84,11 +85,24 @@ Record recordOf(std::span<const std::uint8_t, recordSize> bytes) noexcept {
 
 /// Sixths of a millimetre in tenths. Numbers of the upper half are negative, and one more than the usual complement:
 /// machines count so.
-float tenths(std::uint32_t raw) noexcept {
+constexpr float tenths(std::uint32_t raw) noexcept {
     constexpr std::int32_t largest = 0x7FFFFF;
     constexpr std::int32_t correction = 0xFFFFFF;
     const auto value = static_cast<std::int32_t>(raw);
     return static_cast<float>((value > largest ? value - correction : value) * (5.0 / 3.0));
+}
+
+// The farthest places that are taken, as records have them: nearly all of a file's lie between 0 and these.
+constexpr std::uint32_t mostX = 720;
+constexpr std::uint32_t mostY = 690;
+constexpr auto tenthsOnHoop = [] {
+    std::array<float, mostX + 1> values{};
+    for (std::uint32_t raw = 0; raw < values.size(); ++raw) values[raw] = tenths(raw);
+    return values;
+}();
+
+CoordinatePair placeOnHoop(const Record& record) noexcept {
+    return CoordinatePair{tenthsOnHoop[record.rawX], tenthsOnHoop[record.rawY]};
 }
 
 VLMThread threadOf(std::span<const std::uint8_t> color) {
@@ -99,94 +113,112 @@ VLMThread threadOf(std::span<const std::uint8_t> color) {
         localizedText("PATTERN_PALETTE", "VLMDesign", "Threadcolors"));
 }
 
+// Both coordinates are compared, whatever the first one says: a branch would be guessed wrong too often.
 bool isLong(CoordinatePair way) noexcept {
-    return std::abs(way[0]) > longestStitch || std::abs(way[1]) > longestStitch;
+    return (std::abs(way[0]) > longestStitch) | (std::abs(way[1]) > longestStitch);
+}
+bool isNull(CoordinatePair way) noexcept {
+    return (way[0] == 0) & (way[1] == 0);
 }
 
-/// Turns the places of records into the ways between them.
-class RecordDecoder {
+/// The kinds of records that mean something in a file; the older files know none.
+struct Kinds {
+    int change = colorChangeKind;
+    int jump = jumpKind;
+};
+constexpr Kinds noKinds{-1, -1};
+
+/// Turns the places of records into the ways between them, and colour records into threads too.
+class RecordReader {
 public:
-    /// Takes records until `count` of them were no colour records.
-    RecordDecoder(std::span<const std::uint8_t> records, std::size_t count, std::size_t colorCount, bool isPcs,
-                  CoordinatePair center) noexcept
-        : rest_(records), count_(count), colorCount_(colorCount), isPcs_(isPcs), center_(center) {}
+    /// Reads until `count` records were no colour records.
+    RecordReader(VLMDesign& design, std::span<const std::uint8_t> records, std::span<const std::uint8_t> palette,
+                 std::size_t count, Kinds kinds)
+        : design_(design),
+          rest_(records),
+          palette_(palette),
+          count_(count),
+          kinds_(kinds),
+          center_{static_cast<float>(design.hoopWidth()) * 5, static_cast<float>(design.hoopHeight()) * 5},
+          sink_(design, records.size() / recordSize) {}
 
-    /// The records that are left: behind the last one, or from one that makes no sense.
-    [[nodiscard]] std::span<const std::uint8_t> rest() const noexcept { return rest_; }
-    /// Why the next record makes no sense, or 0.
-    [[nodiscard]] int failure() const noexcept { return failure_; }
-
-    /// The way to the next record's place, the first time from the hoop's middle; false when there is none.
-    bool take(DecodedStitch& way) noexcept {
-        if (count_ == 0 || rest_.size() < recordSize) return false;
-        const Record record = recordOf(rest_.first<recordSize>());
-        const CoordinatePair fromCorner{tenths(record.rawX), tenths(record.rawY)};
-        way.isChange = isPcs_ && record.kind == colorChangeKind;
-        if (fromCorner[0] > farthestX || fromCorner[1] > farthestY)
-            failure_ = invalidPlace;
-        else if (way.isChange && record.colorIndex >= colorCount_)
-            failure_ = invalidColor;
-        if (failure_ != 0) return false;
-        const CoordinatePair place = way.isChange && !record.hasPlace() ? former_ : fromCorner - center_;
-        way.delta = place - former_;
-        way.isJump = (isPcs_ && record.kind == jumpKind) || isLong(way.delta);
-        former_ = place;
-        count_ -= way.isChange ? 0 : 1;
-        rest_ = rest_.subspan(recordSize);
-        return true;
+    /// Why a record makes no sense, or 0. The stitches and threads of those before it stay.
+    int read() {
+        while (hasNext()) {
+            if (const int failure = takeNext(); failure != 0) return failure;
+            takeOrdinary();
+        }
+        return 0;
     }
 
 private:
+    [[nodiscard]] bool hasNext() const noexcept { return count_ > 0 && rest_.size() >= recordSize; }
+
+    /// Takes ordinary records that move, in a loop of their own: nearly all are such.
+    void takeOrdinary() {
+        auto records = rest_.first(std::min(count_, rest_.size() / recordSize) * recordSize);
+        const std::size_t size = records.size();
+        auto former = former_;
+        sink_.appendWhile([&records, &former, kinds = kinds_, center = center_](DecodedStitch& stitch) {
+            if (records.empty()) return false;
+            const Record record = recordOf(records.first<recordSize>());
+            if (record.rawX > mostX || record.rawY > mostY || record.kind == kinds.change) return false;
+            const CoordinatePair place = placeOnHoop(record) - center;
+            stitch.delta = place - former;
+            if (isNull(stitch.delta)) return false;
+            stitch.isJump = (record.kind == kinds.jump) | isLong(stitch.delta);
+            former = place;
+            records = records.subspan(recordSize);
+            return true;
+        });
+        former_ = former;
+        count_ -= (size - records.size()) / recordSize;
+        rest_ = rest_.subspan(size - records.size());
+    }
+
+    /// Takes a record of any kind, or says why it makes no sense.
+    int takeNext() {
+        const Record record = recordOf(rest_.first<recordSize>());
+        const bool isChange = record.kind == kinds_.change;
+        const CoordinatePair fromCorner{tenths(record.rawX), tenths(record.rawY)};
+        if (fromCorner[0] > farthestX || fromCorner[1] > farthestY) return invalidPlace;
+        if (isChange && record.colorIndex >= palette_.size() / colorSize) return invalidColor;
+        if (isChange) takeColor(record);
+        const CoordinatePair place = isChange && !record.hasPlace() ? former_ : fromCorner - center_;
+        append(place - former_, record.kind == kinds_.jump, isChange);
+        former_ = place;
+        count_ -= isChange ? 0 : 1;
+        rest_ = rest_.subspan(recordSize);
+        return 0;
+    }
+
+    void append(CoordinatePair way, bool isJump, bool isChange) {
+        // The first record only tells where sewing starts.
+        if (std::exchange(isStart_, false)) return;
+        // A place that is repeated means that the needle was moved there, not sewn.
+        const bool isRepeated = isNull(way) && !isJump && !isChange;
+        if (VLMStitch* const last = sink_.last(); isRepeated && last != nullptr) last->setIsJumpStitch(true);
+        sink_.append(way[0], way[1], isJump || isLong(way), isChange);
+    }
+
+    void takeColor(const Record& record) {
+        auto& thread = threads_[record.colorIndex];
+        if (!thread) thread = threadOf(palette_.subspan(record.colorIndex * colorSize, colorSize));
+        design_.threads().push_back(*thread);
+        if (record.hasPlace()) design_.setDesignVersion(versionWithPlacedChanges);
+    }
+
+    VLMDesign& design_;
     std::span<const std::uint8_t> rest_;
+    std::span<const std::uint8_t> palette_;
     std::size_t count_;
-    std::size_t colorCount_;
-    bool isPcs_;
+    Kinds kinds_;
+    bool isStart_ = true;
     CoordinatePair center_;
     CoordinatePair former_{};
-    int failure_ = 0;
+    std::array<std::optional<VLMThread>, mostColors> threads_;  // those of one colour share their texts
+    VLMStitchSink sink_;
 };
-
-/// The first record only tells where sewing starts.
-void appendStitches(VLMDesign& design, RecordDecoder& records, std::size_t mostStitches) {
-    VLMStitchSink sink(design, mostStitches);
-    RecordDecoder decoder = records;
-    DecodedStitch start;
-    if (decoder.take(start)) sink.appendWhile([&](DecodedStitch& stitch) { return decoder.take(stitch); });
-    records = decoder;
-}
-
-/// A place that is repeated means that the needle was moved there, not sewn. Looks at the stitches from `first` on.
-void markRepeatedPlaces(VLMStitchList& stitches, std::size_t first) {
-    for (std::size_t i = std::max<std::size_t>(first, 1); i < stitches.size(); ++i) {
-        const bool isPlain = !stitches[i].isJumpStitch() && !stitches[i].isColorChange();
-        if (isPlain && stitches[i].isNullStitch()) stitches[i - 1].setIsJumpStitch(true);
-    }
-}
-
-void takeColors(VLMDesign& design, std::span<const std::uint8_t> records, std::span<const std::uint8_t> palette) {
-    std::array<std::optional<VLMThread>, mostColors> threads;  // those of one colour share their texts
-    for (; !records.empty(); records = records.subspan(recordSize)) {
-        if (records[kindOffset] != colorChangeKind) continue;
-        const Record record = recordOf(records.first<recordSize>());
-        auto& thread = threads[record.colorIndex];
-        if (!thread) thread = threadOf(palette.subspan(record.colorIndex * colorSize, colorSize));
-        design.threads().push_back(*thread);
-        if (record.hasPlace()) design.setDesignVersion(versionWithPlacedChanges);
-    }
-}
-
-/// Stitches and threads of the records; those before one that makes no sense stay.
-bool readRecords(VLMDesign& design, std::span<const std::uint8_t> records, std::span<const std::uint8_t> palette,
-                 std::size_t count, bool isPcs, VLMError* error) {
-    const CoordinatePair center{static_cast<float>(design.hoopWidth()) * 5,
-                                static_cast<float>(design.hoopHeight()) * 5};
-    RecordDecoder decoder(records, count, palette.size() / colorSize, isPcs, center);
-    const std::size_t first = design.stitches().size();
-    appendStitches(design, decoder, records.size() / recordSize);
-    markRepeatedPlaces(design.stitches(), first);
-    if (isPcs) takeColors(design, records.first(records.size() - decoder.rest().size()), palette);
-    return decoder.failure() == 0 || fail(errorTexts, decoder.failure(), error);
-}
 
 bool takeType(VLMDesign& design, std::uint8_t type, VLMError* error) {
     if (type >= types.size()) return fail(errorTexts, invalidType, error);
@@ -260,7 +292,8 @@ bool readPcx(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
     if (!in.ok() || in.remaining() < count * recordSize + 2) return fail(errorTexts, tooShort, error);
 
     const bool isPcs = design.designType() == "PCS";
-    if (!readRecords(design, in.rest(), palette, count, isPcs, error)) return false;
+    const int failure = RecordReader(design, in.rest(), palette, count, isPcs ? Kinds{} : noKinds).read();
+    if (failure != 0) return fail(errorTexts, failure, error);
     if (design.threads().empty()) appendUndefinedThread(design);
     if (!isPcs) design.setXMin(std::min(design.xMin(), 0.0F));
     return true;

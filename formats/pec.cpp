@@ -4,9 +4,8 @@
 #include <array>
 #include <optional>
 
-#include "formats/byte_reader.h"
+#include "formats/byte_moves.h"
 #include "formats/byte_writer.h"
-#include "formats/stitch_sink.h"
 #include "formats/whole_moves.h"
 #include "model/thread_codes.h"
 #include "platform/narrow_text.h"
@@ -47,8 +46,15 @@ int longValue(unsigned first, unsigned second) noexcept {
 }
 
 /// One byte below 0x80 as a signed number.
-int shortValue(int byte) noexcept {
+constexpr int shortValue(int byte) noexcept {
     return (byte ^ 0x40) - 0x40;
+}
+
+constexpr ByteValues shortX = byteValues([](std::uint8_t byte) { return static_cast<float>(shortValue(byte)); });
+constexpr ByteValues shortY = byteValues([](std::uint8_t byte) { return static_cast<float>(-shortValue(byte)); });
+
+bool areShort(std::uint8_t x, std::uint8_t y) noexcept {
+    return (x | y) < 0x80;
 }
 
 struct Coordinate {
@@ -78,12 +84,21 @@ void appendStart(VLMStitchSink& sink, std::span<const std::uint8_t> segment, std
                 halfHeight - static_cast<float>(longValue(bytes[2], bytes[3])), true, false);
 }
 
+/// Appends the short moves at the front of the stream that begin before its last `sizeBehind` bytes; what is left.
+std::span<const std::uint8_t> appendShortMoves(VLMStitchSink& sink, std::span<const std::uint8_t> stream,
+                                               std::size_t sizeBehind) {
+    if (stream.size() <= sizeBehind) return stream;
+    const auto moves = stream.first(std::min(stream.size() - sizeBehind + 1, stream.size()));
+    const std::size_t rest = appendBytePairs(sink, moves, shortX, shortY, areShort).size();
+    return stream.subspan(moves.size() - rest);
+}
+
 /// Appends the moves of the stream up to its end mark. The records may reach past `length` bytes, but none begins
 /// there. The number of colour blocks, or 0 when no end mark was found.
 std::uint32_t readMoves(VLMStitchSink& sink, std::span<const std::uint8_t> stream, std::size_t length) {
     const std::size_t sizeBehind = stream.size() - length;
     std::uint32_t blocks = 1;
-    while (stream.size() > sizeBehind) {
+    while ((stream = appendShortMoves(sink, stream, sizeBehind)).size() > sizeBehind) {
         if (stream[0] == endMark) return blocks;
         if (stream[0] == changeMark && stream.size() >= 2 && stream[1] == secondChangeMark) {
             sink.append(0, 0, false, true);

@@ -47,13 +47,14 @@ public:
     /// is not inlined, the loop keeps position and bounds in registers, and so is faster than append.
     template <class Decode>
     void appendWhile(Decode decode) {
-        for (bool isMore = true; isMore; flush()) {
+        for (bool isMore = true; isMore;) {
             DecodedStitch stitch;
             Track track = track_;
             std::size_t count = count_;
             while (count < pending_.size() && (isMore = decode(stitch))) put(stitch, count++, track);
             track_ = track;
             count_ = count;
+            if (isMore) flush();
         }
     }
 

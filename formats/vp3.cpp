@@ -4,8 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "formats/byte_reader.h"
-#include "formats/stitch_sink.h"
+#include "formats/byte_moves.h"
 #include "platform/files.h"
 #include "platform/text.h"
 
@@ -84,6 +83,9 @@ VLMColor colorOf(std::uint8_t red, std::uint8_t green, std::uint8_t blue) noexce
     const auto fraction = [](std::uint8_t byte) { return static_cast<float>(byte) / 255.0F; };
     return VLMColor::initWithRedgreenblue(fraction(red), fraction(green), fraction(blue));
 }
+
+constexpr ByteValues yDownward =
+    byteValues([](std::uint8_t byte) { return static_cast<float>(-static_cast<std::int8_t>(byte)); });
 
 std::string takeText(VLMByteReader& in) {
     return textFromLatin1(in.take(in.u16be()));
@@ -172,9 +174,18 @@ private:
         gapX_ = gapY_ = 0;
     }
 
+    /// Appends the plain stitches from the position on, once the way to the section is taken; the position behind them.
+    std::int64_t appendPlain(std::int64_t position, std::int64_t next) {
+        const std::int64_t end = std::min(next, size_);
+        if (position >= end || gapX_ != 0 || gapY_ != 0) return position;
+        const auto bytes = file_.subspan(static_cast<std::size_t>(position), static_cast<std::size_t>(end - position));
+        const auto isPlain = [](std::uint8_t x, std::uint8_t) { return x != escape; };
+        return end - static_cast<std::int64_t>(appendBytePairs(sink_, bytes, signedBytes, yDownward, isPlain).size());
+    }
+
     /// Reads the records that begin before the last byte in front of `next`; false when one does not fit in the file.
     bool readStitches(std::int64_t position, std::int64_t next) {
-        while (position < next - 1) {
+        while ((position = appendPlain(position, next)) < next - 1) {
             const auto record = file_.subspan(static_cast<std::size_t>(std::min(position, size_)));
             if (record.size() < pairSize) return false;
             const bool isEscaped = record[0] == escape;
