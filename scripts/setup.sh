@@ -10,7 +10,7 @@ desktop_packages=(
     # file types
     shared-mime-info libxml2-utils libglib2.0-bin xdg-utils libfile-mimeinfo-perl qtbase5-dev
     # search
-    recollcmd baloo-kf5 dbus dbus-x11
+    recollcmd baloo-kf5 dbus-daemon tracker tracker-extract tracker-miner-fs
 )
 
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }

@@ -2,7 +2,6 @@
 
 import json
 import shutil
-import subprocess
 import time
 from pathlib import Path
 
@@ -38,24 +37,12 @@ QUERIES = {
 
 class Baloo(DesktopTest):
     def setUp(self):
-        need("balooctl", "baloosearch", "balooshow", "dbus-run-session", str(INDEXER))
+        need("balooctl", "baloosearch", "balooshow", "dbus-daemon", str(INDEXER))
         super().setUp()
         self.environment["QT_QPA_PLATFORM"] = "offscreen"
         self.designs = self.home / "designs"
         self.designs.mkdir()
         self.start_bus()
-
-    def start_bus(self):
-        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], env=self.environment,
-                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        self.addCleanup(bus.stdout.close)
-        self.addCleanup(self.end, bus)
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
-
-    @staticmethod
-    def end(process):
-        process.terminate()
-        process.wait()
 
     def index(self, files):
         """Runs the indexer until it has looked into so many files."""
@@ -64,8 +51,7 @@ class Baloo(DesktopTest):
         (configuration / "baloofilerc").write_text(
             "[Basic Settings]\nIndexing-Enabled=true\n"
             f"[General]\nfolders[$e]={self.designs}/\nonly basic indexing=false\n")
-        indexer = subprocess.Popen([INDEXER], env=self.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self.addCleanup(self.end, indexer)
+        self.start(INDEXER)
         deadline = time.monotonic() + 60
         status = ""
         while f"Total files indexed: {files}\n" not in status or "content indexing: 0" not in status:

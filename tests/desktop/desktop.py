@@ -56,6 +56,20 @@ class DesktopTest(unittest.TestCase):
             self.assertEqual(result.returncode, status, f"{command}: {result.stderr}")
         return result
 
+    def start(self, *command, stdout=subprocess.DEVNULL):
+        """Starts a service in the test's home, which is ended with the test."""
+        service = subprocess.Popen([str(word) for word in command], env=self.environment, stdout=stdout,
+                                   stderr=subprocess.DEVNULL, text=True)
+        self.addCleanup(service.wait)
+        self.addCleanup(service.terminate)
+        return service
+
+    def start_bus(self):
+        """Starts a session bus for all that the test runs from now on."""
+        bus = self.start("dbus-daemon", "--session", "--nofork", "--print-address", stdout=subprocess.PIPE)
+        with bus.stdout as address:
+            self.environment["DBUS_SESSION_BUS_ADDRESS"] = address.readline().strip()
+
     def make_designs(self, folder):
         """A small design of each format by its extension, in the folder, which is made."""
         folder.mkdir(parents=True)

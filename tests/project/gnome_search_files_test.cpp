@@ -1,0 +1,58 @@
+// The rule of GNOME's index names every type, and has another hash whenever it is another rule.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <vector>
+
+#include "tests/project/desktop_files.h"
+
+namespace velamo {
+namespace {
+
+using namespace velamo::test;
+
+const char* const ruleFile = "gnome-search/10-velamo.rule";
+
+std::vector<std::string> ruleLines() {
+    std::vector<std::string> lines;
+    std::istringstream rule(integrationFile(ruleFile));
+    for (std::string line; std::getline(rule, line);) lines.push_back(line);
+    return lines;
+}
+
+std::string outputOf(const std::string& command) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
+    std::string output(128, '\0');
+    output.resize(std::fread(output.data(), 1, output.size(), pipe.get()));
+    return output;
+}
+
+TEST(GnomeSearchRule, MakesEveryTypeAPicture) {
+    const std::string types = "MimeTypes=";
+    const auto lines = ruleLines();
+    ASSERT_EQ(lines.size(), 5U);
+    ASSERT_EQ(lines[1].rfind(types, 0), 0U);
+    std::multiset<std::string> named;
+    std::istringstream list(lines[1].substr(types.size()));
+    for (std::string type; std::getline(list, type, ';');) named.insert(type);
+    const auto expected = allMimeTypes();
+    EXPECT_EQ(named, std::multiset<std::string>(expected.begin(), expected.end()));
+    EXPECT_EQ(lines[1].back(), ';');
+    EXPECT_THAT(lines,
+                testing::ElementsAre("[ExtractorRule]", testing::_, "FallbackRdfTypes=nfo:Image;nfo:VectorImage;",
+                                     "Graph=tracker:Pictures", testing::StartsWith("Hash=")));
+}
+
+/// The index looks at its files again only when the hash has changed.
+TEST(GnomeSearchRule, HasTheHashOfItsOtherLines) {
+    const std::string rule = std::string(VELAMO_SOURCE_FOLDER) + "/integrations/" + ruleFile;
+    const auto hash = outputOf("grep -v ^Hash= '" + rule + "' | sha256sum").substr(0, 64);
+    EXPECT_EQ(ruleLines().back(), "Hash=" + hash);
+}
+
+}  // namespace
+}  // namespace velamo
