@@ -20,6 +20,7 @@ constexpr std::size_t recordSize = 3;
 constexpr std::size_t smallestFile = headerSize + recordSize + 1;
 constexpr std::size_t searchedSize = headerSize - 1;  // a tag that reaches the header's last byte is not found
 constexpr std::uint8_t endMark = 0xF3;
+constexpr std::uint8_t jumpMark = 0x83;
 
 enum Failure : int {
     tooShort = 123,
@@ -83,16 +84,15 @@ constexpr MoveTable firstByte = movesOf(1, 9);
 constexpr MoveTable secondByte = movesOf(3, 27);
 constexpr MoveTable thirdByte = movesOf(0, 81);  // its outer bits tell the kind of the record
 
-enum class Kind : std::uint8_t { unknown, end, stitch, jump, colorChange };
+enum class Kind : std::uint8_t { unknown, end, move, colorChange };
 constexpr auto kinds = [] {
     std::array<Kind, 256> table{};
     for (unsigned byte = 0; byte < table.size(); ++byte) {
         const unsigned control = byte & 0xC3U;
-        table[byte] = byte == endMark   ? Kind::end
-                      : control == 0x03 ? Kind::stitch
-                      : control == 0x83 ? Kind::jump
-                      : control == 0xC3 ? Kind::colorChange
-                                        : Kind::unknown;
+        table[byte] = byte == endMark                          ? Kind::end
+                      : control == 0x03 || control == jumpMark ? Kind::move
+                      : control == 0xC3                        ? Kind::colorChange
+                                                               : Kind::unknown;
     }
     return table;
 }();
@@ -105,30 +105,41 @@ bool checkHeader(std::span<const std::uint8_t> file, VLMError* error) {
     return true;
 }
 
-/// The kind of the first record. The file's last three bytes end the design too: the end mark is expected there, and
-/// whatever else stands there is not looked at.
-Kind kindOf(std::span<const std::uint8_t> records) {
-    return records.size() > recordSize ? kinds[records[2]] : Kind::end;
+CoordinatePair moveOf(std::span<const std::uint8_t, recordSize> record) noexcept {
+    return firstByte[record[0]] + secondByte[record[1]] + thirdByte[record[2]];
 }
 
-DecodedStitch decode(std::span<const std::uint8_t, recordSize> record, Kind kind) {
-    const CoordinatePair delta = firstByte[record[0]] + secondByte[record[1]] + thirdByte[record[2]];
-    return {delta, kind == Kind::jump, kind == Kind::colorChange};
-}
-
-bool readStitches(VLMDesign& design, std::span<const std::uint8_t> records, VLMError* error) {
-    std::size_t colorChanges = 0;
-    VLMStitchSink sink(design, records.size() / recordSize);
-    sink.appendWhile([&](DecodedStitch& stitch) {
-        const Kind kind = kindOf(records);
-        if (kind == Kind::end || kind == Kind::unknown) return false;
-        stitch = decode(records.first<recordSize>(), kind);
-        colorChanges += kind == Kind::colorChange;
+/// Appends the stitches and jumps at the front of the records; what is left.
+std::span<const std::uint8_t> appendMoves(VLMStitchSink& sink, std::span<const std::uint8_t> records) {
+    sink.appendWhile([&records](DecodedStitch& stitch) {
+        if (records.empty() || kinds[records[2]] != Kind::move) return false;
+        stitch.delta = moveOf(records.first<recordSize>());
+        stitch.isJump = records[2] >= jumpMark;
         records = records.subspan(recordSize);
         return true;
     });
-    for (; colorChanges > 0; --colorChanges) appendUndefinedThread(design);
-    return kindOf(records) == Kind::end || fail(errorTexts, unknownKind, error);
+    return records;
+}
+
+/// Appends all up to a record that ends the design, well or ill, whose kind it gives.
+Kind appendStitches(VLMDesign& design, std::span<const std::uint8_t> records) {
+    VLMStitchSink sink(design, records.size() / recordSize);
+    while (!(records = appendMoves(sink, records)).empty()) {
+        if (kinds[records[2]] != Kind::colorChange) return kinds[records[2]];
+        const CoordinatePair move = moveOf(records.first<recordSize>());
+        sink.append(move[0], move[1], false, true);
+        appendUndefinedThread(design);
+        records = records.subspan(recordSize);
+    }
+    return Kind::end;
+}
+
+bool readStitches(VLMDesign& design, std::span<const std::uint8_t> bytes, VLMError* error) {
+    // The file's last three bytes end the design too: the end mark is expected there, and whatever else stands there is
+    // not looked at.
+    const std::size_t records = bytes.empty() ? 0 : (bytes.size() - 1) / recordSize;
+    return appendStitches(design, bytes.first(records * recordSize)) == Kind::end ||
+           fail(errorTexts, unknownKind, error);
 }
 
 constexpr std::int64_t mostRecords = 9999998;  // with the end mark, what seven digits hold

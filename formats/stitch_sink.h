@@ -1,7 +1,10 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 #include "model/design.h"
 
@@ -73,6 +76,10 @@ public:
 private:
     static constexpr std::size_t blockSize_ = 256;
 
+    using Words = std::array<std::uint32_t, 3>;  // a stitch as it lies in memory
+    static constexpr unsigned jumpShift_ = std::endian::native == std::endian::little ? 0 : 24;
+    static constexpr unsigned changeShift_ = std::endian::native == std::endian::little ? 8 : 16;
+
     /// Where the needle is, and the bounds of where it has been.
     struct Track {
         CoordinatePair position{};
@@ -81,11 +88,23 @@ private:
     };
 
     void put(const DecodedStitch& stitch, std::size_t index, Track& track) {
-        pending_[index] =
-            VLMStitch::initWithDatadYisJumpisChange(stitch.delta[0], stitch.delta[1], stitch.isJump, stitch.isChange);
+        write(pending_[index], stitch);
         track.position += stitch.delta;
         track.least = track.position < track.least ? track.position : track.least;
         track.greatest = track.position > track.greatest ? track.position : track.greatest;
+    }
+
+    /// Two stores, where one for each member would be what the loop waits for.
+    static void write(VLMStitch& to, const DecodedStitch& stitch) noexcept {
+        static_assert(std::bit_cast<VLMStitch>(Words{0x3F800000, 0x40000000, 1U << jumpShift_}) ==
+                      VLMStitch(1, 2, true, false));
+        static_assert(std::bit_cast<VLMStitch>(Words{0x3F800000, 0x40000000, 1U << changeShift_}) ==
+                      VLMStitch(1, 2, false, true));
+        auto* const bytes = reinterpret_cast<std::byte*>(&to);
+        const std::uint32_t flags = std::uint32_t{stitch.isJump} << jumpShift_ | std::uint32_t{stitch.isChange}
+                                                                                     << changeShift_;
+        std::memcpy(bytes, &stitch.delta, sizeof stitch.delta);
+        std::memcpy(bytes + sizeof stitch.delta, &flags, sizeof flags);
     }
 
     /// There is always room for a block behind the stitches, so this needs no memory.
