@@ -113,12 +113,12 @@ VLMThread threadOf(std::span<const std::uint8_t> color) {
         localizedText("PATTERN_PALETTE", "VLMDesign", "Threadcolors"));
 }
 
-// Both coordinates are compared, whatever the first one says: a branch would be guessed wrong too often.
+// Both coordinates in one comparison: of two, the branch between them would be guessed wrong too often.
 bool isLong(CoordinatePair way) noexcept {
-    return (std::abs(way[0]) > longestStitch) | (std::abs(way[1]) > longestStitch);
+    return std::max(std::abs(way[0]), std::abs(way[1])) > longestStitch;
 }
 bool isNull(CoordinatePair way) noexcept {
-    return (way[0] == 0) & (way[1] == 0);
+    return std::abs(way[0]) + std::abs(way[1]) == 0;
 }
 
 /// The kinds of records that mean something in a file; the older files know none.
@@ -166,7 +166,7 @@ private:
             const CoordinatePair place = placeOnHoop(record) - center;
             stitch.delta = place - former;
             if (isNull(stitch.delta)) return false;
-            stitch.isJump = (record.kind == kinds.jump) | isLong(stitch.delta);
+            stitch.isJump = record.kind == kinds.jump || isLong(stitch.delta);
             former = place;
             records = records.subspan(recordSize);
             return true;
