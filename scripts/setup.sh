@@ -5,12 +5,14 @@ say() { printf '%s\n' "velamo: $*" >&2; }
 # What building needs, and what the tests need besides.
 build_packages=(g++ cmake ninja-build pkg-config libplist-dev libicu-dev libsqlite3-dev libcairo2-dev libseccomp-dev libcli11-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-dev clang-format clang-tidy python3)
-# What the tests with the desktops' own programs need.
+# What the tests with the desktops' own programs need, a text for each host; they are installed one after the other.
 desktop_packages=(
     # file types
-    shared-mime-info libxml2-utils libglib2.0-bin xdg-utils libfile-mimeinfo-perl qtbase5-dev
+    "shared-mime-info libxml2-utils libglib2.0-bin xdg-utils libfile-mimeinfo-perl qtbase5-dev"
     # search
-    recollcmd baloo-kf5 dbus-daemon tracker tracker-extract tracker-miner-fs
+    "recollcmd" "baloo-kf5 dbus-daemon" "tracker tracker-extract tracker-miner-fs dbus-daemon"
+    # packages, in a fresh system too, and the shells that complete
+    "lintian dpkg-dev" "mmdebstrap" "bash-completion" "zsh" "fish"
 )
 
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
@@ -32,6 +34,15 @@ install_missing() {
     local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o=Dpkg::Use-Pty=0)
     "${apt[@]}" update >/dev/null
     "${apt[@]}" install --yes --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# install_hosts: the desktops' packages. What cannot be installed stops nothing; the tests of that host are skipped.
+install_hosts() {
+    local host
+    for host in "${desktop_packages[@]}"; do
+        # shellcheck disable=SC2086 # a text holds several names
+        (install_missing $host) || say "their tests will be skipped: $host"
+    done
 }
 
 # build PRESET [cmake argument...] -- [target...]: configures once, then builds; the full output only where something fails.

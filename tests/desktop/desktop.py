@@ -11,6 +11,7 @@ from pathlib import Path
 SOURCES = Path(os.environ["VELAMO_SOURCE_FOLDER"])
 BUILD = Path(os.environ["VELAMO_BUILD_FOLDER"])
 SAMPLES = SOURCES / "samples"
+PACKAGES = BUILD / "packages"
 
 HOST_IS_MISSING = 77
 
@@ -28,6 +29,26 @@ def built(name):
     if not program.exists():
         raise unittest.SkipTest("not built: " + name)
     return program
+
+
+# Where installing any package leaves traces: the package system's own records, logs and caches.
+TRACES = ("var/lib/dpkg", "var/lib/apt", "var/log", "var/cache", "var/tmp", "usr/local", "usr/src")
+
+
+def listing(root):
+    """All paths below /usr, /etc and /var of the system in the folder, but for the traces."""
+    pruned = [word for trace in TRACES for word in ("-path", f"./{trace}", "-prune", "-o")]
+    found = subprocess.run(["find", "./usr", "./etc", "./var", *pruned, "-print0"], cwd=root, capture_output=True)
+    return sorted(path[1:] for path in os.fsdecode(found.stdout).split("\0") if path)
+
+
+def left_behind(root, before):
+    """The paths that have come since the listing and that no package owns; so others may install meanwhile."""
+    known = set(before)
+    new = [path for path in listing(root) if path not in known]
+    lists = Path(root, "var/lib/dpkg/info").glob("*.list")
+    owned = {line for file in lists for line in file.read_text().splitlines()} if new else set()
+    return [path for path in new if path not in owned]
 
 
 class DesktopTest(unittest.TestCase):
