@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "platform/graphics_context.h"
@@ -36,6 +37,14 @@ public:
     /// Makes all pixels transparent that `part`, a rectangle as in paint(), touches.
     void clear(const GraphicsRectangle& part) noexcept;
 
+    /// The pixels themselves: alpha, red, green and blue from the highest byte down, premultiplied; rows from the top
+    /// down.
+    [[nodiscard]] std::span<std::uint32_t> pixels() noexcept {
+        return {pixels_.get(), static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_)};
+    }
+    [[nodiscard]] std::span<const std::uint32_t> pixels() const noexcept {
+        return {pixels_.get(), static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_)};
+    }
     /// Red, green, blue and alpha of each pixel, premultiplied, rows from the top down.
     [[nodiscard]] std::vector<std::uint8_t> rgba() const;
     /// A PNG file. Nothing when memory ran out.
@@ -51,7 +60,7 @@ private:
 
     int width_;
     int height_;
-    Pixels pixels_;  // alpha, red, green and blue from the highest byte down, premultiplied; rows from the top down
+    Pixels pixels_;
 };
 
 }  // namespace velamo

@@ -1,0 +1,16 @@
+#include "integrations/thumbnails/thumbnail_of_file.h"
+
+#include <algorithm>
+
+#include "formats/import.h"
+#include "render/thumbnail.h"
+
+namespace velamo {
+
+std::optional<Bitmap> thumbnailOfFile(const std::filesystem::path& file, std::int32_t pixels) noexcept {
+    VLMDesign design;
+    if (!importDesignFromURLerror(design, file, nullptr)) return std::nullopt;
+    return thumbnailOf(design, std::min(pixels, mostPixelsOfThumbnail));
+}
+
+}  // namespace velamo

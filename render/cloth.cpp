@@ -1,0 +1,206 @@
+#include "render/cloth.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+namespace velamo {
+namespace {
+
+constexpr int fullLight = 256;
+constexpr double fullTurn = 2 * std::numbers::pi;
+
+int byteOf(double component) noexcept {
+    return component > 0 ? static_cast<int>(std::min(component, 1.0) * 255 + 0.5) : 0;
+}
+
+/// One over the slope, which is never quite level.
+double inverseOf(double slope) noexcept {
+    constexpr double level = 1e-9;
+    return 1 / (std::abs(slope) < level ? level : slope);
+}
+
+/// An interval of columns, in which places are measured from the start of a stitch.
+struct Interval {
+    double low = 0;
+    double high = 0;
+
+    /// Narrows it to where `offset + slope * x` lies from `least` to `most`.
+    void narrow(double inverseSlope, double offset, double least, double most) noexcept {
+        const double one = (least - offset) * inverseSlope;
+        const double other = (most - offset) * inverseSlope;
+        low = std::max(low, std::min(one, other));
+        high = std::min(high, std::max(one, other));
+    }
+};
+
+/// Pixels from `first` up to `end`.
+struct Pixels {
+    int first = 0;
+    int end = 0;
+};
+
+/// The pixels, among `count`, whose centres lie from `low` to `high`; none when one of these is no number.
+Pixels pixelsBetween(double low, double high, int count) noexcept {
+    const auto borderAt = [count](double place) {
+        return place > 0 ? static_cast<int>(std::min<double>(place + 0.5, count)) : 0;
+    };
+    return {borderAt(low), borderAt(high)};
+}
+
+}  // namespace
+
+Cloth::Cloth(int pictureWidth, int pictureHeight, int grain, double relief)
+    : grain_(grain),
+      width_(pictureWidth * grain),
+      height_(pictureHeight * grain),
+      relief_(relief),
+      pixels_(static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_)) {
+    for (std::size_t i = 0; i < directions; ++i) profiles_[i] = profileOf(i);
+}
+
+double Cloth::scalarProduct(const Vector& one, const Vector& other) noexcept {
+    return one.x * other.x + one.y * other.y + one.z * other.z;
+}
+
+/// A thread is lit where it turns its round to the light, and as a whole where it lies across it.
+Cloth::Shade Cloth::shadeOf(const Vector& normal, const Vector& along) noexcept {
+    constexpr Vector toLight{-0.45, -0.62, 0.643};
+    constexpr Vector toShine{-0.248, -0.342, 0.906};  // half way between the light and the eye
+    constexpr double ambient = 0.5;
+    constexpr double diffuse = 0.8;
+    constexpr double leastAlong = 0.66;
+    constexpr double moreAcross = 0.4;
+    constexpr double gloss = 60;
+    constexpr double sharpness = 10;
+    const double alongShine = scalarProduct(along, toShine);
+    const double across = 1 - alongShine * alongShine;
+    const double light = ambient + diffuse * std::max(0.0, scalarProduct(normal, toLight));
+    const double shine = std::pow(std::max(0.0, scalarProduct(normal, toShine)), sharpness) * std::pow(across, 3);
+    return {static_cast<int>(light * (leastAlong + moreAcross * across) * fullLight), static_cast<int>(gloss * shine)};
+}
+
+Cloth::Profile Cloth::profileOf(std::size_t direction) const noexcept {
+    const double angle = static_cast<double>(direction) * fullTurn / directions;
+    const Vector along{std::cos(angle), std::sin(angle), 0};
+    Profile profile;
+    Shade sum;
+    for (std::size_t i = 0; i < placesAcross; ++i) {
+        const double place = static_cast<double>(2 * i + 1) / placesAcross - 1;
+        profile[i] = shadeOf({-along.y * place, along.x * place, std::sqrt(1 - place * place)}, along);
+        sum.light += profile[i].light;
+        sum.gloss += profile[i].gloss;
+    }
+    const auto flattened = [this](int value, int sumOfValues) {
+        const double mean = static_cast<double>(sumOfValues) / placesAcross;
+        return static_cast<int>(mean + relief_ * (value - mean));
+    };
+    for (Shade& shade : profile) shade = {flattened(shade.light, sum.light), flattened(shade.gloss, sum.gloss)};
+    return profile;
+}
+
+void Cloth::takeThread(const VLMColor& color) noexcept {
+    color_ = {byteOf(color.red()), byteOf(color.green()), byteOf(color.blue())};
+    isMixed_.reset();
+}
+
+/// The thread dives into the cloth at both ends, out of the light.
+void Cloth::mix(std::size_t direction) noexcept {
+    constexpr double loss = 0.32;
+    constexpr std::uint32_t opaque = 0xFF000000;
+    for (std::size_t depth = 0; depth < depths; ++depth) {
+        const double lost = relief_ * loss * static_cast<double>(depths - 1 - depth) / (depths - 1);
+        for (std::size_t i = 0; i < placesAcross; ++i) {
+            const Shade& shade = profiles_[direction][i];
+            const int light = static_cast<int>(shade.light * (1 - lost));
+            const int gloss = static_cast<int>(shade.gloss * (1 - lost));
+            const auto lit = [=](int component) {
+                return static_cast<std::uint32_t>(std::min(255, component * light / fullLight + gloss));
+            };
+            inks_[direction][depth][i] = opaque | lit(color_.red) << 16U | lit(color_.green) << 8U | lit(color_.blue);
+        }
+    }
+}
+
+const Cloth::Inks& Cloth::inksOf(VLMPoint along) noexcept {
+    const float turns =
+        std::atan2(static_cast<float>(along.y), static_cast<float>(along.x)) / static_cast<float>(fullTurn);
+    const auto direction = static_cast<std::size_t>((turns + 1) * directions + 0.5F) % directions;
+    if (!isMixed_[direction]) mix(direction);
+    isMixed_.set(direction);
+    return inks_[direction];
+}
+
+void Cloth::sew(VLMPoint start, VLMPoint end, double threadWidth) noexcept {
+    const double x = (end.x - start.x) * grain_;
+    const double y = (end.y - start.y) * grain_;
+    const double length = std::sqrt(x * x + y * y);
+    if (!(length > 0 && std::isfinite(length))) return;
+    const double radius = threadWidth / 2 * grain_;
+    const Line line{.start = {start.x * grain_, start.y * grain_},
+                    .along = {x / length, y / length},
+                    .inverseOfX = inverseOf(x / length),
+                    .inverseOfY = inverseOf(-y / length),
+                    .length = length,
+                    .radius = radius,
+                    .placesOfPixel = static_cast<float>(placesAcross / (2 * radius)),
+                    .depthsOfPixel = static_cast<float>(depths / std::min(length / 2, 2 * radius))};
+    const Inks& inks = inksOf(line.along);
+    const Pixels rows = pixelsBetween(line.start.y + std::min(y, 0.0) - line.radius,
+                                      line.start.y + std::max(y, 0.0) + line.radius, height_);
+    for (int row = rows.first; row < rows.end; ++row) drawRow(row, line, inks);
+}
+
+/// Where the row meets the thread is measured along the thread and across it.
+void Cloth::drawRow(int row, const Line& line, const Inks& inks) noexcept {
+    const VLMPoint start = line.start;
+    const VLMPoint along = line.along;
+    const double length = line.length;
+    const double radius = line.radius;
+    const double y = row + 0.5 - start.y;
+    Interval interval{-start.x, width_ - start.x};
+    interval.narrow(line.inverseOfX, y * along.y, -radius, length + radius);
+    interval.narrow(line.inverseOfY, y * along.x, -radius, radius);
+    const Pixels columns = pixelsBetween(start.x + interval.low, start.x + interval.high, width_);
+    const double x = columns.first + 0.5 - start.x;
+    std::uint32_t* const pixels = pixels_.data() + static_cast<std::size_t>(row) * static_cast<std::size_t>(width_);
+    for (int column = columns.first; column < columns.end; ++column) {
+        const auto step = static_cast<double>(column - columns.first);
+        const double behindStart = (x + step) * along.x + y * along.y;
+        const double across = y * along.x - (x + step) * along.y;
+        const double inside = std::min(behindStart, length - behindStart);
+        if (inside < 0 && inside * inside + across * across > radius * radius) continue;  // beside the round end
+        const auto place = static_cast<int>(static_cast<float>(across + radius) * line.placesOfPixel);
+        const auto depth = static_cast<int>(static_cast<float>(inside) * line.depthsOfPixel);
+        pixels[column] = inks[static_cast<std::size_t>(std::clamp<int>(depth, 0, depths - 1))]
+                             [static_cast<std::size_t>(std::clamp<int>(place, 0, placesAcross - 1))];
+    }
+}
+
+std::uint32_t Cloth::meanAt(int column, int row) const noexcept {
+    constexpr std::uint32_t everySecondByte = 0x00FF00FF;
+    std::uint32_t redAndBlue = 0;  // sums of up to 256 bytes beside each other
+    std::uint32_t alphaAndGreen = 0;
+    for (int y = 0; y < grain_; ++y) {
+        const std::uint32_t* const pixels =
+            pixels_.data() + static_cast<std::size_t>(row * grain_ + y) * static_cast<std::size_t>(width_) +
+            static_cast<std::size_t>(column * grain_);
+        for (int x = 0; x < grain_; ++x) {
+            redAndBlue += pixels[x] & everySecondByte;
+            alphaAndGreen += pixels[x] >> 8U & everySecondByte;
+        }
+    }
+    const auto count = static_cast<std::uint32_t>(grain_ * grain_);
+    const auto mean = [count](std::uint32_t sum) { return (sum + count / 2) / count; };
+    return mean(alphaAndGreen >> 16U) << 24U | mean(redAndBlue >> 16U) << 16U | mean(alphaAndGreen & 0xFFFFU) << 8U |
+           mean(redAndBlue & 0xFFFFU);
+}
+
+void Cloth::show(Bitmap& bitmap) const noexcept {
+    std::uint32_t* pixel = bitmap.pixels().data();
+    for (int row = 0; row < bitmap.height(); ++row)
+        for (int column = 0; column < bitmap.width(); ++column) *pixel++ = meanAt(column, row);
+}
+
+}  // namespace velamo

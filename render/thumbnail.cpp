@@ -1,0 +1,141 @@
+#include "render/thumbnail.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+#include "model/error.h"
+#include "render/cloth.h"
+
+namespace velamo {
+namespace {
+
+constexpr double threadWidth = 4;          // rows of a filling lie as close
+constexpr double leastPixelsOfThread = 1;  // so that large designs do not fade
+
+struct Line {
+    VLMPoint start;
+    VLMPoint end;
+    std::size_t thread = 0;
+};
+
+/// What every drawing of a design shows as stitches: neither jumps nor the first stitch behind each.
+std::vector<Line> linesOf(const VLMDesign& design) {
+    std::vector<Line> lines;
+    lines.reserve(design.stitches().size());
+    std::size_t blocks = 0;
+    VLMPoint start;
+    bool isAfterStitch = false;
+    for (const VLMStitch& stitch : design.stitches()) {
+        if (blocks == 0 || stitch.isColorChange()) ++blocks;
+        if (blocks > design.threads().size()) break;
+        const VLMPoint end{start.x + stitch.deltaX(), start.y + stitch.deltaY()};
+        if (isAfterStitch && !stitch.isJumpStitch() && !stitch.isNullStitch())
+            lines.push_back({start, end, blocks - 1});
+        isAfterStitch = !stitch.isJumpStitch() && !stitch.isColorChange();
+        start = end;
+    }
+    return lines;
+}
+
+/// How a design lies in its picture.
+class Frame {
+public:
+    /// No picture at all is too large for `pixels`, of which there is at least one.
+    Frame(const VLMDesign& design, std::int32_t pixels) noexcept
+        : centerX_((double{design.xMin()} + design.xMax()) / 2), centerY_((double{design.yMin()} + design.yMax()) / 2) {
+        const double width = double{design.xMax()} - design.xMin();
+        const double height = double{design.yMax()} - design.yMin();
+        const double longer = std::max(width, height);
+        hasSize_ = width >= 0 && height >= 0 && longer > 0 && std::isfinite(longer) && pixels > 0;
+        if (!hasSize_) return;
+        scale_ = pixels / (longer + threadWidth);
+        if (threadWidth * scale_ < leastPixelsOfThread && pixels > leastPixelsOfThread)
+            scale_ = (pixels - leastPixelsOfThread) / longer;
+        const auto side = [&](double length) {
+            return std::clamp(static_cast<std::int32_t>(std::lround(length * scale_ + pixelsOfThread())), 1, pixels);
+        };
+        width_ = side(width);
+        height_ = side(height);
+    }
+
+    [[nodiscard]] bool hasSize() const noexcept { return hasSize_; }
+    [[nodiscard]] int width() const noexcept { return width_; }
+    [[nodiscard]] int height() const noexcept { return height_; }
+    [[nodiscard]] double truePixelsOfThread() const noexcept { return threadWidth * scale_; }
+    [[nodiscard]] double pixelsOfThread() const noexcept { return std::max(truePixelsOfThread(), leastPixelsOfThread); }
+    /// In pixels, y downward.
+    [[nodiscard]] VLMPoint placeOf(VLMPoint point) const noexcept {
+        return {width_ / 2.0 + (point.x - centerX_) * scale_, height_ / 2.0 - (point.y - centerY_) * scale_};
+    }
+    /// The pixels that the lines cover, at most, and those of the picture.
+    [[nodiscard]] double workOf(const std::vector<Line>& lines) const noexcept {
+        double work = static_cast<double>(width_) * height_;
+        for (const Line& line : lines) {
+            const double length = std::hypot(line.end.x - line.start.x, line.end.y - line.start.y) * scale_;
+            work += std::min<double>(length, width_ + height_) * pixelsOfThread();
+        }
+        return work;
+    }
+
+private:
+    double centerX_;
+    double centerY_;
+    bool hasSize_ = false;
+    double scale_ = 0;
+    int width_ = 0;
+    int height_ = 0;
+};
+
+/// As fine as it can be seen, but coarser where stitches lie on each other by the thousand, so that no file takes long.
+int grainFor(double work) noexcept {
+    constexpr double mostWork = 1U << 25U;
+    constexpr int finest = 4;
+    int grain = finest;
+    while (grain > 1 && !(work * grain * grain <= mostWork)) grain /= 2;
+    return grain;
+}
+
+/// Where a thread is about a pixel wide or less, light and dark side would only make noise, and hide the colour.
+double reliefFor(double pixelsOfThread) noexcept {
+    constexpr double least = 0.1;
+    constexpr double flatUpTo = 0.5;
+    constexpr double fullFrom = 2.2;
+    return std::clamp((pixelsOfThread - flatUpTo) / (fullFrom - flatUpTo), least, 1.0);
+}
+
+void sewAll(Cloth& cloth, const VLMDesign& design, const std::vector<Line>& lines, const Frame& frame) noexcept {
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const Line& line = lines[i];
+        if (i == 0 || line.thread != lines[i - 1].thread) cloth.takeThread(design.threads()[line.thread].color());
+        cloth.sew(frame.placeOf(line.start), frame.placeOf(line.end), frame.pixelsOfThread());
+    }
+}
+
+bool isEmpty(const Bitmap& bitmap) noexcept {
+    const auto pixels = bitmap.pixels();
+    return std::all_of(pixels.begin(), pixels.end(), [](std::uint32_t pixel) { return pixel == 0; });
+}
+
+}  // namespace
+
+std::optional<Bitmap> thumbnailOf(const VLMDesign& design, std::int32_t pixels) noexcept {
+    std::optional<Bitmap> bitmap;
+    const bool isDrawn = operation(nullptr, [&] {
+        const Frame frame(design, pixels);
+        if (!frame.hasSize()) return false;
+        bitmap = Bitmap::make(frame.width(), frame.height());
+        if (!bitmap) return false;
+        const auto lines = linesOf(design);
+        Cloth cloth(frame.width(), frame.height(), grainFor(frame.workOf(lines)),
+                    reliefFor(frame.truePixelsOfThread()));
+        sewAll(cloth, design, lines, frame);
+        cloth.show(*bitmap);
+        return !isEmpty(*bitmap);
+    });
+    if (!isDrawn) bitmap.reset();
+    return bitmap;
+}
+
+}  // namespace velamo
