@@ -10,6 +10,7 @@
 #include "formats/pec_thumbnail.h"
 #include "render/design_picture.h"
 #include "render/draw_design.h"
+#include "render/thumbnail.h"
 
 namespace velamo {
 namespace {
@@ -98,6 +99,16 @@ void drawFlat(benchmark::State& state) {
     bench::measureBeside(state, draw, [&] { strokes.draw(); });
 }
 BENCHMARK(drawFlat)->Arg(256)->Arg(1800)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// The thumbnail of 30,000 stitches with so many pixels, every thread in relief, beside flat strokes given to cairo.
+void drawThumbnail(benchmark::State& state) {
+    const VLMDesign design = designOf(30000, 1);
+    const auto pixels = static_cast<std::int32_t>(state.range(0));
+    const PlainStrokes strokes(design, scaleForLongerSide(design, pixels));
+    const auto draw = [&] { benchmark::DoNotOptimize(thumbnailOf(design, pixels)); };
+    bench::measureBeside(state, draw, [&] { strokes.draw(); });
+}
+BENCHMARK(drawThumbnail)->Arg(128)->Arg(256)->Arg(512)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 /// All thumbnails of a PES file with so many threads, beside three drawings of the whole design and a bitmap's clearing
 /// for each thread.

@@ -49,6 +49,17 @@ Pixels pixelsBetween(double low, double high, int count) noexcept {
     return {borderAt(low), borderAt(high)};
 }
 
+/// The first bare pixel of a row from `column` on, or a column from `end` on. Behind each covered pixel, so many
+/// further ones are known to be covered; every search makes the next one shorter.
+int nextBare(std::uint16_t* covered, int column, int end) noexcept {
+    while (column < end && covered[column] != 0) {
+        const int next = column + covered[column];
+        if (next < end) covered[column] = static_cast<std::uint16_t>(covered[column] + covered[next]);
+        column = next;
+    }
+    return column;
+}
+
 }  // namespace
 
 Cloth::Cloth(int pictureWidth, int pictureHeight, int grain, double relief)
@@ -56,7 +67,8 @@ Cloth::Cloth(int pictureWidth, int pictureHeight, int grain, double relief)
       width_(pictureWidth * grain),
       height_(pictureHeight * grain),
       relief_(relief),
-      pixels_(static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_)) {
+      pixels_(static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_)),
+      covered_(pixels_.size()) {
     for (std::size_t i = 0; i < directions; ++i) profiles_[i] = profileOf(i);
 }
 
@@ -132,7 +144,7 @@ const Cloth::Inks& Cloth::inksOf(VLMPoint along) noexcept {
     return inks_[direction];
 }
 
-void Cloth::sew(VLMPoint start, VLMPoint end, double threadWidth) noexcept {
+void Cloth::sewBelow(VLMPoint start, VLMPoint end, double threadWidth) noexcept {
     const double x = (end.x - start.x) * grain_;
     const double y = (end.y - start.y) * grain_;
     const double length = std::sqrt(x * x + y * y);
@@ -163,18 +175,21 @@ void Cloth::drawRow(int row, const Line& line, const Inks& inks) noexcept {
     interval.narrow(line.inverseOfX, y * along.y, -radius, length + radius);
     interval.narrow(line.inverseOfY, y * along.x, -radius, radius);
     const Pixels columns = pixelsBetween(start.x + interval.low, start.x + interval.high, width_);
-    const double x = columns.first + 0.5 - start.x;
-    std::uint32_t* const pixels = pixels_.data() + static_cast<std::size_t>(row) * static_cast<std::size_t>(width_);
-    for (int column = columns.first; column < columns.end; ++column) {
-        const auto step = static_cast<double>(column - columns.first);
-        const double behindStart = (x + step) * along.x + y * along.y;
-        const double across = y * along.x - (x + step) * along.y;
+    const auto rowStart = static_cast<std::size_t>(row) * static_cast<std::size_t>(width_);
+    std::uint32_t* const pixels = pixels_.data() + rowStart;
+    std::uint16_t* const covered = covered_.data() + rowStart;
+    for (int column = nextBare(covered, columns.first, columns.end); column < columns.end;
+         column = nextBare(covered, column + 1, columns.end)) {
+        const double x = column + 0.5 - start.x;
+        const double behindStart = x * along.x + y * along.y;
+        const double across = y * along.x - x * along.y;
         const double inside = std::min(behindStart, length - behindStart);
         if (inside < 0 && inside * inside + across * across > radius * radius) continue;  // beside the round end
         const auto place = static_cast<int>(static_cast<float>(across + radius) * line.placesOfPixel);
         const auto depth = static_cast<int>(static_cast<float>(inside) * line.depthsOfPixel);
         pixels[column] = inks[static_cast<std::size_t>(std::clamp<int>(depth, 0, depths - 1))]
                              [static_cast<std::size_t>(std::clamp<int>(place, 0, placesAcross - 1))];
+        covered[column] = 1;
     }
 }
 

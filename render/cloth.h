@@ -22,9 +22,10 @@ public:
 
     /// The thread of the stitches that follow.
     void takeThread(const VLMColor& color) noexcept;
-    /// A stitch between two places of the picture, whose y points down; the unit is one of its pixels. What lies
-    /// outside is left out, and so is a stitch of no length or one whose place is no number.
-    void sew(VLMPoint start, VLMPoint end, double threadWidth) noexcept;
+    /// A stitch below all that were sewn before, so that no pixel is drawn twice, between two places of the picture,
+    /// whose y points down; the unit is one of its pixels. What lies outside is left out, and so is a stitch of no
+    /// length or one whose place is no number.
+    void sewBelow(VLMPoint start, VLMPoint end, double threadWidth) noexcept;
     /// Fills the bitmap, which has the size of the picture.
     void show(Bitmap& bitmap) const noexcept;
 
@@ -75,6 +76,7 @@ private:
     int height_;
     double relief_;
     std::vector<std::uint32_t> pixels_;
+    std::vector<std::uint16_t> covered_;  // for each pixel 0, or how many from it on are known to be covered
     std::array<Profile, directions> profiles_{};
     Color color_;
     std::array<Inks, directions> inks_{};  // of the thread at hand

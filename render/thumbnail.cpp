@@ -42,7 +42,6 @@ std::vector<Line> linesOf(const VLMDesign& design) {
 /// How a design lies in its picture.
 class Frame {
 public:
-    /// No picture at all is too large for `pixels`, of which there is at least one.
     Frame(const VLMDesign& design, std::int32_t pixels) noexcept
         : centerX_((double{design.xMin()} + design.xMax()) / 2), centerY_((double{design.yMin()} + design.yMax()) / 2) {
         const double width = double{design.xMax()} - design.xMin();
@@ -69,14 +68,9 @@ public:
     [[nodiscard]] VLMPoint placeOf(VLMPoint point) const noexcept {
         return {width_ / 2.0 + (point.x - centerX_) * scale_, height_ / 2.0 - (point.y - centerY_) * scale_};
     }
-    /// The pixels that the lines cover, at most, and those of the picture.
-    [[nodiscard]] double workOf(const std::vector<Line>& lines) const noexcept {
-        double work = static_cast<double>(width_) * height_;
-        for (const Line& line : lines) {
-            const double length = std::hypot(line.end.x - line.start.x, line.end.y - line.start.y) * scale_;
-            work += std::min<double>(length, width_ + height_) * pixelsOfThread();
-        }
-        return work;
+    /// The rows of pixels that the line crosses, at most.
+    [[nodiscard]] double rowsOf(const Line& line) const noexcept {
+        return std::min<double>(std::abs(line.end.y - line.start.y) * scale_ + pixelsOfThread(), height_);
     }
 
 private:
@@ -88,12 +82,16 @@ private:
     int height_ = 0;
 };
 
-/// As fine as it can be seen, but coarser where stitches lie on each other by the thousand, so that no file takes long.
-int grainFor(double work) noexcept {
-    constexpr double mostWork = 1U << 25U;
+/// As fine as can be seen, but coarser where that takes long: in large pictures, and where stitches lie on each other
+/// by the thousand.
+int grainFor(const Frame& frame, const std::vector<Line>& lines) noexcept {
+    constexpr double mostWork = 1U << 24U;
     constexpr int finest = 4;
+    const double pixels = static_cast<double>(frame.width()) * frame.height();
+    double rows = 0;
+    for (const Line& line : lines) rows += frame.rowsOf(line);
     int grain = finest;
-    while (grain > 1 && !(work * grain * grain <= mostWork)) grain /= 2;
+    while (grain > 1 && !((rows + pixels * grain) * grain <= mostWork)) grain /= 2;
     return grain;
 }
 
@@ -106,10 +104,11 @@ double reliefFor(double pixelsOfThread) noexcept {
 }
 
 void sewAll(Cloth& cloth, const VLMDesign& design, const std::vector<Line>& lines, const Frame& frame) noexcept {
-    for (std::size_t i = 0; i < lines.size(); ++i) {
+    const Line* above = nullptr;
+    for (std::size_t i = lines.size(); i-- > 0; above = &lines[i]) {
         const Line& line = lines[i];
-        if (i == 0 || line.thread != lines[i - 1].thread) cloth.takeThread(design.threads()[line.thread].color());
-        cloth.sew(frame.placeOf(line.start), frame.placeOf(line.end), frame.pixelsOfThread());
+        if (above == nullptr || line.thread != above->thread) cloth.takeThread(design.threads()[line.thread].color());
+        cloth.sewBelow(frame.placeOf(line.start), frame.placeOf(line.end), frame.pixelsOfThread());
     }
 }
 
@@ -123,13 +122,12 @@ bool isEmpty(const Bitmap& bitmap) noexcept {
 std::optional<Bitmap> thumbnailOf(const VLMDesign& design, std::int32_t pixels) noexcept {
     std::optional<Bitmap> bitmap;
     const bool isDrawn = operation(nullptr, [&] {
-        const Frame frame(design, pixels);
+        const Frame frame(design, std::min(pixels, mostPixelsOfThumbnail));
         if (!frame.hasSize()) return false;
         bitmap = Bitmap::make(frame.width(), frame.height());
         if (!bitmap) return false;
         const auto lines = linesOf(design);
-        Cloth cloth(frame.width(), frame.height(), grainFor(frame.workOf(lines)),
-                    reliefFor(frame.truePixelsOfThread()));
+        Cloth cloth(frame.width(), frame.height(), grainFor(frame, lines), reliefFor(frame.truePixelsOfThread()));
         sewAll(cloth, design, lines, frame);
         cloth.show(*bitmap);
         return !isEmpty(*bitmap);

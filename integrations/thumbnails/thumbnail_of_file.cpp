@@ -1,7 +1,5 @@
 #include "integrations/thumbnails/thumbnail_of_file.h"
 
-#include <algorithm>
-
 #include "formats/import.h"
 #include "render/thumbnail.h"
 
@@ -10,7 +8,7 @@ namespace velamo {
 std::optional<Bitmap> thumbnailOfFile(const std::filesystem::path& file, std::int32_t pixels) noexcept {
     VLMDesign design;
     if (!importDesignFromURLerror(design, file, nullptr)) return std::nullopt;
-    return thumbnailOf(design, std::min(pixels, mostPixelsOfThumbnail));
+    return thumbnailOf(design, pixels);
 }
 
 }  // namespace velamo

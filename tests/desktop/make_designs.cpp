@@ -5,8 +5,7 @@
 
 #include "formats/format.h"
 #include "model/error.h"
-#include "platform/files.h"
-#include "tests/support/samples.h"
+#include "tests/support/patches.h"
 
 int main(int argumentCount, char** arguments) {
     if (argumentCount != 2) {
@@ -14,12 +13,11 @@ int main(int argumentCount, char** arguments) {
         return 2;
     }
     const bool isDone = velamo::operation(nullptr, [&] {
-        const std::filesystem::path folder = arguments[1];
         bool isWritten = true;
-        for (const velamo::Format& format : velamo::allFormats()) {
-            const auto file = folder / ("sample." + std::string(format.extension));
-            isWritten = !velamo::replaceFile(file, velamo::test::sampleFile(format.extension)) && isWritten;
-        }
+        for (const velamo::Format& format : velamo::allFormats())
+            isWritten = velamo::test::writePatch(std::filesystem::path(arguments[1]) /
+                                                 ("sample." + std::string(format.extension))) &&
+                        isWritten;
         return isWritten;
     });
     return isDone ? 0 : 1;

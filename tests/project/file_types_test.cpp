@@ -63,5 +63,15 @@ TEST(FileTypes, AreDesignsAndPicturesAndNeverText) {
     }
 }
 
+/// A type that the list leaves out gets no thumbnails, though its parent is on it.
+TEST(Thumbnails, AreDrawnOfEveryTypeAndOfNoOther) {
+    const std::string entry = test::integrationFile("thumbnails/velamo.thumbnailer");
+    std::smatch list;
+    ASSERT_TRUE(std::regex_search(entry, list, std::regex("\nMimeType=(.*;)\n")));
+    const auto types = allFound(list[1], "([^;]+);");
+    EXPECT_EQ(std::set<std::string>(types.begin(), types.end()), test::allMimeTypes());
+    EXPECT_EQ(types.size(), test::allMimeTypes().size());
+}
+
 }  // namespace
 }  // namespace velamo
