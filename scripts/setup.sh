@@ -8,7 +8,9 @@ test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-dev 
 # What the tests with the desktops' own programs need, a text for each host; they are installed one after the other.
 desktop_packages=(
     # file types
-    "shared-mime-info libxml2-utils libglib2.0-bin xdg-utils libfile-mimeinfo-perl qtbase5-dev"
+    "shared-mime-info libxml2-utils libglib2.0-bin xdg-utils libfile-mimeinfo-perl" "qtbase5-dev"
+    # thumbnails
+    "bubblewrap gir1.2-gnomedesktop-3.0 python3-gi dbus-daemon" "tumbler python3-gi dbus-daemon"
     # search
     "recollcmd" "baloo-kf5 dbus-daemon" "tracker tracker-extract tracker-miner-fs dbus-daemon"
     # packages, in a fresh system too, and the shells that complete

@@ -1,8 +1,12 @@
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string_view>
+#include <system_error>
+#include <vector>
 
 #include "integrations/thumbnails/thumbnail_of_file.h"
 #include "model/error.h"
@@ -11,11 +15,31 @@
 namespace velamo {
 namespace {
 
+/// Leaves the file empty again where it cannot be written whole.
+bool fillFile(const std::filesystem::path& path, const std::vector<std::uint8_t>& bytes) {
+    std::ofstream file(path, std::ios::binary | std::ios::in | std::ios::out);  // which keeps the file as it is
+    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (file) return true;
+    std::error_code failure;
+    std::filesystem::resize_file(path, 0, failure);
+    return false;
+}
+
+/// Xfce makes an empty file, and reads on in this very one when we are done; any other is replaced in one step.
+bool writePicture(const std::filesystem::path& path, const std::vector<std::uint8_t>& png) {
+    std::error_code failure;
+    const auto status = std::filesystem::status(path, failure);
+    if (!std::filesystem::exists(status)) return !replaceFile(path, png);
+    if (!std::filesystem::is_regular_file(status)) return false;
+    return std::filesystem::file_size(path, failure) == 0 ? fillFile(path, png) : !replaceFile(path, png);
+}
+
 bool writeThumbnail(const std::filesystem::path& design, const std::filesystem::path& picture, int pixels) noexcept {
     return operation(nullptr, [&] {
         const auto bitmap = thumbnailOfFile(design, pixels);
         const auto png = bitmap ? bitmap->png() : std::nullopt;
-        return png && !replaceFile(picture, *png);
+        return png && writePicture(picture, *png);
     });
 }
 

@@ -2,10 +2,12 @@
 
 import os
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
 import unittest
+import zlib
 from pathlib import Path
 
 SOURCES = Path(os.environ["VELAMO_SOURCE_FOLDER"])
@@ -49,6 +51,45 @@ def left_behind(root, before):
     lists = Path(root, "var/lib/dpkg/info").glob("*.list")
     owned = {line for file in lists for line in file.read_text().splitlines()} if new else set()
     return [path for path in new if path not in owned]
+
+
+class Picture:
+    """A PNG file with transparency, as all thumbnails of designs are."""
+
+    def __init__(self, file):
+        data = Path(file).read_bytes()
+        self.width, self.height, *kind = struct.unpack(">IIBBBBB", data[16:33 - 4])
+        if kind != [8, 6, 0, 0, 0]:
+            raise ValueError(f"{file} is no picture of red, green, blue and alpha")
+        self._rows = []
+        packed = zlib.decompress(b"".join(self._blocks(data)))
+        above = bytes(4 * self.width)
+        for start in range(0, len(packed), 4 * self.width + 1):
+            above = self._unfiltered(packed[start], packed[start + 1:start + 1 + 4 * self.width], above)
+            self._rows.append(above)
+
+    @staticmethod
+    def _blocks(data):
+        place = 8
+        while place < len(data):
+            size, name = struct.unpack(">I4s", data[place:place + 8])
+            if name == b"IDAT":
+                yield data[place + 8:place + 8 + size]
+            place += size + 12
+
+    @staticmethod
+    def _unfiltered(kind, line, above):
+        """The row, each byte of which was stored as the difference to a guess from those to the left and above."""
+        row = bytearray(line)
+        for i, byte in enumerate(line):
+            left, up, corner = (row[i - 4], above[i], above[i - 4]) if i >= 4 else (0, above[i], 0)
+            nearest = min((left, up, corner), key=lambda guess: abs(left + up - corner - guess))
+            row[i] = byte + (0, left, up, (left + up) // 2, nearest)[kind] & 0xFF
+        return bytes(row)
+
+    def at(self, column, row):
+        """Red, green, blue and alpha; rows count from the top."""
+        return tuple(self._rows[row][4 * column:4 * column + 4])
 
 
 class DesktopTest(unittest.TestCase):

@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <vector>
@@ -24,10 +26,10 @@ using test::TemporaryFolder;
 
 class Thumbnailer : public testing::Test {
 protected:
-    /// Runs the program in the folder and gives back its exit status.
-    int run(const std::string& arguments) {
-        const std::string command =
-            "cd '" + folder_.path().native() + "' && " + VELAMO_THUMBNAILER + " " + arguments + " >said.out 2>said.err";
+    /// Runs the program in the folder, behind a command of the shell, and gives back its exit status.
+    int run(const std::string& arguments, const std::string& before = "") {
+        const std::string command = "cd '" + folder_.path().native() + "' && " + before + VELAMO_THUMBNAILER + " " +
+                                    arguments + " >said.out 2>said.err";
         const int status = std::system(command.c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
@@ -74,6 +76,26 @@ TEST_F(Thumbnailer, ReplacesAnEarlierPicture) {
     EXPECT_EQ(run("rose.dst out.png 256"), 0);
     const auto picture = test::readPng(folder_.path() / "out.png");
     EXPECT_EQ(std::max(picture.width, picture.height), 256);
+}
+
+/// Xfce reads the picture from a file that it has made before and holds open.
+TEST_F(Thumbnailer, FillsAnEmptyFileThatSomebodyHoldsOpen) {
+    ASSERT_TRUE(test::writePatch(folder_.path() / "rose.dst"));
+    std::ifstream held(folder_.write("out.png", std::string_view()), std::ios::binary);
+    EXPECT_EQ(run("rose.dst out.png 128"), 0);
+    const std::string read{std::istreambuf_iterator<char>(held), std::istreambuf_iterator<char>()};
+    EXPECT_EQ(read.substr(1, 3), "PNG");
+    EXPECT_EQ(read, TemporaryFolder::read(folder_.path() / "out.png"));
+}
+
+TEST_F(Thumbnailer, LeavesAnEmptyFileEmptyWhereThereIsNoRoom) {
+    ASSERT_TRUE(test::writePatch(folder_.path() / "rose.dst"));
+    folder_.write("out.png", std::string_view());
+    EXPECT_EQ(run("rose.dst out.png 512", "trap '' XFSZ; ulimit -f 2;"), 1);
+    EXPECT_EQ(TemporaryFolder::read(folder_.path() / "out.png"), "");
+    EXPECT_EQ(run("rose.dst new.png 512", "trap '' XFSZ; ulimit -f 2;"), 1);
+    EXPECT_FALSE(exists("new.png"));
+    EXPECT_EQ(output() + problems(), "");
 }
 
 TEST_F(Thumbnailer, DrawsNoMorePixelsThanHostsKeep) {
@@ -124,6 +146,12 @@ TEST_F(Thumbnailer, FailsQuietlyWhereItCannotWrite) {
         EXPECT_EQ(run(std::string("rose.dst ") + picture + " 128"), 1) << picture;
         EXPECT_EQ(output() + problems(), "") << picture;
     }
+}
+
+TEST_F(Thumbnailer, LeavesAPipeAlone) {
+    ASSERT_TRUE(test::writePatch(folder_.path() / "rose.dst"));
+    EXPECT_EQ(run("rose.dst pipe 128", "mkfifo pipe; "), 1);
+    EXPECT_TRUE(std::filesystem::is_fifo(folder_.path() / "pipe"));
 }
 
 TEST_F(Thumbnailer, SaysHowItIsUsed) {
