@@ -15,7 +15,6 @@
 namespace velamo {
 namespace {
 
-using testing::Pair;
 using namespace std::string_view_literals;
 
 /// A folder of resources that lives as long as the test.
@@ -308,7 +307,7 @@ TEST_P(ShippedTable, HasNoEmptyTextAndNoKeyTwice) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Tables, ShippedTable, testing::Values("VLMDesign", "Attributes", "Brother", "Janome"));
+INSTANTIATE_TEST_SUITE_P(Tables, ShippedTable, testing::Values("VLMDesign", "Brother", "Janome"));
 
 /// The kinds of a pattern's places, in order: "@@f" of "%@ %@ %1.1f".
 std::string placesOf(const std::string& pattern) {
@@ -330,16 +329,6 @@ TEST(ShippedTexts, FillWithRealComponentsAsWithWholeNumbers) {
     EXPECT_EQ(fillPattern(pattern, {0.8 * 255, 0.2 * 255, 1.0 * 255}), "Individual color (204, 51, 255)");
     EXPECT_EQ(fillPattern(pattern, {std::int64_t{204}, std::int64_t{51}, std::int64_t{255}}),
               "Individual color (204, 51, 255)");
-}
-
-TEST(ShippedTexts, NameTheIndexedAttributes) {
-    const StringTable attributes = shippedTable("en", "Attributes");
-    EXPECT_EQ(attributes.size(), 8U);
-    EXPECT_THAT(attributes, testing::Contains(Pair("de_velamo_embroidery_width", "Embroidery width")));
-    for (const std::string key : {"width", "height", "stitches", "colors"}) {
-        EXPECT_EQ(attributes.count("de_velamo_embroidery_" + key), 1U) << key;
-        EXPECT_EQ(attributes.count("de_velamo_embroidery_" + key + ".description"), 1U) << key;
-    }
 }
 
 }  // namespace

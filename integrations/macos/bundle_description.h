@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "platform/property_list.h"
+
+namespace velamo {
+
+/// What the importer's bundle says of itself in Contents/Info.plist: the types of designs, which macOS does not know,
+/// the extensions by which it tells them, and the factory that makes the importer. May throw std::bad_alloc.
+[[nodiscard]] PropertyList importerBundleProperties(const std::string& version);
+
+/// What Contents/Resources/schema.xml says of the attributes that the importer gives. May throw std::bad_alloc.
+[[nodiscard]] std::string importerSchema();
+
+}  // namespace velamo

@@ -1,0 +1,30 @@
+// Writes Info.plist and schema.xml into a bundle: describe_bundle CONTENTS VERSION.
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+#include "integrations/macos/bundle_description.h"
+#include "model/error.h"
+#include "platform/files.h"
+
+namespace {
+
+bool writeDescription(const std::filesystem::path& contents, const std::string& version) {
+    using namespace velamo;
+    const std::string schema = importerSchema();
+    return !replaceFile(contents / "Info.plist", xmlPropertyList(importerBundleProperties(version))) &&
+           !replaceFile(contents / "Resources" / "schema.xml",
+                        {reinterpret_cast<const std::uint8_t*>(schema.data()), schema.size()});
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 3) {
+        std::cerr << "usage: " << arguments[0] << " CONTENTS VERSION\n";
+        return EXIT_FAILURE;
+    }
+    const bool isDone = velamo::operation(nullptr, [&] { return writeDescription(arguments[1], arguments[2]); });
+    if (!isDone) std::cerr << arguments[0] << ": cannot write into " << arguments[1] << '\n';
+    return isDone ? EXIT_SUCCESS : EXIT_FAILURE;
+}
