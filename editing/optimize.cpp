@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <utility>
 
 #include "editing/optimized_stitches.h"
@@ -42,6 +41,32 @@ bool isJumpOrChange(const VLMStitch& stitch) noexcept {
     return stitch.isJumpStitch() || stitch.isColorChange();
 }
 
+/// Follows the runs of jumps and colour changes of a list and tells whether they are merged already: a jump at most,
+/// then changes on the spot. Zeros with a minus, which merging makes plain, count as not merged.
+class RunCheck {
+public:
+    /// Takes the next stitch; false when it is not as merging leaves it.
+    bool take(const VLMStitch& stitch) noexcept {
+        const bool isFirst = !isInRun_;
+        isInRun_ = isJumpOrChange(stitch);
+        isAtJump_ = stitch.isJumpStitch();
+        if (!isInRun_) return true;
+        if (stitch.isColorChange()) return isPlainChange(stitch);
+        return isFirst && !stitch.isNullStitch() && !isNegativeZero(stitch.deltaX()) &&
+               !isNegativeZero(stitch.deltaY());
+    }
+    [[nodiscard]] bool isAtJump() const noexcept { return isAtJump_; }
+
+private:
+    static bool isNegativeZero(float number) noexcept { return number == 0 && std::signbit(number); }
+    static bool isPlainChange(const VLMStitch& stitch) noexcept {
+        return stitch == changeOnTheSpot && !isNegativeZero(stitch.deltaX()) && !isNegativeZero(stitch.deltaY());
+    }
+
+    bool isInRun_ = false;
+    bool isAtJump_ = false;
+};
+
 /// Deselects the jumps and colour changes from the first selected stitch on. Whether there were any.
 template <class Iterator>
 bool trimFrom(Iterator first, Iterator end) noexcept {
@@ -54,12 +79,7 @@ bool trimFrom(Iterator first, Iterator end) noexcept {
 }  // namespace
 
 OptimizedStitches::OptimizedStitches(std::string_view designType, std::size_t count, std::size_t mostStitches)
-    : limits_(limitsOf(designType)),
-      mostStitches_(mostStitches),
-      track_{.xMin = std::numeric_limits<float>::max(),
-             .yMin = std::numeric_limits<float>::max(),
-             .xMax = std::numeric_limits<float>::lowest(),
-             .yMax = std::numeric_limits<float>::lowest()} {
+    : limits_(limitsOf(designType)), mostStitches_(mostStitches) {
     stitches_.reserve(count * 2 + blockSize_);
 }
 
@@ -108,7 +128,7 @@ void OptimizedStitches::cut(VLMStitch rest) {
     while (!isRefused_) {
         const Move whole{rest.deltaX(), rest.deltaY()};
         const float limit = limitOf(rest);
-        if (std::abs(whole.x) <= limit && std::abs(whole.y) <= limit) return deliver(rest, whole.x, whole.y);
+        if (isWithin(limit, whole.x, whole.y)) return deliver(rest, whole.x, whole.y);
         const Move piece = firstPiece(whole, limit);
         const Move left{whole.x - piece.x, whole.y - piece.y};
         isRefused_ = isTooLong(whole, limit, room) || (left.x == whole.x && left.y == whole.y);
@@ -126,14 +146,7 @@ void OptimizedStitches::flush() {
     if (isRefused_) return;
     stitches_.insert(stitches_.end(), pending_.begin(), end);
     Track track = track_;
-    for (auto stitch = pending_.begin(); stitch != end; ++stitch) {
-        track.x += stitch->deltaX();
-        track.y += stitch->deltaY();
-        track.xMin = std::min(track.xMin, track.x);
-        track.yMin = std::min(track.yMin, track.y);
-        track.xMax = std::max(track.xMax, track.x);
-        track.yMax = std::max(track.yMax, track.y);
-    }
+    for (auto stitch = pending_.begin(); stitch != end; ++stitch) track.add(*stitch);
     track_ = track;
 }
 
@@ -143,17 +156,37 @@ bool OptimizedStitches::replaceStitchesOf(VLMDesign& design) {
     flush();
     if (isRefused_ || stitches_.size() > mostStitches_) return false;
     design.stitches().all().swap(stitches_);
-    design.setXMin(track_.xMin);
-    design.setYMin(track_.yMin);
-    design.setXMax(track_.xMax);
-    design.setYMax(track_.yMax);
+    finish(design, track_);
+    return true;
+}
+
+void OptimizedStitches::finish(VLMDesign& design, const Track& track) {
+    design.setXMin(track.xMin);
+    design.setYMin(track.yMin);
+    design.setXMax(track.xMax);
+    design.setYMax(track.yMax);
     trimSelectedJumps(design);
     design.setDisplayRange({0, design.stitches().size()});
+}
+
+bool OptimizedStitches::areThere(VLMDesign& design, std::string_view designType) {
+    const auto& stitches = std::as_const(design).stitches();
+    const Limits limits = limitsOf(designType);
+    RunCheck runs;
+    for (const VLMStitch& stitch : stitches) {
+        const float limit = stitch.isJumpStitch() ? limits.jump : limits.stitch;
+        if (!isWithin(limit, stitch.deltaX(), stitch.deltaY()) || !runs.take(stitch)) return false;
+    }
+    if (runs.isAtJump()) return false;
+    Track track;
+    for (const VLMStitch& stitch : stitches) track.add(stitch);
+    finish(design, track);
     return true;
 }
 
 bool optimizeJumpsFor(VLMDesign& design, std::string_view designType) noexcept {
     return operation(nullptr, [&] {
+        if (OptimizedStitches::areThere(design, designType)) return true;
         const auto& stitches = std::as_const(design).stitches();
         OptimizedStitches optimized(designType, stitches.size());
         for (const VLMStitch& stitch : stitches) optimized.push_back(stitch);

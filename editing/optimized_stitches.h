@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <string_view>
 #include <vector>
 
@@ -33,6 +35,10 @@ public:
         put(stitch, deltaX, deltaY);
     }
 
+    /// Whether the design's stitches are optimised for the type already, as most that come from a file are. Then only
+    /// its bounds and what goes with them are brought up to date, which takes no memory.
+    [[nodiscard]] static bool areThere(VLMDesign& design, std::string_view designType);
+
     /// After the last stitch: gives the design the list and its bounds, unless a move could not be cut or there were
     /// too many pieces. Then it gives false, and the design is unchanged.
     [[nodiscard]] bool replaceStitchesOf(VLMDesign& design);
@@ -46,14 +52,24 @@ private:
     struct Track {
         float x = 0;
         float y = 0;
-        float xMin;
-        float yMin;
-        float xMax;
-        float yMax;
+        float xMin = std::numeric_limits<float>::max();
+        float yMin = std::numeric_limits<float>::max();
+        float xMax = std::numeric_limits<float>::lowest();
+        float yMax = std::numeric_limits<float>::lowest();
+
+        void add(const VLMStitch& stitch) noexcept {
+            x += stitch.deltaX();
+            y += stitch.deltaY();
+            xMin = std::min(xMin, x);
+            yMin = std::min(yMin, y);
+            xMax = std::max(xMax, x);
+            yMax = std::max(yMax, y);
+        }
     };
     static constexpr std::size_t blockSize_ = 256;
 
     [[nodiscard]] static Limits limitsOf(std::string_view designType) noexcept;
+    static void finish(VLMDesign& design, const Track& track);
     void merge(const VLMStitch& stitch);
     void endRun();
     void cut(VLMStitch rest);
@@ -62,14 +78,16 @@ private:
     [[nodiscard]] float limitOf(const VLMStitch& stitch) const noexcept {
         return stitch.isJumpStitch() ? limits_.jump : limits_.stitch;
     }
+    static bool isWithin(float limit, float deltaX, float deltaY) noexcept {
+        return std::abs(deltaX) <= limit && std::abs(deltaY) <= limit;
+    }
     static VLMStitch moved(VLMStitch stitch, float deltaX, float deltaY) noexcept {
         stitch.setDeltaX(deltaX);
         stitch.setDeltaY(deltaY);
         return stitch;
     }
     void put(const VLMStitch& stitch, float deltaX, float deltaY) {
-        const float limit = limitOf(stitch);
-        const bool isShort = std::abs(deltaX) <= limit && std::abs(deltaY) <= limit;
+        const bool isShort = isWithin(limitOf(stitch), deltaX, deltaY);
         isShort ? deliver(stitch, deltaX, deltaY) : cut(moved(stitch, deltaX, deltaY));
     }
     void deliver(const VLMStitch& stitch, float deltaX, float deltaY) {

@@ -15,9 +15,9 @@ inline void writeEscapedMoves(VLMByteWriter& out, const VLMDesign& design, std::
     constexpr std::uint64_t change = 0x0180;
     constexpr std::uint64_t jump = 0x0280;
     constexpr std::uint64_t changeAndJump = jump << 32 | change;
-    VLMByteMoves moves;
+    VLMWholePairs moves;
     out.records(std::span(design.stitches().all()), [&](const VLMStitch& stitch) -> ByteRecord {
-        const std::uint64_t move = moves.take(stitch.deltaX(), stitch.deltaY());
+        const std::uint64_t move = byteMove(moves.take(stitch.deltaX(), stitch.deltaY()));
         if (!stitch.isJumpStitch() && !stitch.isColorChange()) return {move, 2};
         if (!stitch.isColorChange()) return {move << 16 | jump, 4};
         if (stitch.isJumpStitch()) return {move << 48 | changeAndJump, 8};

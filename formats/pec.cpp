@@ -175,8 +175,7 @@ void putGraphicHeader(VLMByteWriter& out, const VLMDesign& design) {
 }
 
 void putMoves(VLMByteWriter& out, const VLMDesign& design) {
-    VLMWholeMoves movesX;
-    VLMWholeMoves movesY;
+    VLMWholePairs moves;
     std::uint64_t parity = 2;  // 2, 1, 2, 1, ... for one colour change after the other
     out.records(std::span(design.stitches().all()), [&](const VLMStitch& stitch) -> ByteRecord {
         if (stitch.isColorChange()) {
@@ -184,8 +183,7 @@ void putMoves(VLMByteWriter& out, const VLMDesign& design) {
             parity ^= 3U;
             return {changeMark | secondChangeMark << 8 | former << 16, changeSize};
         }
-        const std::int64_t x = wholeNumber(movesX.take(stitch.deltaX()));
-        const std::int64_t y = wholeNumber(movesY.take(-stitch.deltaY()));
+        const auto [x, y] = moves.take(stitch.deltaX(), -stitch.deltaY());
         if (stitch.isJumpStitch()) return {longForm(x) | longForm(y) << 16, 4};
         return {shortForm(x) | shortForm(y) << 8, 2};
     });

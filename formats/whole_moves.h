@@ -15,6 +15,12 @@ namespace velamo {
     return number < 0 ? std::numeric_limits<std::int64_t>::min() : std::numeric_limits<std::int64_t>::max();
 }
 
+/// Whether the number is whole, which of far ones is not asked.
+[[nodiscard]] inline bool isNearAndWhole(float number) noexcept {
+    constexpr float far = 1U << 23U;
+    return std::abs(number) < far && static_cast<float>(static_cast<std::int32_t>(number)) == number;
+}
+
 /// Makes whole moves of fractional ones, along one axis. What rounding down takes from a move is carried into the next
 /// one, in single precision, so that places stay true however many moves lead there.
 class VLMWholeMoves {
@@ -34,20 +40,31 @@ private:
     float carry_ = 0;
 };
 
-/// The same along both axes, for formats whose moves are signed bytes: of what one cannot hold the lower bits are kept.
-class VLMByteMoves {
+/// The same along both axes.
+class VLMWholePairs {
 public:
-    /// The move's two bytes, x in the lower one.
-    [[nodiscard]] std::uint64_t take(float deltaX, float deltaY) noexcept {
-        const std::uint64_t x = byteOf(x_.take(deltaX));
-        return x | byteOf(y_.take(deltaY)) << 8;
+    struct Move {
+        std::int64_t x;
+        std::int64_t y;
+    };
+    /// The move as whole numbers within 64 bits.
+    [[nodiscard]] Move take(float deltaX, float deltaY) noexcept {
+        if (!isCarrying_ && isNearAndWhole(deltaX) && isNearAndWhole(deltaY)) [[likely]]
+            return {static_cast<std::int32_t>(deltaX), static_cast<std::int32_t>(deltaY)};
+        isCarrying_ = true;
+        const std::int64_t x = wholeNumber(x_.take(deltaX));
+        return {x, wholeNumber(y_.take(deltaY))};
     }
 
 private:
-    static std::uint64_t byteOf(float move) noexcept { return static_cast<std::uint64_t>(wholeNumber(move)) & 0xFFU; }
-
     VLMWholeMoves x_;
     VLMWholeMoves y_;
+    bool isCarrying_ = false;  // once a move was not whole
 };
+
+/// The two lower bytes of a move, x in the lower one, for formats whose moves are signed bytes.
+[[nodiscard]] inline std::uint64_t byteMove(VLMWholePairs::Move move) noexcept {
+    return (static_cast<std::uint64_t>(move.x) & 0xFFU) | (static_cast<std::uint64_t>(move.y) & 0xFFU) << 8;
+}
 
 }  // namespace velamo

@@ -70,12 +70,26 @@ TEST(WholeMoves, CarryWhatDidNotFit) {
     EXPECT_EQ(moves.take(0.75F), 1);
 }
 
+TEST(WholePairs, CarryBothFractions) {
+    VLMWholePairs moves;
+    const auto take = [&moves](float x, float y) {
+        const auto move = moves.take(x, y);
+        return std::pair(move.x, move.y);
+    };
+    EXPECT_EQ(take(3, -4), std::pair(std::int64_t{3}, std::int64_t{-4}));
+    EXPECT_EQ(take(0.5F, -0.25F), std::pair(std::int64_t{0}, std::int64_t{-1}));
+    EXPECT_EQ(take(1, 1), std::pair(std::int64_t{1}, std::int64_t{1}));
+    EXPECT_EQ(take(0.5F, 0.25F), std::pair(std::int64_t{1}, std::int64_t{1}));
+    EXPECT_EQ(take(3e9F, -3e9F), std::pair(std::int64_t{3000000000}, std::int64_t{-3000000000}));
+    EXPECT_EQ(take(infinite, 2), std::pair(most, std::int64_t{2}));
+}
+
 TEST(ByteMoves, KeepTheLowerEightBits) {
-    VLMByteMoves moves;
-    EXPECT_EQ(moves.take(-3, 2), 0x02FDU);
-    EXPECT_EQ(moves.take(130, -200), 0x3882U);
-    EXPECT_EQ(moves.take(-0.5F, 256), 0x00FFU);
-    EXPECT_EQ(moves.take(0.5F, infinite), 0xFF01U);
+    VLMWholePairs moves;
+    EXPECT_EQ(byteMove(moves.take(-3, 2)), 0x02FDU);
+    EXPECT_EQ(byteMove(moves.take(130, -200)), 0x3882U);
+    EXPECT_EQ(byteMove(moves.take(-0.5F, 256)), 0x00FFU);
+    EXPECT_EQ(byteMove(moves.take(0.5F, infinite)), 0xFF01U);
 }
 
 }  // namespace
