@@ -73,5 +73,12 @@ TEST(Thumbnails, AreDrawnOfEveryTypeAndOfNoOther) {
     EXPECT_EQ(types.size(), test::allMimeTypes().size());
 }
 
+TEST(Thumbnails, AreDrawnOfTheSameTypesInKde) {
+    const auto types =
+        allFound(test::integrationFile("kde-thumbnails/velamothumbnail.json"), "\"(application/[^\"]+)\"");
+    EXPECT_EQ(std::set<std::string>(types.begin(), types.end()), test::allMimeTypes());
+    EXPECT_EQ(types.size(), test::allMimeTypes().size());
+}
+
 }  // namespace
 }  // namespace velamo
