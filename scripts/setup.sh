@@ -11,6 +11,7 @@ desktop_packages=(
     "shared-mime-info libxml2-utils libglib2.0-bin xdg-utils libfile-mimeinfo-perl" "qtbase5-dev"
     # thumbnails
     "bubblewrap gir1.2-gnomedesktop-3.0 python3-gi dbus-daemon" "tumbler python3-gi dbus-daemon"
+    "libkf5kio-dev extra-cmake-modules kio-extras dbus-daemon"
     # search
     "recollcmd" "baloo-kf5 dbus-daemon" "tracker tracker-extract tracker-miner-fs dbus-daemon"
     # packages, in a fresh system too, and the shells that complete

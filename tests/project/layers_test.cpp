@@ -57,7 +57,7 @@ TEST_P(Layers, IncludeDownwardOnly) {
     const auto includes = includesOf(GetParam());
     EXPECT_FALSE(includes.empty());
     for (const auto& include : includes) {
-        if (include.isSystem) continue;
+        if (include.isSystem || include.name.ends_with(".moc")) continue;  // made by Qt's compiler from the file itself
         const std::string folder = include.name.substr(0, include.name.find('/'));
         EXPECT_TRUE(folder == GetParam() || below.count(folder) > 0) << include.file << " includes " << include.name;
     }
