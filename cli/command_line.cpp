@@ -16,7 +16,7 @@ void describeProgram(CLI::App& program, Action& chosen) {
     program.require_subcommand(1);
     for (const auto describe :
          {describeInfo, describeIndex, describeSearch, describeDump, describeConvert, describeEdit, describeRender,
-          describePalettes, describeHoops, describeFormatLength, describeParseLength})
+          describePalettes, describeHoops, describeDesktop, describeFormatLength, describeParseLength})
         describe(program, chosen);
     program.footer(
         "Exit status: 0 success, 1 failure for some file, 2 wrong usage.\n"

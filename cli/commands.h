@@ -23,6 +23,7 @@ void describePalettes(CLI::App& program, Action& chosen);
 void describeHoops(CLI::App& program, Action& chosen);
 void describeEdit(CLI::App& program, Action& chosen);
 void describeRender(CLI::App& program, Action& chosen);
+void describeDesktop(CLI::App& program, Action& chosen);
 void describeFormatLength(CLI::App& program, Action& chosen);
 void describeParseLength(CLI::App& program, Action& chosen);
 

@@ -39,13 +39,14 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{{"search", "--height", ""}, "--height"}, Row{{"search", "--stitches", "-5"}, "--stitches"},
                     Row{{"search", "--sort", "size"}, "--sort"}, Row{{"search", "--limit", "0"}, "--limit"},
                     Row{{"search", "--json", "--print0"}, "--print0"},
-                    Row{{"search", "--broken", "--width", "5"}, "--broken"}, Row{{"palettes", "x"}, "x"}));
+                    Row{{"search", "--broken", "--width", "5"}, "--broken"}, Row{{"palettes", "x"}, "x"},
+                    Row{{"desktop"}, "subcommand"}, Row{{"desktop", "refresh", "--frob"}, "--frob"}));
 
 TEST(Help, IsThereForEveryCommand) {
     EXPECT_EQ(call({"--help"}).status, 0);
     EXPECT_THAT(call({"--help"}).out, HasSubstr("Exit status"));
-    for (const char* command :
-         {"info", "index", "search", "dump", "edit", "render", "palettes", "format-length", "parse-length"}) {
+    for (const char* command : {"info", "index", "search", "dump", "edit", "render", "palettes", "desktop",
+                                "format-length", "parse-length"}) {
         EXPECT_THAT(call({"--help"}).out, HasSubstr(command));
         const auto outcome = call({command, "--help"});
         EXPECT_EQ(outcome.status, 0);
