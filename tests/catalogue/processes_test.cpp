@@ -102,5 +102,28 @@ TEST_F(Processes, AtOnceFillTheCatalogueOnce) {
     EXPECT_EQ(test::runSql(catalogue_, "PRAGMA integrity_check"), "ok");
 }
 
+/// Another program that holds the file's own lock is waited for as long as the catalogue says, 10 seconds, then told of.
+TEST_F(Processes, GiveUpOnACatalogueThatAnotherProgramHolds) {
+    { const auto made = Catalogue::openForIndexing(catalogue_); }
+    sqlite3* other = nullptr;
+    ASSERT_EQ(::sqlite3_open(catalogue_.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(::sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    {
+        auto catalogue = Catalogue::openForIndexing(catalogue_);
+        test::Told told;
+        try {
+            test::runIndexer(catalogue, {designs_}, told);
+            FAIL() << "the catalogue was written";
+        } catch (const CatalogueError& error) {
+            EXPECT_EQ(error.code() & 0xFF, SQLITE_BUSY) << error.what();
+        }
+        EXPECT_TRUE(catalogue.search({}).empty());  // reading goes on
+    }
+    ::sqlite3_close(other);
+    auto catalogue = Catalogue::openForIndexing(catalogue_);
+    test::Told told;
+    EXPECT_EQ(test::runIndexer(catalogue, {designs_}, told).added, designCount);
+}
+
 }  // namespace
 }  // namespace velamo
