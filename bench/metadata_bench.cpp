@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "bench/beside.h"
-#include "bench/dst_file.h"
+#include "bench/design_files.h"
 #include "platform/shared_module.h"
 #include "plugin/host.h"
 #include "plugin/importer.h"
@@ -22,10 +22,10 @@ namespace {
 /// A file in a temporary folder of its own, gone at the end of the scope.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const std::vector<std::uint8_t>& bytes) {
+    TemporaryFile(const std::vector<std::uint8_t>& bytes, std::string_view extension) {
         std::string folder = (std::filesystem::temp_directory_path() / "velamo-bench-XXXXXX").native();
         if (::mkdtemp(folder.data()) == nullptr) std::abort();
-        path_ = std::filesystem::path(folder) / "design.dst";
+        path_ = std::filesystem::path(folder) / ("design." + std::string(extension));
         std::ofstream(path_, std::ios::binary)
             .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
@@ -52,10 +52,16 @@ void readBarely(const char* path) {
     ::close(descriptor);
 }
 
+/// The stitches of a file of about 30 kB.
+std::size_t stitchesOf30Kilobytes(const bench::DesignFile& format) {
+    constexpr std::size_t some = 1000;
+    const std::size_t head = format.make(0).size();
+    return 30000 * some / (format.make(some).size() - head) - head * some / (format.make(some).size() - head);
+}
+
 /// The importer's entry on a file of about 30 kB, beside a bare read of the same file.
-void getMetadata(benchmark::State& state) {
-    constexpr std::size_t stitchesOf30Kilobytes = 9829;
-    const TemporaryFile file(bench::dstFileOfStitches(stitchesOf30Kilobytes));
+void getMetadata(benchmark::State& state, const bench::DesignFile& format) {
+    const TemporaryFile file(format.make(stitchesOf30Kilobytes(format)), format.extension);
     const SharedModule module(PluginHost::findModule());
     const auto entry = reinterpret_cast<decltype(&GetMetadataForFile)>(module.symbol("GetMetadataForFile"));
     const auto path = own(CFStringCreateWithFileSystemRepresentation(kCFAllocatorDefault, file.path().c_str()));
@@ -67,9 +73,19 @@ void getMetadata(benchmark::State& state) {
     const auto read = [&] { readBarely(file.path().c_str()); };
     bench::measureBeside(state, import, read);
 }
-BENCHMARK(getMetadata)->UseManualTime()->Unit(benchmark::kMicrosecond);
+
+void registerFile(const bench::DesignFile& format) {
+    const std::string name = "getMetadata/" + std::string(format.extension);
+    benchmark::RegisterBenchmark(name.c_str(), [&format](benchmark::State& state) { getMetadata(state, format); })
+        ->UseManualTime()
+        ->Unit(benchmark::kMicrosecond);
+}
 
 }  // namespace
 }  // namespace velamo
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    for (const auto& format : velamo::bench::designFiles) velamo::registerFile(format);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}
