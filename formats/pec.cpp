@@ -53,9 +53,7 @@ constexpr int shortValue(int byte) noexcept {
 constexpr ByteValues shortX = byteValues([](std::uint8_t byte) { return static_cast<float>(shortValue(byte)); });
 constexpr ByteValues shortY = byteValues([](std::uint8_t byte) { return static_cast<float>(-shortValue(byte)); });
 
-bool areShort(std::uint8_t x, std::uint8_t y) noexcept {
-    return (x | y) < 0x80;
-}
+constexpr auto areShort = [](std::uint8_t x, std::uint8_t y) { return (x | y) < 0x80; };
 
 struct Coordinate {
     int value = 0;
