@@ -112,6 +112,32 @@ TEST_P(Documents, ShowWhatTheProgramPrintsAndDraws) {
     EXPECT_GE(compared, 1U);
 }
 
+/// The places in the checkout that a document's links lead to.
+std::vector<fs::path> linksIn(const fs::path& document) {
+    static const std::regex link(R"re(\]\(([^)#:]+)(#[^)]*)?\))re");
+    std::ifstream in(document);
+    std::vector<fs::path> links;
+    for (std::string line; std::getline(in, line);)
+        for (std::sregex_iterator one(line.begin(), line.end(), link), none; one != none; ++one)
+            links.push_back(document.parent_path() / (*one)[1].str());
+    return links;
+}
+
+TEST(Links, LeadSomewhere) {
+    std::vector<fs::path> documents{sourceFolder / "README.md", sourceFolder / "CONTRIBUTING.md"};
+    for (const char* folder : {"docs", "integrations"})
+        for (const auto& entry : fs::recursive_directory_iterator(sourceFolder / folder))
+            if (entry.path().extension() == ".md") documents.push_back(entry.path());
+    std::size_t found = 0;
+    for (const auto& document : documents) {
+        for (const auto& link : linksIn(document)) {
+            EXPECT_TRUE(fs::exists(link)) << document << " leads to " << link;
+            ++found;
+        }
+    }
+    EXPECT_GT(found, 10U);
+}
+
 INSTANTIATE_TEST_SUITE_P(Each, Documents,
                          testing::Values(Document{"Readme", "README.md", "docs"},
                                          Document{"Editing", "docs/editing.md", "docs/editing"}),
