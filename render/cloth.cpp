@@ -12,7 +12,7 @@ constexpr int fullLight = 256;
 constexpr double fullTurn = 2 * std::numbers::pi;
 
 int byteOf(double component) noexcept {
-    return component > 0 ? static_cast<int>(std::min(component, 1.0) * 255 + 0.5) : 0;
+    return component > 0 ? static_cast<int>(std::lround(std::min(component, 1.0) * 255)) : 0;
 }
 
 /// One over the slope, which is never quite level.
@@ -47,6 +47,12 @@ Pixels pixelsBetween(double low, double high, int count) noexcept {
         return place > 0 ? static_cast<int>(std::min<double>(place + 0.5, count)) : 0;
     };
     return {borderAt(low), borderAt(high)};
+}
+
+/// One of `count` steps; the nearest one for a place beyond them, and any for what is no number.
+std::size_t stepAt(float place, std::size_t count) noexcept {
+    const auto last = static_cast<float>(count - 1);
+    return static_cast<std::size_t>(std::max(0.0F, std::min(last, place)));
 }
 
 /// The first bare pixel of a row from `column` on, or a column from `end` on. Behind each covered pixel, so many
@@ -138,7 +144,7 @@ void Cloth::mix(std::size_t direction) noexcept {
 const Cloth::Inks& Cloth::inksOf(VLMPoint along) noexcept {
     const float turns =
         std::atan2(static_cast<float>(along.y), static_cast<float>(along.x)) / static_cast<float>(fullTurn);
-    const auto direction = static_cast<std::size_t>((turns + 1) * directions + 0.5F) % directions;
+    const auto direction = static_cast<std::size_t>(std::lround((turns + 1) * directions)) % directions;
     if (!isMixed_[direction]) mix(direction);
     isMixed_.set(direction);
     return inks_[direction];
@@ -185,10 +191,9 @@ void Cloth::drawRow(int row, const Line& line, const Inks& inks) noexcept {
         const double across = y * along.x - x * along.y;
         const double inside = std::min(behindStart, length - behindStart);
         if (inside < 0 && inside * inside + across * across > radius * radius) continue;  // beside the round end
-        const auto place = static_cast<int>(static_cast<float>(across + radius) * line.placesOfPixel);
-        const auto depth = static_cast<int>(static_cast<float>(inside) * line.depthsOfPixel);
-        pixels[column] = inks[static_cast<std::size_t>(std::clamp<int>(depth, 0, depths - 1))]
-                             [static_cast<std::size_t>(std::clamp<int>(place, 0, placesAcross - 1))];
+        const std::size_t place = stepAt(static_cast<float>(across + radius) * line.placesOfPixel, placesAcross);
+        const std::size_t depth = stepAt(static_cast<float>(inside) * line.depthsOfPixel, depths);
+        pixels[column] = inks[depth][place];
         covered[column] = 1;
     }
 }
