@@ -3,6 +3,7 @@
 #include "fuzz/claims.h"
 #include "platform/bitmap.h"
 #include "render/draw_design.h"
+#include "render/thumbnail.h"
 
 namespace velamo::fuzz {
 namespace {
@@ -50,6 +51,13 @@ void checkDrawing(const VLMDesign& design, unsigned look) {
     }
 }
 
+void checkThumbnail(VLMDesign& design) {
+    design.setXMax(side);
+    design.setYMax(side);
+    const auto picture = thumbnailOf(design, side);
+    claim(!picture || (picture->width() == side && picture->height() == side), "a thumbnail has its design's size");
+}
+
 }  // namespace
 }  // namespace velamo::fuzz
 
@@ -58,5 +66,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto design = velamo::fuzz::designOf({data + 1, size - 1});
     design.setSelectionActive((data[0] & 8U) != 0);
     velamo::fuzz::checkDrawing(design, data[0]);
+    velamo::fuzz::checkThumbnail(design);
     return 0;
 }
