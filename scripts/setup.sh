@@ -13,7 +13,7 @@ desktop_packages=(
     "bubblewrap gir1.2-gnomedesktop-3.0 python3-gi dbus-daemon" "tumbler python3-gi dbus-daemon"
     "libkf5kio-dev extra-cmake-modules kio-extras dbus-daemon"
     # search
-    "recollcmd" "baloo-kf5 dbus-daemon" "tracker tracker-extract tracker-miner-fs dbus-daemon"
+    "recollcmd bubblewrap" "baloo-kf5 dbus-daemon bubblewrap" "tracker tracker-extract tracker-miner-fs dbus-daemon"
     # packages, in a fresh system too, and the shells that complete
     "lintian dpkg-dev" "mmdebstrap" "bash-completion" "zsh" "fish"
 )

@@ -100,6 +100,11 @@ class Baloo(DesktopTest):
             self.assertEqual(json.loads(answer.stdout)["status"], "ERROR")
             self.assertEqual(answer.stderr, "")
 
+    def test_takes_palettes_from_the_installation(self):
+        made = self.make_designs(self.home / "made")
+        answer = self.run_without_sources(EXTRACTOR, input=json.dumps({"path": str(made["jef"])}))
+        self.assertIn("2 colours", json.loads(answer.stdout)["properties"]["description"])
+
 
 if __name__ == "__main__":
     main()

@@ -132,6 +132,12 @@ class DesktopTest(unittest.TestCase):
         with bus.stdout as address:
             self.environment["DBUS_SESSION_BUS_ADDRESS"] = address.readline().strip()
 
+    def run_without_sources(self, *command, **options):
+        """Runs the command where there are /usr and the test's home alone, so that nothing is found in a source tree."""
+        need("bwrap")
+        return self.run_program("bwrap", "--ro-bind", "/usr", "/usr", "--symlink", "usr/lib", "/lib", "--symlink", "usr/lib64",
+                                "/lib64", "--proc", "/proc", "--bind", self.home, self.home, *command, **options)
+
     def make_designs(self, folder):
         """A small design of each format by its extension, in the folder, which is made."""
         folder.mkdir(parents=True)

@@ -103,6 +103,10 @@ class Recoll(DesktopTest):
         refused = self.run_program("velamo-recoll", self.designs / "poem.dst", status=1)
         self.assertEqual((refused.stdout, refused.stderr), ("", ""))
 
+    def test_takes_palettes_from_the_installation(self):
+        made = self.make_designs(self.home / "made")
+        self.assertIn("2 colours", self.run_without_sources("velamo-recoll", made["jef"]).stdout)
+
 
 if __name__ == "__main__":
     main()
