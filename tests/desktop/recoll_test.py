@@ -97,6 +97,20 @@ class Recoll(DesktopTest):
         self.assertEqual(self.found("rclcat:embroidery filename:sample* stitches:1..20 colours:1..9", **environment),
                          expected)
 
+    def test_leaves_the_filters_and_categories_of_recoll(self):
+        def section(file, name):
+            """Its lines, without comments."""
+            text = file.read_text().partition(f"[{name}]\n")[2].partition("\n[")[0]
+            return {line for line in text.splitlines() if "=" in line and not line.startswith("#")}
+
+        own = section(Path("/usr/share/recoll/examples/mimeconf"), "guifilters")
+        self.assertGreaterEqual(len(own), 6)
+        self.assertEqual(section(CONFIGURATION / "mimeconf", "guifilters"), own | {"embroidery = rclcat:embroidery"})
+        environment = {"RECOLL_CONFMID": str(CONFIGURATION)}
+        (self.designs / "notes.txt").write_text("Rose is a rose is a rose is a rose.\n")
+        self.index(**environment)
+        self.assertEqual(self.found("rclcat:text filename:notes*", **environment), {"notes.txt"})
+
     def test_handler_for_one_file(self):
         page = self.run_program("velamo-recoll", self.designs / "rose.dst").stdout
         self.assertIn('<meta name="stitches" content="6872">', page)
