@@ -1,6 +1,7 @@
 #include "render/thumbnail.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <vector>
@@ -103,11 +104,20 @@ double reliefFor(double pixelsOfThread) noexcept {
     return std::clamp((pixelsOfThread - flatUpTo) / (fullFrom - flatUpTo), least, 1.0);
 }
 
-void sewAll(Cloth& cloth, const VLMDesign& design, const std::vector<Line>& lines, const Frame& frame) noexcept {
+/// Blocks whose colours a file does not tell are told apart by their greys; that of the first one is the usual one.
+VLMColor colorOf(const VLMDesign& design, std::size_t thread) {
+    constexpr std::array<double, 6> greys{0.8, 0.58, 0.72, 0.46, 0.65, 0.52};
+    const VLMThread& found = design.threads()[thread];
+    if (found.palette() != Text("Undefined") || found.color() != VLMColor()) return found.color();
+    const double grey = greys[thread % greys.size()];
+    return VLMColor::initWithRedgreenblue(grey, grey, grey);
+}
+
+void sewAll(Cloth& cloth, const VLMDesign& design, const std::vector<Line>& lines, const Frame& frame) {
     const Line* above = nullptr;
     for (std::size_t i = lines.size(); i-- > 0; above = &lines[i]) {
         const Line& line = lines[i];
-        if (above == nullptr || line.thread != above->thread) cloth.takeThread(design.threads()[line.thread].color());
+        if (above == nullptr || line.thread != above->thread) cloth.takeThread(colorOf(design, line.thread));
         cloth.sewBelow(frame.placeOf(line.start), frame.placeOf(line.end), frame.pixelsOfThread());
     }
 }

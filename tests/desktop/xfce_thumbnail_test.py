@@ -44,9 +44,12 @@ class XfceThumbnails(desktop.DesktopTest):
     def thumbnails(self, size, kinds):
         """The pictures by file that the service makes of the files, whose types are given, and the files that failed."""
         uris = {file.as_uri(): file for file in kinds}
+        temporary = self.home / "tmp"
+        temporary.mkdir(exist_ok=True)
         printed = self.run_program("dbus-run-session", "--", "/usr/bin/python3", "-c", ASK, size,
-                                   json.dumps(list(kinds.values())), *uris).stdout
+                                   json.dumps(list(kinds.values())), *uris, TMPDIR=str(temporary)).stdout
         told = json.loads(printed.splitlines()[-1])
+        self.assertEqual(list(temporary.glob("*.png")), [])
         folder = self.home / ".cache/thumbnails" / size
         pictures = {file: folder / (hashlib.md5(uri.encode()).hexdigest() + ".png") for uri, file in uris.items()}
         made = {file: desktop.Picture(picture) for file, picture in pictures.items() if picture.exists()}
@@ -85,7 +88,6 @@ class XfceThumbnails(desktop.DesktopTest):
         pictures, failed = self.thumbnails("normal", {poem: KIND + "dst", rose: KIND + "dst"})
         self.assertEqual(set(pictures), {rose})
         self.assertEqual(failed, {poem})
-        self.assertEqual(list(Path("/tmp").glob("tumbler-*.png")), [])
 
 
 if __name__ == "__main__":

@@ -196,6 +196,23 @@ TEST(Thumbnail, LeavesOutJumpsAndTheFirstStitchBehindEach) {
     EXPECT_EQ(pixelAt(*bitmap, 37, 2).alpha, 255);
 }
 
+/// A file without colours has blocks all the same.
+TEST(Thumbnail, TellsThreadsOfUnknownColorsApartByTheirGreys) {
+    auto design =
+        designOf({stitch(0, 0), stitch(10, 0), jump(20, 0), change(0, 0), stitch(0, 0), stitch(10, 0)}, {0, 0, 40, 0});
+    for (const bool isUnknown : {true, false}) {
+        const auto thread = VLMThread::initWithKeyofPalette("1", isUnknown ? "Undefined" : "Another");
+        design.setThreads({thread, thread});
+        const auto bitmap = thumbnailOf(design, 44);
+        ASSERT_TRUE(bitmap);
+        const auto first = pixelAt(*bitmap, 7, 1);
+        const auto second = pixelAt(*bitmap, 37, 1);
+        EXPECT_EQ(first.red, first.blue);
+        EXPECT_EQ(second.red, second.blue);
+        EXPECT_EQ(first.red > second.red + 20, isUnknown);
+    }
+}
+
 TEST(Thumbnail, EndsWhereNoThreadIsLeft) {
     auto design = designOf({stitch(0, 0), stitch(10, 0), change(20, 0), stitch(0, 0), stitch(10, 0)}, {0, 0, 40, 0});
     design.setThreads({threadOf(0, 1, 0)});
