@@ -205,7 +205,11 @@ std::error_code replaceFile(const std::filesystem::path& path, std::span<const s
     std::error_code error;
     const auto target = withoutLinks(path, error);
     if (error) return error;
-    if (std::filesystem::is_directory(target, error)) return std::make_error_code(std::errc::is_a_directory);
+    const auto status = std::filesystem::status(target, error);
+    if (std::filesystem::is_directory(status)) return std::make_error_code(std::errc::is_a_directory);
+    // A pipe or device would be gone afterwards.
+    const bool isFree = !std::filesystem::exists(status);
+    if (!isFree && !std::filesystem::is_regular_file(status)) return std::make_error_code(std::errc::invalid_argument);
     const auto folder = target.parent_path();  // now: when the file is in place, nothing may fail any more
     if (const auto failure = putInPlace(target, bytes)) return failure;
     flushFolder(folder);

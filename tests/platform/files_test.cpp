@@ -123,6 +123,15 @@ TEST(ReplacingFiles, EndsOnLinksThatGoInCircles) {
     EXPECT_EQ(entriesIn(folder.path()), 2U);
 }
 
+TEST(ReplacingFiles, LeavesPipes) {
+    const TemporaryFolder folder;
+    const auto pipe = folder.path() / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(replaceFile(pipe, bytes("new")), std::errc::invalid_argument);
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+    EXPECT_EQ(entriesIn(folder.path()), 1U);
+}
+
 TEST(ReplacingFiles, RefusesAFolderAndAMissingFolder) {
     const TemporaryFolder folder;
     EXPECT_EQ(replaceFile(folder.path(), bytes("new")), std::errc::is_a_directory);
