@@ -41,9 +41,8 @@ HostOutcome refreshThumbnails(std::span<const fs::path> files) {
 
 std::string textOf(const HostOutcome& outcome) {
     if (outcome.state == State::absent) return outcome.host + ": not there";
-    const auto count = static_cast<std::int64_t>(outcome.count);
-    if (outcome.host == thumbnails) return outcome.host + ": " + counted(count, "failure") + " forgotten";
-    return outcome.host + ": " + counted(count, "design") + " refreshed";
+    if (outcome.host == thumbnails) return outcome.host + ": " + counted(outcome.count, "failure") + " forgotten";
+    return outcome.host + ": " + counted(outcome.count, "design") + " refreshed";
 }
 
 Json jsonOf(const HostOutcome& outcome) {

@@ -1,6 +1,7 @@
 #include "cli/desktop_hosts.h"
 
 #include <algorithm>
+#include <iterator>
 #include <system_error>
 
 #include "platform/program.h"
@@ -49,7 +50,7 @@ fs::path programOf(const Host& host, const Environment& environment) {
     std::error_code error;
     if (!fs::exists(host.index, error)) return {};
     for (const std::string& name : host.programs)
-        if (const auto program = findProgram(name, environment); !program.empty()) return program;
+        if (auto program = findProgram(name, environment); !program.empty()) return program;
     return {};
 }
 
@@ -83,7 +84,7 @@ HostOutcome refresh(const Host& host, std::span<const fs::path> files, const Env
     } catch (const std::system_error& error) {
         return {.host = host.name, .state = State::failed, .problem = error.what()};
     }
-    return {.host = host.name, .state = State::refreshed, .count = files.size()};
+    return {.host = host.name, .state = State::refreshed, .count = std::ssize(files)};
 }
 
 }  // namespace

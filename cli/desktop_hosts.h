@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <span>
@@ -17,8 +16,8 @@ struct HostOutcome {
 
     std::string host;
     State state = State::absent;
-    std::size_t count = 0;  // of what was refreshed
-    std::string problem{};  // why it failed
+    std::int64_t count = 0;  // of what was refreshed
+    std::string problem{};   // why it failed
 };
 
 /// Makes each search of the desktops that this user has in use look again at the files, which it would otherwise do

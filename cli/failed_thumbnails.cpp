@@ -59,8 +59,8 @@ fs::path fileOfThumbnail(const fs::path& picture) {
 
 }  // namespace
 
-std::size_t forgetFailedThumbnails(const fs::path& folder, const std::set<fs::path>& files) {
-    std::size_t forgotten = 0;
+std::int64_t forgetFailedThumbnails(const fs::path& folder, const std::set<fs::path>& files) {
+    std::int64_t forgotten = 0;
     std::error_code error;
     const fs::recursive_directory_iterator none;
     for (fs::recursive_directory_iterator entry(folder, error); !error && entry != none; entry.increment(error)) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <set>
 
@@ -8,6 +8,6 @@ namespace velamo {
 
 /// Removes the marks by which file managers remember that they could make no picture of a file, so that they try again:
 /// those of the given files below `folder`, "thumbnails/fail" among the user's caches. How many there were.
-std::size_t forgetFailedThumbnails(const std::filesystem::path& folder, const std::set<std::filesystem::path>& files);
+std::int64_t forgetFailedThumbnails(const std::filesystem::path& folder, const std::set<std::filesystem::path>& files);
 
 }  // namespace velamo

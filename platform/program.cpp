@@ -10,7 +10,9 @@
 #include <system_error>
 #include <vector>
 
+#ifdef __APPLE__
 extern char** environ;
+#endif
 
 namespace velamo {
 namespace {

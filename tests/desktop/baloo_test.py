@@ -101,9 +101,9 @@ class Baloo(DesktopTest):
             self.assertEqual(answer.stderr, "")
 
     def test_takes_palettes_from_the_installation(self):
-        made = self.make_designs(self.home / "made")
-        answer = self.run_without_sources(EXTRACTOR, input=json.dumps({"path": str(made["jef"])}))
-        self.assertIn("2 colours", json.loads(answer.stdout)["properties"]["description"])
+        rose = self.make_janome_rose()
+        answer = self.run_without_sources(EXTRACTOR, input=json.dumps({"path": str(rose)}))
+        self.assertIn("5 colours", json.loads(answer.stdout)["properties"]["description"])
 
 
 if __name__ == "__main__":

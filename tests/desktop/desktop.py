@@ -144,6 +144,16 @@ class DesktopTest(unittest.TestCase):
         self.run_program(built("velamo_make_designs"), folder)
         return {file.name.partition(".")[2]: file for file in folder.iterdir()}
 
+    def make_janome_rose(self):
+        """A rose of five colours that are numbers in a palette."""
+        rose = self.home / "rose.dst"
+        shutil.copy(SAMPLES / "rose.dst", rose)
+        shutil.copy(SAMPLES / "rose.threads", self.home)
+        self.run_program("velamo", "convert", rose, self.home / "rose.jef")
+        for file in (rose, self.home / "rose.threads"):
+            file.unlink(missing_ok=True)
+        return self.home / "rose.jef"
+
 
 def main():
     """Runs the tests of the calling script; one that was skipped is never said to have passed."""

@@ -94,7 +94,7 @@ class Recoll(DesktopTest):
             shutil.copy(file, self.designs / file.name.upper())
         self.index(**environment)
         expected = {file.name for file in made.values()} | {file.name.upper() for file in made.values()}
-        self.assertEqual(self.found("rclcat:embroidery filename:sample* stitches:1..20 colours:1..9", **environment),
+        self.assertEqual(self.found("rclcat:embroidery filename:sample* stitches:40..50 colours:1..9", **environment),
                          expected)
 
     def test_leaves_the_filters_and_categories_of_recoll(self):
@@ -118,8 +118,8 @@ class Recoll(DesktopTest):
         self.assertEqual((refused.stdout, refused.stderr), ("", ""))
 
     def test_takes_palettes_from_the_installation(self):
-        made = self.make_designs(self.home / "made")
-        self.assertIn("2 colours", self.run_without_sources("velamo-recoll", made["jef"]).stdout)
+        rose = self.make_janome_rose()
+        self.assertIn("5 colours", self.run_without_sources("velamo-recoll", rose).stdout)
 
 
 if __name__ == "__main__":
