@@ -16,9 +16,9 @@ namespace velamo {
 /// named, so that the old or the new file is there, whole, at any moment, whatever becomes of the process. (To replace
 /// a file it has the name ".<file name>.velamo" for an instant; if the process is killed then, the next call for the
 /// same path takes that away. On file systems without nameless files it has a name all the time, and stays when the
-/// process is killed.) A link's target is replaced, not the link; an existing file's permissions are kept, and what is no
-/// regular file stays: EISDIR for a folder, EINVAL for a pipe or device. On failure the target is untouched, nothing is
-/// left beside it and the system's error is returned.
+/// process is killed.) A link's target is replaced, not the link; an existing file's permissions are kept, and what is
+/// no regular file stays: EISDIR for a folder, EINVAL for a pipe or device. On failure the target is untouched, nothing
+/// is left beside it and the system's error is returned.
 [[nodiscard]] std::error_code replaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
 
 }  // namespace velamo

@@ -102,7 +102,8 @@ TEST_F(Processes, AtOnceFillTheCatalogueOnce) {
     EXPECT_EQ(test::runSql(catalogue_, "PRAGMA integrity_check"), "ok");
 }
 
-/// Another program that holds the file's own lock is waited for as long as the catalogue says, 10 seconds, then told of.
+/// Another program that holds the file's own lock is waited for as long as the catalogue says, 10 seconds, then told
+/// of.
 TEST_F(Processes, GiveUpOnACatalogueThatAnotherProgramHolds) {
     { const auto made = Catalogue::openForIndexing(catalogue_); }
     sqlite3* other = nullptr;
