@@ -138,7 +138,12 @@ public:
 
 private:
     static int openIn(const std::filesystem::path& folder) noexcept {
+#ifdef O_TMPFILE
         return ::open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, newFile);
+#else  // Linux alone has such files.
+        static_cast<void>(folder);
+        return -1;
+#endif
     }
     bool linkTo(const std::filesystem::path& name) noexcept {
         return ::linkat(AT_FDCWD, self_.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
