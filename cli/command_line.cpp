@@ -23,7 +23,7 @@ void describeProgram(CLI::App& program, Action& chosen) {
         "'velamo COMMAND --help' tells more of a command.");
 }
 
-ExitStatus refuse(const std::string& reason, const Console& console) {
+ExitStatus refuseCommandLine(const std::string& reason, const Console& console) {
     reportWrongUsage(console, reason);
     console.problems << "Run 'velamo --help' or 'velamo COMMAND --help' for more.\n";
     return ExitStatus::wrongUsage;
@@ -36,7 +36,7 @@ ExitStatus reportParsing(const CLI::App& program, const CLI::ParseError& error, 
         program.exit(error, console.out, console.problems);
         return ExitStatus::success;
     }
-    return refuse(error.what(), console);
+    return refuseCommandLine(error.what(), console);
 }
 
 /// The parser would only say that a command is missing.
@@ -54,7 +54,7 @@ ExitStatus run(std::vector<std::string> arguments, const Console& console) {
         return ExitStatus::wrongUsage;
     }
     if (namesNoCommand(program, arguments.front())) {
-        return refuse("there is no command '" + arguments.front() + "'", console);
+        return refuseCommandLine("there is no command '" + arguments.front() + "'", console);
     }
     std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
     try {

@@ -19,7 +19,6 @@ namespace velamo {
 namespace {
 
 namespace fs = std::filesystem;
-using State = HostOutcome::State;
 
 constexpr const char* thumbnails = "Thumbnails";
 
@@ -35,12 +34,12 @@ std::vector<fs::path> designsOf(const RefreshRequest& request) {
 HostOutcome refreshThumbnails(std::span<const fs::path> files) {
     const fs::path failed = userCacheFolder() / "thumbnails" / "fail";
     return {.host = thumbnails,
-            .state = State::refreshed,
+            .state = HostOutcome::State::refreshed,
             .count = forgetFailedThumbnails(failed, {files.begin(), files.end()})};
 }
 
-std::string textOf(const HostOutcome& outcome) {
-    if (outcome.state == State::absent) return outcome.host + ": not there";
+std::string sentenceOf(const HostOutcome& outcome) {
+    if (outcome.state == HostOutcome::State::absent) return outcome.host + ": not there";
     if (outcome.host == thumbnails) return outcome.host + ": " + counted(outcome.count, "failure") + " forgotten";
     return outcome.host + ": " + counted(outcome.count, "design") + " refreshed";
 }
@@ -48,8 +47,8 @@ std::string textOf(const HostOutcome& outcome) {
 Json jsonOf(const HostOutcome& outcome) {
     constexpr std::array<const char*, 3> states{"absent", "refreshed", "failed"};
     Json json{{"host", outcome.host}, {"state", states[static_cast<std::size_t>(outcome.state)]}};
-    if (outcome.state == State::refreshed) json["count"] = outcome.count;
-    if (outcome.state == State::failed) json["problem"] = outcome.problem;
+    if (outcome.state == HostOutcome::State::refreshed) json["count"] = outcome.count;
+    if (outcome.state == HostOutcome::State::failed) json["problem"] = outcome.problem;
     return json;
 }
 
@@ -57,11 +56,11 @@ ExitStatus print(std::span<const HostOutcome> outcomes, bool isJson, const Conso
     auto status = ExitStatus::success;
     Json list = Json::array();
     for (const HostOutcome& outcome : outcomes) {
-        const bool hasFailed = outcome.state == State::failed;
+        const bool hasFailed = outcome.state == HostOutcome::State::failed;
         if (hasFailed) status = ExitStatus::failure;
         if (hasFailed) console.problems << "velamo: " << outcome.host << ": " << outcome.problem << '\n';
         if (isJson) list.push_back(jsonOf(outcome));
-        if (!isJson && !hasFailed) console.out << textOf(outcome) << '\n';
+        if (!isJson && !hasFailed) console.out << sentenceOf(outcome) << '\n';
     }
     if (isJson) console.out << listTextOf(list);
     return status;

@@ -6,13 +6,14 @@
 namespace velamo {
 namespace {
 
-constexpr char separator = ' ';
+constexpr char betweenArguments = ' ';
 
 /// The parameter with the index, as --help shows it; "" when there is none.
 std::string_view parameterOf(const EditWord& word, std::size_t index) {
     std::string_view rest = word.parameters;
-    for (; index > 0 && !rest.empty(); --index) rest.remove_prefix(std::min(rest.find(separator), rest.size() - 1) + 1);
-    return rest.substr(0, rest.find(separator));
+    for (; index > 0 && !rest.empty(); --index)
+        rest.remove_prefix(std::min(rest.find(betweenArguments), rest.size() - 1) + 1);
+    return rest.substr(0, rest.find(betweenArguments));
 }
 
 bool isOptional(std::string_view parameter) {

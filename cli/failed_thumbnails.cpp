@@ -17,7 +17,7 @@ constexpr std::size_t sizeOfMark = 8;  // of a PNG file
 constexpr std::size_t sizeOfChecksum = 4;
 constexpr std::string_view keyOfFile("Thumb::URI\0", 11);
 
-std::string_view textOf(std::span<const std::uint8_t> bytes) {
+std::string_view charactersOf(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
@@ -49,8 +49,8 @@ fs::path fileOfThumbnail(const fs::path& picture) {
     VLMByteReader in(bytes, sizeOfMark);
     while (in.remaining() > 0) {
         const std::int32_t size = in.i32be();
-        const auto kind = textOf(in.take(4));
-        const auto content = textOf(in.take(size < 0 ? SIZE_MAX : static_cast<std::size_t>(size)));
+        const auto kind = charactersOf(in.take(4));
+        const auto content = charactersOf(in.take(size < 0 ? SIZE_MAX : static_cast<std::size_t>(size)));
         if (kind == "tEXt" && content.starts_with(keyOfFile)) return fileOfUri(content.substr(keyOfFile.size()));
         in.skip(sizeOfChecksum);
     }

@@ -17,7 +17,7 @@ Hoops hoopsOf(const std::optional<std::string>& vendor) {
     return vendor ? VLMDesign::allHoopsFromVendor(*vendor) : VLMDesign::hoops();
 }
 
-ExitStatus refuse(const std::string& vendor, const Console& console) {
+ExitStatus refuseVendor(const std::string& vendor, const Console& console) {
     reportWrongUsage(console, "there are no hoops of '" + vendor + "'; vendors are Janome and Pfaff");
     return ExitStatus::wrongUsage;
 }
@@ -47,14 +47,14 @@ void print(const VLMHoop& hoop, std::ostream& out) {
 
 ExitStatus hoops(const std::optional<std::string>& vendor, const Console& console) {
     const Hoops found = hoopsOf(vendor);
-    if (!found) return refuse(*vendor, console);
+    if (!found) return refuseVendor(*vendor, console);
     for (const VLMHoopHandle& hoop : *found) print(*hoop, console.out);
     return ExitStatus::success;
 }
 
 ExitStatus hoopsAsJson(const std::optional<std::string>& vendor, const Console& console) {
     const Hoops found = hoopsOf(vendor);
-    if (!found) return refuse(*vendor, console);
+    if (!found) return refuseVendor(*vendor, console);
     Json list = Json::array();
     for (const VLMHoopHandle& hoop : *found) list.push_back(hoopJson(hoop));
     console.out << listTextOf(list);
