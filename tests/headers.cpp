@@ -1,0 +1,1 @@
+// The test library's headers, compiled once for all test programs.
