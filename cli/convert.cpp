@@ -10,7 +10,7 @@
 #include "cli/jobs_option.h"
 #include "formats/export.h"
 #include "formats/format.h"
-#include "formats/import.h"
+#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -71,7 +71,7 @@ ExitStatus run(const Options& options, const Console& console) {
 ExitStatus convert(const ConvertRequest& request, const Console& console) {
     VLMDesign design;
     VLMError error;
-    const bool isRead = importDesignFromURLerror(design, request.source, &error);
+    const bool isRead = readDesign(design, request.source, &error);
     const bool isDone = isRead && exportDesignToURLerror(design, request.target, &error, request.options);
     if (request.isDumped) writeDesignJson(console.out, design, isDone ? nullptr : &error);
     if (isDone) return ExitStatus::success;

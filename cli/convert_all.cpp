@@ -9,8 +9,8 @@
 #include "cli/progress_bar.h"
 #include "formats/export.h"
 #include "formats/format.h"
-#include "formats/import.h"
 #include "platform/folder_walk.h"
+#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -96,7 +96,7 @@ bool convertOne(const Conversion& conversion, const ExportOptions& options, VLME
         fs::create_directories(conversion.target.parent_path(), failure);
         if (failure) return failWithSystemError(failure.value(), error);
         VLMDesign design;
-        if (!importDesignFromURLerror(design, conversion.source, error)) return false;
+        if (!readDesign(design, conversion.source, error)) return false;
         // Export keeps a side file beside the design's source in step. Designs of one name share theirs, and
         // conversions of them at the same time would take it from each other: the folder that is read stays as it is.
         design.setDesignLocation(std::nullopt);

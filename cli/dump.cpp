@@ -5,14 +5,14 @@
 
 #include "cli/commands.h"
 #include "cli/design_json.h"
-#include "formats/import.h"
+#include "reading/read_design.h"
 
 namespace velamo {
 
 ExitStatus dump(const std::filesystem::path& file, const Console& console) {
     VLMDesign design;
     VLMError error;
-    const bool isRead = importDesignFromURLerror(design, file, &error);
+    const bool isRead = readDesign(design, file, &error);
     writeDesignJson(console.out, design, isRead ? nullptr : &error);
     if (isRead) return ExitStatus::success;
     reportProblem(console, file, error);

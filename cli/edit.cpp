@@ -9,7 +9,7 @@
 #include "cli/design_json.h"
 #include "cli/edit_words.h"
 #include "formats/export.h"
-#include "formats/import.h"
+#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -49,7 +49,7 @@ ExitStatus editDesign(const EditRequest& request, const Console& console) {
     const auto commands = commandsOf(request);
     VLMDesign design;
     VLMError error;
-    if (!importDesignFromURLerror(design, request.file, &error)) {
+    if (!readDesign(design, request.file, &error)) {
         reportProblem(console, request.file, error);
         return ExitStatus::failure;
     }

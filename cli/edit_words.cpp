@@ -10,7 +10,7 @@
 #include "editing/selection.h"
 #include "editing/stitch_edits.h"
 #include "editing/transform.h"
-#include "formats/import.h"
+#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -86,7 +86,7 @@ EditCommand parseOptimize(const Arguments& arguments) {
 EditCommand parseAppend(const Arguments& arguments) {
     return edit([file = arguments.text(0)](VLMDesign& design, VLMError* error) {
         VLMDesign other;
-        return importDesignFromURLerror(other, file, error) && appendDesignerror(design, other, error);
+        return readDesign(other, file, error) && appendDesignerror(design, other, error);
     });
 }
 

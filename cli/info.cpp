@@ -7,7 +7,7 @@
 #include "cli/commands.h"
 #include "cli/design_json.h"
 #include "cli/terminal_picture.h"
-#include "formats/import.h"
+#include "reading/read_design.h"
 #include "render/design_picture.h"
 
 namespace velamo {
@@ -31,7 +31,7 @@ ExitStatus readEach(std::span<const std::string> files, const Console& console, 
     for (const std::string& file : files) {
         VLMDesign design;
         VLMError error;
-        if (importDesignFromURLerror(design, file, &error)) {
+        if (readDesign(design, file, &error)) {
             onDesign(file, design);
             continue;
         }

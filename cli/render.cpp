@@ -15,8 +15,8 @@
 #include "cli/commands.h"
 #include "cli/edit_script.h"
 #include "formats/format.h"
-#include "formats/import.h"
 #include "platform/files.h"
+#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -119,7 +119,7 @@ ExitStatus renderDesign(const RenderRequest& request, const Console& console) {
     const auto commands = parseEditLines(request.commands);
     VLMDesign design;
     VLMError error;
-    if (!importDesignFromURLerror(design, request.file, &error)) {
+    if (!readDesign(design, request.file, &error)) {
         reportProblem(console, request.file, error);
         return ExitStatus::failure;
     }

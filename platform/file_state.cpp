@@ -33,6 +33,11 @@ FileState stateOfFile(const std::filesystem::path& path, std::error_code& error)
 }
 
 std::error_code reasonAgainstReading(const std::filesystem::path& path) noexcept {
+    std::error_code error;
+    const FileState state = stateOfFile(path, error);
+    if (error) return error;
+    if (state.kind == FileKind::folder) return std::make_error_code(std::errc::is_a_directory);
+    if (state.kind == FileKind::other) return std::make_error_code(std::errc::invalid_argument);
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor < 0) return {errno, std::generic_category()};
     ::close(descriptor);

@@ -20,7 +20,8 @@ struct FileState {
 /// The state of what `path` leads to, links followed. `error` is cleared on success, else holds the system's reason.
 [[nodiscard]] FileState stateOfFile(const std::filesystem::path& path, std::error_code& error) noexcept;
 
-/// Why the file cannot be opened for reading; no error when it can. Never waits, not even for a pipe's other end.
+/// Why the file cannot be read: the system's reason, EISDIR for a folder, EINVAL for a pipe, socket or device; no error
+/// when it can. Never waits.
 [[nodiscard]] std::error_code reasonAgainstReading(const std::filesystem::path& path) noexcept;
 
 }  // namespace velamo

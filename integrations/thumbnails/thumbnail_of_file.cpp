@@ -1,13 +1,13 @@
 #include "integrations/thumbnails/thumbnail_of_file.h"
 
-#include "formats/import.h"
+#include "reading/read_design.h"
 #include "render/thumbnail.h"
 
 namespace velamo {
 
 std::optional<Bitmap> thumbnailOfFile(const std::filesystem::path& file, std::int32_t pixels) noexcept {
     VLMDesign design;
-    if (!importDesignFromURLerror(design, file, nullptr)) return std::nullopt;
+    if (!readDesign(design, file, nullptr)) return std::nullopt;
     return thumbnailOf(design, pixels);
 }
 

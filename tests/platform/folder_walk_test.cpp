@@ -137,7 +137,8 @@ TEST(ReasonAgainstReading, IsTheSystems) {
     EXPECT_EQ(reasonAgainstReading(folder.path() / "nowhere"), std::errc::no_such_file_or_directory);
     const auto pipe = folder.path() / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_FALSE(reasonAgainstReading(pipe));  // without waiting for a writer
+    EXPECT_EQ(reasonAgainstReading(pipe), std::errc::invalid_argument);  // without waiting for a writer
+    EXPECT_EQ(reasonAgainstReading(folder.path()), std::errc::is_a_directory);
     std::filesystem::permissions(file, std::filesystem::perms::none);
     EXPECT_TRUE(test::inBoundProcess(folder.path(),
                                      [&file] { return reasonAgainstReading(file) == std::errc::permission_denied; }));

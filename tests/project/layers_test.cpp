@@ -23,11 +23,12 @@ const std::map<std::string, std::set<std::string>> layersBelow{
     {"model", {"platform", "render"}},
     {"editing", {"platform", "model"}},
     {"formats", {"platform", "render", "model", "editing"}},
+    {"reading", {"platform", "model", "formats"}},
     {"plugin", {"platform", "model", "formats"}},
     {"catalogue", {"platform", "model", "formats", "plugin"}},
-    {"cli", {"platform", "render", "model", "editing", "formats", "plugin", "catalogue"}},
+    {"cli", {"platform", "render", "model", "editing", "formats", "plugin", "catalogue", "reading"}},
     {"samples", {"platform", "model", "formats"}},
-    {"integrations", {"platform", "render", "model", "formats"}},
+    {"integrations", {"platform", "render", "model", "formats", "reading"}},
 };
 
 struct Include {
