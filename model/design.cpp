@@ -8,27 +8,17 @@ VLMDesign::~VLMDesign() {
 }
 
 VLMDesign& VLMDesign::operator=(VLMDesign&& other) noexcept {
-    if (this == &other) return *this;
-    this->~VLMDesign();
-    return *new (this) VLMDesign(std::move(other));
+    VLMDesign exchanged(std::move(other));  // and at the end, with what this one had: emptied as any design that goes
+    auto fields = exchanged.fields();
+    this->fields().swap(fields);
+    return *this;
 }
 
 VLMDesign VLMDesign::copy() const {
     VLMDesign design;
+    design.fields() = fields();
     design.stitches_ = stitches_.copy();
     design.threads_ = threads_.copy();
-    design.designName_ = designName_;
-    design.designType_ = designType_;
-    design.designLocation_ = designLocation_;
-    design.designHoop_ = designHoop_;
-    design.xMin_ = xMin_;
-    design.xMax_ = xMax_;
-    design.yMin_ = yMin_;
-    design.yMax_ = yMax_;
-    design.designVersion_ = designVersion_;
-    design.useThreadFile_ = useThreadFile_;
-    design.selectionActive_ = selectionActive_;
-    design.displayRange_ = displayRange_;
     return design;
 }
 

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "model/error.h"
@@ -188,6 +189,16 @@ public:
 
 private:
     static constexpr std::int32_t noHoopCode = -1;
+
+    template <class Design>
+    static auto fieldsOf(Design& design) noexcept {
+        return std::tie(design.displayRange_, design.useThreadFile_, design.selectionActive_, design.designVersion_,
+                        design.xMin_, design.yMin_, design.xMax_, design.yMax_, design.stitches_, design.threads_,
+                        design.designName_, design.designType_, design.designHoop_, design.designLocation_);
+    }
+    /// All that a design consists of.
+    [[nodiscard]] auto fields() noexcept { return fieldsOf(*this); }
+    [[nodiscard]] auto fields() const noexcept { return fieldsOf(*this); }
 
     VLMRange displayRange_;
     bool useThreadFile_ = false;
