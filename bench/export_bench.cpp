@@ -2,7 +2,6 @@
 #include <malloc.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -14,6 +13,7 @@
 #include "formats/pec.h"
 #include "formats/pec_thumbnail.h"
 #include "platform/files.h"
+#include "tests/support/temporary_folder.h"
 
 namespace velamo {
 namespace {
@@ -53,27 +53,6 @@ VLMDesign generatedDesign(std::size_t stitches) {
     return design;
 }
 
-/// A folder that is gone at the end of the scope.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string folder = (std::filesystem::temp_directory_path() / "velamo-bench-XXXXXX").native();
-        if (::mkdtemp(folder.data()) == nullptr) std::abort();
-        path_ = folder;
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
-
 /// The drawing of the thumbnails, which is no business of the writers.
 void draw(const VLMDesign& design, std::string_view extension) {
     if (extension == "pes") benchmark::DoNotOptimize(pecThumbnailsOfDesignAndThreads(design));
@@ -82,7 +61,7 @@ void draw(const VLMDesign& design, std::string_view extension) {
 
 /// Exports a design beside a plain atomic write of the same bytes and the drawing of the thumbnails.
 void exportDesign(benchmark::State& state, const Format& format, std::size_t stitches) {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const auto target = folder.path() / ("design." + std::string(format.extension));
     VLMDesign design = generatedDesign(stitches);
     VLMError error;
@@ -99,7 +78,7 @@ void exportDesign(benchmark::State& state, const Format& format, std::size_t sti
 
 /// Makes a PEC section, the part of PES and PEC files that is not drawn, beside an atomic write of the same bytes.
 void exportSection(benchmark::State& state) {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     VLMDesign design = generatedDesign(static_cast<std::size_t>(state.range(0)));
     const auto section = exportPecSegmentToData(design);
     const auto exportAgain = [&] {

@@ -4,8 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -18,6 +16,7 @@
 #include "platform/files.h"
 #include "platform/folder_walk.h"
 #include "plugin/host.h"
+#include "tests/support/temporary_folder.h"
 
 namespace velamo {
 namespace {
@@ -32,20 +31,11 @@ constexpr std::size_t jobs = 2;
 class Designs {
 public:
     Designs() {
-        std::string folder = (fs::temp_directory_path() / "velamo-bench-XXXXXX").native();
-        if (::mkdtemp(folder.data()) == nullptr) std::abort();
-        top_ = folder;
         for (std::size_t i = 0; i < designs; ++i) write(i);
     }
-    ~Designs() {
-        std::error_code ignored;
-        fs::remove_all(top_, ignored);
-    }
-    Designs(const Designs&) = delete;
-    Designs& operator=(const Designs&) = delete;
 
-    [[nodiscard]] fs::path folder() const { return top_ / "designs"; }
-    [[nodiscard]] fs::path catalogue() const { return top_ / "catalogue.sqlite"; }
+    [[nodiscard]] fs::path folder() const { return top_.path() / "designs"; }
+    [[nodiscard]] fs::path catalogue() const { return top_.path() / "catalogue.sqlite"; }
     [[nodiscard]] const std::vector<fs::path>& files() const noexcept { return files_; }
 
 private:
@@ -53,13 +43,11 @@ private:
         constexpr std::size_t fewestStitches = 170;   // 1 kB
         constexpr std::size_t mostStitches = 33'000;  // 100 kB
         const fs::path folder = this->folder() / std::to_string(number % folders);
-        fs::create_directories(folder);
-        files_.push_back(folder / (std::to_string(number) + ".dst"));
-        const auto bytes = bench::dstFileOfStitches(fewestStitches + number * 7919 % (mostStitches - fewestStitches));
-        std::ofstream(files_.back(), std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        files_.push_back(
+            top_.write(folder / (std::to_string(number) + ".dst"),
+                       bench::dstFileOfStitches(fewestStitches + number * 7919 % (mostStitches - fewestStitches))));
     }
-    fs::path top_;
+    test::TemporaryFolder top_;
     std::vector<fs::path> files_;
 };
 

@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -15,32 +13,10 @@
 #include "plugin/host.h"
 #include "plugin/importer.h"
 #include "plugin/owned.h"
+#include "tests/support/temporary_folder.h"
 
 namespace velamo {
 namespace {
-
-/// A file in a temporary folder of its own, gone at the end of the scope.
-class TemporaryFile {
-public:
-    TemporaryFile(const std::vector<std::uint8_t>& bytes, std::string_view extension) {
-        std::string folder = (std::filesystem::temp_directory_path() / "velamo-bench-XXXXXX").native();
-        if (::mkdtemp(folder.data()) == nullptr) std::abort();
-        path_ = std::filesystem::path(folder) / ("design." + std::string(extension));
-        std::ofstream(path_, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    }
-    ~TemporaryFile() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_.parent_path(), ignored);
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
 
 /// The least that reading the file whole takes.
 void readBarely(const char* path) {
@@ -61,16 +37,18 @@ std::size_t stitchesOf30Kilobytes(const bench::DesignFile& format) {
 
 /// The importer's entry on a file of about 30 kB, beside a bare read of the same file.
 void getMetadata(benchmark::State& state, const bench::DesignFile& format) {
-    const TemporaryFile file(format.make(stitchesOf30Kilobytes(format)), format.extension);
+    const test::TemporaryFolder folder;
+    const auto file =
+        folder.write("design." + std::string(format.extension), format.make(stitchesOf30Kilobytes(format)));
     const SharedModule module(PluginHost::findModule());
     const auto entry = reinterpret_cast<decltype(&GetMetadataForFile)>(module.symbol("GetMetadataForFile"));
-    const auto path = own(CFStringCreateWithFileSystemRepresentation(kCFAllocatorDefault, file.path().c_str()));
+    const auto path = own(CFStringCreateWithFileSystemRepresentation(kCFAllocatorDefault, file.c_str()));
     const auto attributes = own(CFDictionaryCreateMutable(kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks,
                                                           &kCFTypeDictionaryValueCallBacks));
     const auto import = [&] {
         if (!entry(nullptr, attributes.get(), nullptr, path.get())) std::abort();
     };
-    const auto read = [&] { readBarely(file.path().c_str()); };
+    const auto read = [&] { readBarely(file.c_str()); };
     bench::measureBeside(state, import, read);
 }
 

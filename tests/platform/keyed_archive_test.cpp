@@ -8,25 +8,20 @@
 #include <random>
 
 #include "platform/property_list.h"
+#include "tests/support/property_lists.h"
 
 namespace velamo {
 namespace {
 
+using test::integer;
+using test::real;
+using test::text;
 using testing::HasSubstr;
 using Bytes = std::vector<std::uint8_t>;
 using Array = PropertyList::Array;
 using Dictionary = PropertyList::Dictionary;
 using Entry = Dictionary::Entry;
 
-PropertyList integer(std::int64_t value) {
-    return PropertyList(value);
-}
-PropertyList real(double value) {
-    return PropertyList(value);
-}
-PropertyList text(std::string value) {
-    return PropertyList(std::move(value));
-}
 PropertyList uid(std::uint32_t index) {
     return PropertyList(PropertyList::Uid{index});
 }

@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cstdlib>
 #include <ctime>
+
+#include "tests/support/environment.h"
 
 namespace velamo {
 namespace {
@@ -12,20 +13,14 @@ namespace {
 /// Sets the time zone for one test.
 class Zone {
 public:
-    explicit Zone(const char* zone) : former_(std::getenv("TZ") ? std::getenv("TZ") : ""), wasSet_(std::getenv("TZ")) {
-        ::setenv("TZ", zone, 1);
-        ::tzset();
-    }
-    ~Zone() {
-        wasSet_ ? ::setenv("TZ", former_.c_str(), 1) : ::unsetenv("TZ");
-        ::tzset();
-    }
-    Zone(const Zone&) = delete;
-    Zone& operator=(const Zone&) = delete;
+    explicit Zone(const char* zone) : variable_("TZ", zone) { ::tzset(); }
 
 private:
-    std::string former_;
-    bool wasSet_;
+    struct Refresh {
+        ~Refresh() { ::tzset(); }
+    };
+    Refresh refresh_;  // first, so that it acts when the variable is what it was
+    test::Variable variable_;
 };
 
 std::tm fieldsOf(const std::string& text) {

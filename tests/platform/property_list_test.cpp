@@ -7,25 +7,20 @@
 #include <limits>
 #include <random>
 
+#include "tests/support/property_lists.h"
+
 namespace velamo {
 namespace {
 
+using test::integer;
+using test::real;
+using test::text;
 using Bytes = std::vector<std::uint8_t>;
 using Array = PropertyList::Array;
 using Dictionary = PropertyList::Dictionary;
 using Data = PropertyList::Data;
 using Uid = PropertyList::Uid;
 using Other = PropertyList::Other;
-
-PropertyList integer(std::int64_t value) {
-    return PropertyList(value);
-}
-PropertyList real(double value) {
-    return PropertyList(value);
-}
-PropertyList text(std::string value) {
-    return PropertyList(std::move(value));
-}
 
 Bytes bytesOf(std::string_view text) {
     return {text.begin(), text.end()};

@@ -11,32 +11,14 @@
 #include "platform/files.h"
 #include "platform/string_table.h"
 #include "platform/text.h"
+#include "tests/support/environment.h"
+#include "tests/support/temporary_folder.h"
 
 namespace velamo {
 namespace {
 
 using namespace std::string_view_literals;
-
-/// A folder of resources that lives as long as the test.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velamo-resources-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-    void write(const std::filesystem::path& name, const std::string& text) const {
-        std::filesystem::create_directories((path_ / name).parent_path());
-        std::ofstream(path_ / name, std::ios::binary) << text;
-    }
-
-private:
-    std::filesystem::path path_;
-};
+using test::TemporaryFolder;
 
 StringTable shippedTable(const std::string& language, const std::string& table) {
     const Resources resources(resourceFolders(), {});
@@ -185,9 +167,11 @@ TEST(Resources, LieBesideTheProgramAsInstallationsAndBundlesHaveThem) {
 }
 
 TEST(Resources, OfTheEnvironmentComeFirst) {
-    setenv("VELAMO_RESOURCES", "/named", 1);
-    EXPECT_EQ(resourceFolders().front(), "/named");
-    unsetenv("VELAMO_RESOURCES");
+    {
+        const test::Variable named("VELAMO_RESOURCES", "/named");
+        EXPECT_EQ(resourceFolders().front(), "/named");
+    }
+    const test::Variable none("VELAMO_RESOURCES", std::nullopt);
     EXPECT_NE(resourceFolders().front(), "/named");
 }
 

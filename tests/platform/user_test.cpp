@@ -3,8 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
+
+#include "tests/support/environment.h"
 
 namespace velamo {
 namespace {
@@ -73,12 +74,12 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(HomeFolder, IsTheVariableElseThatOfTheUserDatabase) {
-    const auto home = processEnvironment("HOME");
-    setenv("HOME", "/somewhere", 1);
-    EXPECT_EQ(homeFolder(), "/somewhere");
-    unsetenv("HOME");
+    {
+        const test::Variable named("HOME", "/somewhere");
+        EXPECT_EQ(homeFolder(), "/somewhere");
+    }
+    const test::Variable none("HOME", std::nullopt);
     EXPECT_TRUE(homeFolder().empty() || homeFolder().is_absolute());
-    if (home) setenv("HOME", home->c_str(), 1);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "tests/plugin/importer_module.h"
+#include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {
@@ -23,18 +24,6 @@ using testing::HasSubstr;
 
 constexpr DesignAttributes attributesOfSmallDst{
     .widthInMillimetres = 0, .heightInMillimetres = 0.1F, .stitches = 2, .colors = 1};
-
-/// Sets an environment variable until the end of the scope.
-class EnvironmentVariable {
-public:
-    EnvironmentVariable(const char* name, const char* value) : name_(name) { ::setenv(name, value, 1); }
-    ~EnvironmentVariable() { ::unsetenv(name_); }
-    EnvironmentVariable(const EnvironmentVariable&) = delete;
-    EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
-
-private:
-    const char* name_;
-};
 
 std::string failureOf(const fs::path& module) {
     try {
@@ -118,7 +107,7 @@ TEST(PluginHost, LooksFirstWhereItIsTold) {
     ASSERT_FALSE(inTree.empty());
     const test::TemporaryFolder folder;
     const auto elsewhere = folder.path() / "importer.so";
-    const EnvironmentVariable told("VELAMO_IMPORTER", elsewhere.c_str());
+    const test::Variable told("VELAMO_IMPORTER", elsewhere.c_str());
     EXPECT_EQ(PluginHost::expectedModules().front(), elsewhere);
     EXPECT_EQ(PluginHost::expectedModules().size(), places.size() + 1);
     EXPECT_EQ(PluginHost::findModule(), inTree) << "while there is nothing";
@@ -128,7 +117,7 @@ TEST(PluginHost, LooksFirstWhereItIsTold) {
 
 TEST(PluginHost, TakesAnEmptyVariableForNone) {
     const auto places = PluginHost::expectedModules();
-    const EnvironmentVariable empty("VELAMO_IMPORTER", "");
+    const test::Variable empty("VELAMO_IMPORTER", "");
     EXPECT_EQ(PluginHost::expectedModules(), places);
 }
 

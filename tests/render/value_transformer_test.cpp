@@ -4,9 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
-#include <fstream>
 #include <limits>
+
+#include "tests/support/environment.h"
+#include "tests/support/temporary_folder.h"
 
 namespace velamo {
 namespace {
@@ -200,27 +201,18 @@ TEST(ValueTransformer, TakesAFixedUnit) {
 /// A home folder with the editor's preference file, as long as the test lives.
 class Preferences : public testing::Test {
 protected:
-    Preferences() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velamo-home-XXXXXX").string();
-        home_ = mkdtemp(pattern.data());
-        if (const char* home = std::getenv("HOME")) formerHome_ = home;
-        setenv("HOME", home_.c_str(), 1);
-        std::filesystem::create_directories(file().parent_path());
+    [[nodiscard]] std::filesystem::path file() const {
+        return home_.path() / "Library/Preferences/de.velamo.app.plist";
     }
-    ~Preferences() override {
-        if (formerHome_) setenv("HOME", formerHome_->c_str(), 1);
-        std::filesystem::remove_all(home_);
-    }
-    [[nodiscard]] std::filesystem::path file() const { return home_ / "Library/Preferences/de.velamo.app.plist"; }
-    void write(const std::string& text) const { std::ofstream(file(), std::ios::binary) << text; }
+    void write(const std::string& text) const { home_.write(file(), text); }
     void writeUnit(const std::string& value) const {
         write("<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict><key>MeasurementUnit</key>" +
               value + "</dict></plist>");
     }
 
 private:
-    std::filesystem::path home_;
-    std::optional<std::string> formerHome_;
+    const test::TemporaryFolder home_;
+    const test::Variable variable_{"HOME", home_.path().native()};
 };
 
 TEST_F(Preferences, LieInTheHomeFolder) {

@@ -3,26 +3,29 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace velamo::test {
 
-/// An environment variable that is another one for one test.
+/// An environment variable that is another one, or none, for one test.
 class Variable {
 public:
-    Variable(std::string name, const std::string& value) : name_(std::move(name)) {
+    Variable(std::string name, const std::optional<std::string>& value) : name_(std::move(name)) {
         if (const char* former = std::getenv(name_.c_str())) former_ = former;
-        ::setenv(name_.c_str(), value.c_str(), 1);
+        set(value);
     }
-    ~Variable() {
-        if (former_)
-            ::setenv(name_.c_str(), former_->c_str(), 1);
-        else
-            ::unsetenv(name_.c_str());
-    }
+    ~Variable() { set(former_); }
     Variable(const Variable&) = delete;
     Variable& operator=(const Variable&) = delete;
 
 private:
+    void set(const std::optional<std::string>& value) const {
+        if (value)
+            ::setenv(name_.c_str(), value->c_str(), 1);
+        else
+            ::unsetenv(name_.c_str());
+    }
+
     std::string name_;
     std::optional<std::string> former_;
 };
