@@ -6,7 +6,7 @@ function(velamo_compile_options target)
     # doubles to single precision and back when it makes vectors of straight code.
     # g++ 12 mistakes a literal followed by a text (`"\"" + name`) for an overlapping copy.
     target_compile_options(
-        ${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -Werror -ffp-contract=off
+        ${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -ffp-contract=off
                           $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict$<SEMICOLON>-fno-tree-slp-vectorize>)
 endfunction()
 

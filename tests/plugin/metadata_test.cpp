@@ -236,10 +236,10 @@ TEST_F(Metadata, DependOnNeitherInstanceNorContentType) {
     expectAttributes(0, 0.1F, 2, 1);
 }
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool isAddressSpaceSanitized = true;
 #elif defined(__has_feature)
-constexpr bool isAddressSpaceSanitized = __has_feature(address_sanitizer);
+constexpr bool isAddressSpaceSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
 #else
 constexpr bool isAddressSpaceSanitized = false;
 #endif
