@@ -2,42 +2,33 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
+
+#include "platform/system_call.h"
 
 namespace velamo {
 namespace {
 
 [[noreturn]] void throwLastError() {
-    throw std::system_error(errno, std::generic_category());
+    throw std::system_error(lastSystemError());
 }
 
-bool lock(int descriptor, int how) noexcept {
-    int result = 0;
-    do result = ::flock(descriptor, how);
-    while (result != 0 && errno == EINTR);
-    return result == 0;
+bool lock(const Descriptor& descriptor, int how) noexcept {
+    return uninterrupted([&] { return ::flock(descriptor.number(), how); }) == 0;
 }
 
 }  // namespace
 
 FileLock::FileLock(const std::filesystem::path& file, const std::function<void()>& onWaiting)
-    : descriptor_(::open(file.c_str(), O_RDWR | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666)) {
-    if (descriptor_ < 0) throwLastError();
+    : descriptor_(uninterrupted(
+          [&] { return ::open(file.c_str(), O_RDWR | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666); })) {
+    if (!descriptor_.isOpen()) throwLastError();
     if (lock(descriptor_, LOCK_EX | LOCK_NB)) return;
-    if (errno == EWOULDBLOCK) {
-        onWaiting();
-        if (lock(descriptor_, LOCK_EX)) return;
-    }
-    const int code = errno;
-    ::close(descriptor_);
-    throw std::system_error(code, std::generic_category());
-}
-
-FileLock::~FileLock() {
-    ::close(descriptor_);
+    if (errno != EWOULDBLOCK) throwLastError();
+    onWaiting();
+    if (!lock(descriptor_, LOCK_EX)) throwLastError();
 }
 
 }  // namespace velamo

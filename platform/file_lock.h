@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <functional>
 
+#include "platform/descriptor.h"
+
 namespace velamo {
 
 /// Holds a file that at most one process holds at a time; the system lets go of it when the process ends, however it
@@ -10,14 +12,11 @@ namespace velamo {
 class FileLock {
 public:
     /// Waits until the file is free, after having called `onWaiting` once when it is not. Makes the file when it is not
-    /// there. Throws std::system_error when it cannot be opened.
+    /// there. Throws std::system_error when it cannot be opened, and what `onWaiting` throws; then it holds nothing.
     FileLock(const std::filesystem::path& file, const std::function<void()>& onWaiting);
-    ~FileLock();
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
 
 private:
-    int descriptor_;
+    Descriptor descriptor_;
 };
 
 }  // namespace velamo

@@ -4,6 +4,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <iterator>
+#include <stdexcept>
 #include <thread>
 
 #include "tests/support/temporary_folder.h"
@@ -28,6 +31,22 @@ TEST(FileLock, IsHeldByOneAtATime) {
     second.join();
     EXPECT_TRUE(isHeld);
     EXPECT_TRUE(std::filesystem::exists(file));
+}
+
+TEST(FileLock, IsLetGoWhenWaitingIsGivenUp) {
+    const auto descriptors = [] {
+        const std::filesystem::directory_iterator entries("/proc/self/fd");
+        return std::distance(begin(entries), end(entries));
+    };
+    const test::TemporaryFolder folder;
+    const auto file = folder.path() / "lock";
+    {
+        const FileLock first(file, [] {});
+        const auto before = descriptors();
+        EXPECT_THROW(FileLock(file, [] { throw std::runtime_error("given up"); }), std::runtime_error);
+        EXPECT_EQ(descriptors(), before);
+    }
+    const FileLock next(file, [] { FAIL() << "nobody holds it"; });
 }
 
 TEST(FileLock, ThatCannotBeMadeIsASystemError) {
