@@ -1,9 +1,11 @@
 #include <iostream>
 
 #include "cli/command_line.h"
+#include "platform/interruption.h"
 #include "platform/terminal.h"
 
 int main(int argumentCount, char** arguments) {
+    velamo::prepareForSignals();
     std::ios::sync_with_stdio(false);
     velamo::adoptUserLanguage();
     velamo::Console console{.out = std::cout,

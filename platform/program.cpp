@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 #include <vector>
 
@@ -39,6 +40,27 @@ public:
 
 private:
     posix_spawn_file_actions_t actions_{};
+};
+
+/// What this program ignores (see prepareForSignals) another one may want to know.
+class UsualSignals {
+public:
+    explicit UsualSignals(const fs::path& program) {
+        sigset_t signals;
+        ::sigemptyset(&signals);
+        ::sigaddset(&signals, SIGXFSZ);
+        check(::posix_spawnattr_init(&attributes_), program);
+        check(::posix_spawnattr_setsigdefault(&attributes_, &signals), program);
+        check(::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF), program);
+    }
+    ~UsualSignals() { ::posix_spawnattr_destroy(&attributes_); }
+    UsualSignals(const UsualSignals&) = delete;
+    UsualSignals& operator=(const UsualSignals&) = delete;
+
+    [[nodiscard]] const posix_spawnattr_t* attributes() const noexcept { return &attributes_; }
+
+private:
+    posix_spawnattr_t attributes_{};
 };
 
 /// The words as the system takes them.
@@ -80,8 +102,10 @@ int runProgram(const fs::path& program, std::span<const std::string> arguments) 
     std::vector<std::string> words{program.string()};
     words.insert(words.end(), arguments.begin(), arguments.end());
     const Silence silence(program);
+    const UsualSignals signals(program);
     pid_t process = 0;
-    check(::posix_spawn(&process, program.c_str(), silence.actions(), nullptr, pointersTo(words).data(), environ),
+    check(::posix_spawn(&process, program.c_str(), silence.actions(), signals.attributes(), pointersTo(words).data(),
+                        environ),
           program);
     return statusOf(process, program);
 }

@@ -2,7 +2,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -10,29 +9,19 @@
 
 #include "integrations/thumbnails/thumbnail_of_file.h"
 #include "model/error.h"
+#include "platform/file_state.h"
 #include "platform/files.h"
+#include "platform/interruption.h"
 
 namespace velamo {
 namespace {
 
-/// Leaves the file empty again where it cannot be written whole.
-bool fillFile(const std::filesystem::path& path, const std::vector<std::uint8_t>& bytes) {
-    std::ofstream file(path, std::ios::binary | std::ios::in | std::ios::out);  // which keeps the file as it is
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (file) return true;
-    std::error_code failure;
-    std::filesystem::resize_file(path, 0, failure);
-    return false;
-}
-
 /// Xfce makes an empty file, and reads on in this very one when we are done; any other is replaced in one step.
 bool writePicture(const std::filesystem::path& path, const std::vector<std::uint8_t>& png) {
     std::error_code failure;
-    const auto status = std::filesystem::status(path, failure);
-    if (!std::filesystem::exists(status)) return !replaceFile(path, png);
-    if (!std::filesystem::is_regular_file(status)) return false;
-    return std::filesystem::file_size(path, failure) == 0 ? fillFile(path, png) : !replaceFile(path, png);
+    const FileState state = stateOfFile(path, failure);
+    const bool isEmptyFile = !failure && state.kind == FileKind::regular && state.size == 0;
+    return !(isEmptyFile ? fillEmptyFile(path, png) : replaceFile(path, png));
 }
 
 bool writeThumbnail(const std::filesystem::path& design, const std::filesystem::path& picture, int pixels) noexcept {
@@ -55,6 +44,7 @@ std::optional<int> pixelsIn(std::string_view text) noexcept {
 }  // namespace velamo
 
 int main(int argumentCount, char** arguments) {
+    velamo::prepareForSignals();
     constexpr int wanted = 4;
     const auto pixels = argumentCount == wanted ? velamo::pixelsIn(arguments[3]) : std::nullopt;
     if (!pixels) {

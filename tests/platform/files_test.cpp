@@ -1,20 +1,26 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
+#include "platform/file_state.h"
+#include "platform/interruption.h"
 #include "tests/support/bytes.h"
 #include "tests/support/other_user.h"
 #include "tests/support/temporary_folder.h"
@@ -211,6 +217,56 @@ TEST(ReplacingFiles, AreWholeWheneverTheProcessIsKilled) {
     EXPECT_EQ(entriesIn(folder.path()), 1U);
 }
 
+class EndedWriters : public testing::TestWithParam<int> {};
+TEST_P(EndedWriters, LeaveNoSecondName) {
+    const TemporaryFolder folder;
+    std::mt19937 random(7);
+    for (int round = 0; round < 40; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            prepareForSignals();
+            std::vector<std::thread> writers;
+            for (const char* name : {"one", "two", "three"})
+                writers.emplace_back([file = folder.path() / name] {
+                    for (;;) static_cast<void>(replaceFile(file, bytes("some bytes")));
+                });
+            for (;;) ::pause();
+        }
+        ::usleep(static_cast<useconds_t>(3000 + random() % 5000));
+        ::kill(child, GetParam());
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == GetParam());
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+            EXPECT_FALSE(entry.path().filename().native().starts_with('.')) << entry.path();
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Signals, EndedWriters, testing::Values(SIGINT, SIGTERM, SIGHUP),
+                         [](const auto& row) { return std::string(::sigabbrev_np(row.param)); });
+
+TEST(Signals, ThatAreIgnoredStaySo) {
+    const int status = statusOfChild([] {
+        std::signal(SIGHUP, SIG_IGN);
+        prepareForSignals();
+        ::raise(SIGHUP);
+        ::_exit(7);
+    });
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7);
+}
+
+TEST(Signals, OfAFileThatIsTooLargeAreErrors) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "old");
+    const int status = statusOfChild([&] {
+        prepareForSignals();
+        const rlimit limit{1000, 1000};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        ::_exit(replaceFile(file, std::vector<std::uint8_t>(5000)) == std::errc::file_too_large ? 7 : 1);
+    });
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7);
+    EXPECT_EQ(TemporaryFolder::read(file), "old");
+}
+
 TEST(ReplacingFiles, TakesAwayWhatAKilledProcessLeft) {
     const TemporaryFolder folder;
     const auto file = folder.write("file", "old");
@@ -297,6 +353,148 @@ TEST(ReplacingFiles, LeavesTheOldFileOnAFullDisk) {
     EXPECT_EQ(found, "old");
     EXPECT_EQ(entries, 1U);
     EXPECT_FALSE(after);
+}
+
+constexpr uid_t nobody = 65534;
+
+/// Replaces the file as somebody of the groups 65534 and 5678; true when that went well.
+bool replaceAsNobody(const std::filesystem::path& file) {
+    const int status = statusOfChild([&] {
+        const gid_t groups[] = {nobody, 5678};
+        if (::setgroups(std::size(groups), groups) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0) ::_exit(1);
+        ::_exit(replaceFile(file, bytes("new")) ? 2 : 0);
+    });
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+struct OwnerRow {
+    const char* name;
+    bool isRoot;
+    uid_t owner;
+    gid_t group;
+    mode_t mode;
+    uid_t newOwner;
+    gid_t newGroup;
+    mode_t newMode;
+};
+class Owners : public testing::TestWithParam<OwnerRow> {};
+TEST_P(Owners, AreKeptWhereTheSystemAllows) {
+    if (::geteuid() != 0) GTEST_SKIP() << "not the superuser";
+    const OwnerRow& row = GetParam();
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "old");
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0777), 0);
+    ASSERT_EQ(::chown(file.c_str(), row.owner, row.group), 0);
+    ASSERT_EQ(::chmod(file.c_str(), row.mode), 0);
+    ASSERT_TRUE(row.isRoot ? !replaceFile(file, bytes("new")) : replaceAsNobody(file));
+    struct stat status = {};
+    ASSERT_EQ(::stat(file.c_str(), &status), 0);
+    EXPECT_EQ(TemporaryFolder::read(file), "new");
+    EXPECT_EQ(status.st_uid, row.newOwner);
+    EXPECT_EQ(status.st_gid, row.newGroup);
+    EXPECT_EQ(status.st_mode & 07777U, row.newMode);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Owners,
+    testing::Values(OwnerRow{"AllByRoot", true, 1234, 5678, 06751, 1234, 5678, 06751},
+                    OwnerRow{"PrivateByRoot", true, 1234, 5678, 0600, 1234, 5678, 0600},
+                    OwnerRow{"GroupByItsMember", false, nobody, 5678, 02664, nobody, 5678, 02664},
+                    OwnerRow{"GroupOfAnothersFile", false, 1234, 5678, 04664, nobody, 5678, 0664},
+                    OwnerRow{"NotTheGroupOfOthers", false, nobody, 5679, 02664, nobody, nobody, 0644},
+                    OwnerRow{"NorItsPermissions", false, nobody, 5679, 0660, nobody, nobody, 0600}),
+    [](const auto& row) { return row.param.name; });
+
+std::string attributeOf(const std::filesystem::path& file, const char* name) {
+    std::array<char, 1000> value{};
+    const ssize_t size = ::getxattr(file.c_str(), name, value.data(), value.size());
+    return size < 0 ? "none" : std::string(value.data(), static_cast<std::size_t>(size));
+}
+
+TEST(ReplacingFiles, KeepsAttributes) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "old");
+    if (::setxattr(file.c_str(), "user.note", "kept", 4, 0) != 0) GTEST_SKIP() << "no attributes in this file system";
+    ASSERT_EQ(::setxattr(file.c_str(), "user.empty", "", 0, 0), 0);
+    EXPECT_FALSE(replaceFile(file, bytes("new")));
+    EXPECT_EQ(TemporaryFolder::read(file), "new");
+    EXPECT_EQ(attributeOf(file, "user.note"), "kept");
+    EXPECT_EQ(attributeOf(file, "user.empty"), "");
+}
+
+/// An access list as the system keeps it: what the owner, user 4321, the group, all of these at most, and others may.
+std::string accessList(std::uint16_t owner, std::uint16_t user, std::uint16_t group, std::uint16_t most,
+                       std::uint16_t others) {
+    constexpr std::uint32_t none = 0xFFFFFFFF;
+    std::string list("\2\0\0\0", 4);
+    const auto put = [&list](std::uint16_t tag, std::uint16_t permissions, std::uint32_t id) {
+        list.append(reinterpret_cast<const char*>(&tag), sizeof tag);
+        list.append(reinterpret_cast<const char*>(&permissions), sizeof permissions);
+        list.append(reinterpret_cast<const char*>(&id), sizeof id);
+    };
+    put(0x01, owner, none);
+    put(0x02, user, 4321);
+    put(0x04, group, none);
+    put(0x10, most, none);
+    put(0x20, others, none);
+    return list;
+}
+
+TEST(ReplacingFiles, KeepsTheAccessList) {
+    constexpr const char* name = "system.posix_acl_access";
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "old");
+    const std::string list = accessList(6, 6, 4, 6, 0);
+    if (::setxattr(file.c_str(), name, list.data(), list.size(), 0) != 0) GTEST_SKIP() << "no access lists here";
+    EXPECT_FALSE(replaceFile(file, bytes("new")));
+    EXPECT_EQ(attributeOf(file, name), list);
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0660));
+}
+
+TEST(ReplacingFiles, TakesNoAccessListFromTheFolder) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "old");
+    std::filesystem::permissions(file, std::filesystem::perms(0640));
+    const std::string list = accessList(6, 6, 6, 6, 0);
+    if (::setxattr(folder.path().c_str(), "system.posix_acl_default", list.data(), list.size(), 0) != 0)
+        GTEST_SKIP() << "no access lists here";
+    EXPECT_FALSE(replaceFile(file, bytes("new")));
+    EXPECT_EQ(attributeOf(file, "system.posix_acl_access"), "none");
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0640));
+}
+
+TEST(FillingFiles, WritesIntoTheVeryFile) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "");
+    struct stat before = {};
+    struct stat after = {};
+    ASSERT_EQ(::stat(file.c_str(), &before), 0);
+    EXPECT_FALSE(fillEmptyFile(file, bytes("new")));
+    ASSERT_EQ(::stat(file.c_str(), &after), 0);
+    EXPECT_EQ(TemporaryFolder::read(file), "new");
+    EXPECT_EQ(after.st_ino, before.st_ino);
+}
+
+TEST(FillingFiles, RefusesWhatIsNoEmptyFile) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "old");
+    EXPECT_EQ(fillEmptyFile(file, bytes("new")), std::errc::file_exists);
+    EXPECT_EQ(TemporaryFolder::read(file), "old");
+    EXPECT_EQ(fillEmptyFile("/dev/null", bytes("new")), std::errc::invalid_argument);
+    EXPECT_EQ(fillEmptyFile(folder.path(), bytes("new")), std::errc::is_a_directory);
+    EXPECT_EQ(fillEmptyFile(folder.path() / "missing", bytes("new")), std::errc::no_such_file_or_directory);
+}
+
+TEST(FillingFiles, EmptiesAFileThatDoesNotFit) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "");
+    const int status = statusOfChild([&] {
+        prepareForSignals();
+        const rlimit limit{1000, 1000};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        ::_exit(fillEmptyFile(file, std::vector<std::uint8_t>(5000)) == std::errc::file_too_large ? 7 : 1);
+    });
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7);
+    EXPECT_EQ(std::filesystem::file_size(file), 0U);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <system_error>
 #include <vector>
 
@@ -53,6 +54,12 @@ TEST_F(Program, GetsItsArgumentsAsTheyAre) {
 TEST_F(Program, TellsHowItEnded) {
     EXPECT_EQ(runProgram(write("failing", "exit 7"), {}), 7);
     EXPECT_EQ(runProgram(write("killed", "kill -9 $$"), {}), 128 + 9);
+}
+
+TEST_F(Program, EndsByTheSignalsThatThisOneIgnores) {
+    const auto former = std::signal(SIGXFSZ, SIG_IGN);
+    EXPECT_EQ(runProgram(write("ended", "kill -XFSZ $$; exit 0"), {}), 128 + SIGXFSZ);
+    std::signal(SIGXFSZ, former);
 }
 
 TEST_F(Program, ReadsNothingAndIsNotHeard) {
