@@ -6,29 +6,31 @@
 #include <string_view>
 #include <utility>
 
-#include "formats/import.h"
 #include "platform/file_state.h"
+#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
-
-/// Why the design cannot be imported.
-VLMError reasonForRefusal(const std::filesystem::path& file) {
-    VLMError error;
-    VLMDesign design;
-    // A file that was refused and now can be read has been changed meanwhile: the next run will see that.
-    if (importDesignFromURLerror(design, file, &error)) failWithSystemError(EAGAIN, &error);
-    return error;
-}
 
 DesignFailure failureOf(const VLMError& error) {
     return {.domain = std::string(error.domain), .code = error.code, .message = error.message()};
 }
 
+/// Why the design cannot be imported. What the system could not do may go well the next time, so it says nothing of the
+/// design; but a lack of memory is the file's fault: the process has as much of it for each.
+ReadOutcome reasonForRefusal(const std::filesystem::path& file) {
+    VLMError error;
+    VLMDesign design;
+    // What was refused and now can be read has been changed meanwhile, or the disk failed for a moment.
+    if (readDesign(design, file, &error)) failWithSystemError(EAGAIN, &error);
+    if (error.domain == systemErrorDomain && error.code != ENOMEM)
+        return std::error_code(error.code, std::generic_category());
+    return failureOf(error);
+}
+
 ReadOutcome read(PluginHost& host, const std::filesystem::path& file) {
     if (const auto attributes = host.attributesOf(file)) return *attributes;
-    if (const auto reason = reasonAgainstReading(file)) return reason;
-    return failureOf(reasonForRefusal(file));
+    return reasonForRefusal(file);
 }
 
 /// A lack of memory is the file's fault: the process has as much of it for each.

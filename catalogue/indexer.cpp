@@ -9,6 +9,7 @@
 #include "formats/format.h"
 #include "formats/import.h"
 #include "formats/thread_file.h"
+#include "platform/files.h"
 #include "platform/folder_walk.h"
 
 namespace velamo {
@@ -201,8 +202,15 @@ private:
         tellProgress(finishedShare);
     }
 
+    /// What stays out of reach is skipped, as it is each time. Where the system could not read what it has, the run has
+    /// not done what it was asked for.
+    void noteReason(std::error_code reason) {
+        if (!isAbsence(reason)) summary_.isComplete = false;
+    }
+
     void noteUnreadFolder(const FolderListing& listing) {
         observer_.problem(listing.folder, systemError(listing.error.value()));
+        noteReason(listing.error);
         unreadFolders_.push_back(listing.folder);
         for (const Root& root : roots_)
             if (root.path == listing.folder) summary_.isComplete = false;
@@ -223,6 +231,7 @@ private:
         void take(const FolderEntry& entry) {
             const auto known = rest_.find(entry.name);
             const bool isVanished = entry.error == std::errc::no_such_file_or_directory;
+            if (entry.error) indexing_.noteReason(entry.error);
             if (entry.error)
                 skip(entry, systemError(entry.error.value()));
             else if (entry.state.kind != FileKind::regular)
@@ -326,6 +335,7 @@ private:
         if (reason != std::errc::no_such_file_or_directory) {
             ++summary_.skipped;
             observer_.problem(job.file, systemError(reason.value()));
+            noteReason(reason);
         } else if (job.isKnown) {  // vanished between listing and reading
             remove(job.folder, job.file.filename());
         }

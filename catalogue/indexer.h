@@ -24,7 +24,8 @@ struct IndexSummary {
     std::int64_t removed = 0;    // vanished
     std::int64_t broken = 0;     // no sound designs, among the first three
     std::int64_t skipped = 0;    // bear a design's name and are not to be read
-    bool isComplete = true;      // false when something that was asked for could not be read at all
+    bool isComplete = true;      // false when what was asked for could not be read at all, or the system failed to read
+                                 // something that is there
     [[nodiscard]] std::int64_t designs() const noexcept { return added + changed + unchanged; }
     friend bool operator==(const IndexSummary&, const IndexSummary&) = default;
 };

@@ -33,9 +33,12 @@ std::vector<fs::path> designsOf(const RefreshRequest& request) {
 
 HostOutcome refreshThumbnails(std::span<const fs::path> files) {
     const fs::path failed = userCacheFolder() / "thumbnails" / "fail";
-    return {.host = thumbnails,
-            .state = HostOutcome::State::refreshed,
-            .count = forgetFailedThumbnails(failed, {files.begin(), files.end()})};
+    std::error_code failure;
+    HostOutcome outcome{.host = thumbnails, .state = HostOutcome::State::refreshed};
+    outcome.count = forgetFailedThumbnails(failed, {files.begin(), files.end()}, failure);
+    if (failure) outcome.state = HostOutcome::State::failed;
+    if (failure) outcome.problem = failure.message();
+    return outcome;
 }
 
 std::string sentenceOf(const HostOutcome& outcome) {

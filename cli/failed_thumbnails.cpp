@@ -44,9 +44,8 @@ fs::path fileOfUri(std::string_view uri) {
 }
 
 /// The file that a thumbnail is of, which a text in the picture tells; empty where it tells none.
-fs::path fileOfThumbnail(const fs::path& picture) {
-    const auto bytes = readWholeFile(picture);
-    VLMByteReader in(bytes, sizeOfMark);
+fs::path fileOfThumbnail(std::span<const std::uint8_t> picture) {
+    VLMByteReader in(picture, sizeOfMark);
     while (in.remaining() > 0) {
         const std::int32_t size = in.i32be();
         const auto kind = charactersOf(in.take(4));
@@ -57,17 +56,29 @@ fs::path fileOfThumbnail(const fs::path& picture) {
     return {};
 }
 
+/// Whether the picture was the mark of one of the files and is removed now.
+bool forget(const fs::path& picture, const std::set<fs::path>& files, std::error_code& failure) {
+    const FileContent content = readFile(picture);
+    if (content.error) {
+        if (!isAbsence(content.error)) failure = content.error;
+        return false;
+    }
+    std::error_code ofRemoving;
+    const bool isRemoved = files.contains(fileOfThumbnail(content.bytes)) && fs::remove(picture, ofRemoving);
+    if (ofRemoving) failure = ofRemoving;
+    return isRemoved;
+}
+
 }  // namespace
 
-std::int64_t forgetFailedThumbnails(const fs::path& folder, const std::set<fs::path>& files) {
+std::int64_t forgetFailedThumbnails(const fs::path& folder, const std::set<fs::path>& files, std::error_code& failure) {
+    failure.clear();
     std::int64_t forgotten = 0;
-    std::error_code error;
+    std::error_code ofWalk;
     const fs::recursive_directory_iterator none;
-    for (fs::recursive_directory_iterator entry(folder, error); !error && entry != none; entry.increment(error)) {
-        std::error_code ofEntry;
-        if (entry->path().extension() == ".png" && files.count(fileOfThumbnail(entry->path())) > 0)
-            forgotten += fs::remove(entry->path(), ofEntry) ? 1 : 0;
-    }
+    for (fs::recursive_directory_iterator entry(folder, ofWalk); !ofWalk && entry != none; entry.increment(ofWalk))
+        if (entry->path().extension() == ".png") forgotten += forget(entry->path(), files, failure) ? 1 : 0;
+    if (ofWalk && ofWalk != std::errc::no_such_file_or_directory) failure = ofWalk;
     return forgotten;
 }
 

@@ -8,7 +8,6 @@
 #include "formats/stitch_sink.h"
 #include "formats/undefined_threads.h"
 #include "formats/whole_moves.h"
-#include "platform/files.h"
 #include "platform/narrow_text.h"
 #include "platform/text.h"
 
@@ -247,11 +246,12 @@ bool readDst(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
     return readStitches(design, file.subspan(headerSize), error);
 }
 
-bool importDstDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+bool importDstDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
     return operation(error, [&] {
         design.setDesignType("DST");
         design.setDesignVersion(10);
-        return readDst(design, readWholeFile(url), error);
+        return readDst(design, loadFile(url, options), error);
     });
 }
 

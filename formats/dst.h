@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "formats/loading.h"
 #include "formats/saving.h"
 #include "model/design.h"
 
@@ -33,8 +34,8 @@ namespace velamo {
 /// keys "1" to "20" of the palette "Undefined"), stitches and bounds. False on failure, with 123 (fewer than 516 bytes,
 /// or unreadable), 110 and 112 to 119 (a tag missing in the header) or 111 (unknown kind of record) in `error`, when
 /// that is not null; after 111 the design keeps what had been read.
-[[nodiscard]] bool importDstDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
-                                               VLMError* error) noexcept;
+[[nodiscard]] bool importDstDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                               const ImportOptions& options = {}) noexcept;
 
 /// The same from bytes in memory; type and version are left alone. May throw std::bad_alloc.
 [[nodiscard]] bool readDst(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);

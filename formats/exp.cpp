@@ -5,7 +5,6 @@
 #include "formats/byte_moves.h"
 #include "formats/escaped_moves.h"
 #include "formats/undefined_threads.h"
-#include "platform/files.h"
 
 namespace velamo {
 namespace {
@@ -48,11 +47,12 @@ bool readExp(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
     return true;
 }
 
-bool importExpDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+bool importExpDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
     return operation(error, [&] {
         design.setDesignType("EXP");
         design.setDesignVersion(10);
-        return readExp(design, readWholeFile(url), error);
+        return readExp(design, loadFile(url, options), error);
     });
 }
 

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "formats/loading.h"
 #include "formats/saving.h"
 #include "model/design.h"
 
@@ -21,8 +22,8 @@ namespace velamo {
 /// Fills `design` from the EXP file at `url`. Sets type "EXP" and version 10 before the file is read, then threads (the
 /// keys "1" to "20" of the palette "Undefined"), stitches and bounds. False, with 100 in `error`, when the file has an
 /// odd number of bytes.
-[[nodiscard]] bool importExpDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
-                                               VLMError* error) noexcept;
+[[nodiscard]] bool importExpDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                               const ImportOptions& options = {}) noexcept;
 
 /// The same from bytes in memory; type and version are left alone. May throw std::bad_alloc.
 [[nodiscard]] bool readExp(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);

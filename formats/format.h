@@ -4,6 +4,7 @@
 #include <span>
 #include <string_view>
 
+#include "formats/loading.h"
 #include "formats/saving.h"
 #include "model/design.h"
 
@@ -11,7 +12,8 @@ namespace velamo {
 
 /// One kind of embroidery file, known by the extension of its name.
 struct Format {
-    using Reader = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept;
+    using Reader = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                            const ImportOptions& options) noexcept;
     using Writer = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                             const ExportOptions& options) noexcept;
 

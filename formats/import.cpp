@@ -15,9 +15,20 @@ constexpr std::array<ErrorText, 3> errorTexts{{
     {noThreads, "File holds no threads."},
 }};
 
+/// Takes better threads from the side file, where it has some. False, with the system's error, where that could not be
+/// read this time: the design would seem to have no such threads.
+bool askSideFile(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+    design.setUseThreadFile(false);
+    return operation(error, [&] {
+        design.setUseThreadFile(takeThreadsOfSideFile(design, url));
+        return true;
+    });
+}
+
 }  // namespace
 
-bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                              const ImportOptions& options) noexcept {
     return operation(error, [&] {
         const auto name = fileNameOf(url);
         design.setDesignName(name.native());
@@ -28,10 +39,11 @@ bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& ur
         const Format* format = formatWithExtension(extensionOf(name));
         if (format == nullptr) return fail(errorTexts, unknownFormat, error);
         VLMError readerError;
-        const bool isRead = format->reader(design, url, &readerError);
-        design.setUseThreadFile(importThreadsForDesign(design, url));
-        if (!isRead) {
-            if (error != nullptr) *error = std::move(readerError);
+        const bool isRead = format->reader(design, url, &readerError, options);
+        VLMError sideFileError;
+        const bool isAsked = askSideFile(design, url, &sideFileError);
+        if (!isRead || !isAsked) {
+            if (error != nullptr) *error = std::move(isRead ? sideFileError : readerError);
             return false;
         }
         if (design.stitches().empty()) return fail(errorTexts, noStitches, error);

@@ -11,7 +11,6 @@
 #include "formats/janome.h"
 #include "formats/whole_moves.h"
 #include "model/thread_codes.h"
-#include "platform/files.h"
 #include "platform/local_time.h"
 
 namespace velamo {
@@ -131,8 +130,9 @@ bool readJef(VLMDesign& design, std::span<const std::uint8_t> file, std::string_
     return completeThreads(design, colorChanges + 1, error);
 }
 
-bool importJefDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
-    return operation(error, [&] { return readJef(design, readWholeFile(url), extensionOf(url), error); });
+bool importJefDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
+    return operation(error, [&] { return readJef(design, loadFile(url, options), extensionOf(url), error); });
 }
 
 std::optional<std::vector<std::uint8_t>> writeJef(VLMDesign& design, const ExportOptions& options, VLMError* error) {

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "formats/loading.h"
 #include "formats/saving.h"
 #include "model/design.h"
 
@@ -29,8 +30,8 @@ namespace velamo {
 /// colour changes are added. False on failure, with 20 (fewer than 52 bytes, or unreadable), 21 (thread tables
 /// incomplete), 23 (no stitches at the offset) or 24 (more threads than colour blocks, or none at all; everything is in
 /// the design then) in `error`, when that is not null.
-[[nodiscard]] bool importJefDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
-                                               VLMError* error) noexcept;
+[[nodiscard]] bool importJefDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                               const ImportOptions& options = {}) noexcept;
 
 /// The same from bytes in memory, with the extension of the file's name. May throw std::bad_alloc.
 [[nodiscard]] bool readJef(VLMDesign& design, std::span<const std::uint8_t> file, std::string_view extension,

@@ -4,7 +4,6 @@
 
 #include "formats/byte_reader.h"
 #include "formats/janome.h"
-#include "platform/files.h"
 
 namespace velamo {
 namespace {
@@ -38,10 +37,11 @@ bool readJpx(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
     return true;
 }
 
-bool importJpxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+bool importJpxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
     return operation(error, [&] {
         design.setDesignType("JPX");
-        return readJpx(design, readWholeFile(url), error);
+        return readJpx(design, loadFile(url, options), error);
     });
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <span>
 
+#include "formats/loading.h"
 #include "model/design.h"
 
 namespace velamo {
@@ -22,8 +23,8 @@ namespace velamo {
 /// stitches and bounds. A file may change the colour more or less often than it names threads. False on failure, with
 /// 210 (fewer than 120 bytes, or unreadable), 211 (thread tables incomplete) or 212 (no stitches at the offset) in
 /// `error`, when that is not null.
-[[nodiscard]] bool importJpxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
-                                               VLMError* error) noexcept;
+[[nodiscard]] bool importJpxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                               const ImportOptions& options = {}) noexcept;
 
 /// The same from bytes in memory; the type is left alone. May throw std::bad_alloc.
 [[nodiscard]] bool readJpx(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);

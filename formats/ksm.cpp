@@ -4,7 +4,6 @@
 
 #include "formats/byte_moves.h"
 #include "formats/undefined_threads.h"
-#include "platform/files.h"
 
 namespace velamo {
 namespace {
@@ -121,11 +120,12 @@ bool readKsm(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
     return readStitches(design, file.subspan(headerSize), error);
 }
 
-bool importKsmDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+bool importKsmDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
     return operation(error, [&] {
         design.setDesignType("KSM");
         design.setDesignVersion(10);
-        return readKsm(design, readWholeFile(url), error);
+        return readKsm(design, loadFile(url, options), error);
     });
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <span>
 
+#include "formats/loading.h"
 #include "model/design.h"
 
 namespace velamo {
@@ -20,8 +21,8 @@ namespace velamo {
 /// Fills `design` from the KSM file at `url`. Sets type "KSM" and version 10 before the file is read, then threads (the
 /// keys "1" to "20" of the palette "Undefined"), stitches and bounds. False on failure, with 170 (fewer than 515 bytes,
 /// or unreadable) or 171 (a record without bit 7; what was read before it stays) in `error`, when that is not null.
-[[nodiscard]] bool importKsmDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
-                                               VLMError* error) noexcept;
+[[nodiscard]] bool importKsmDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                               const ImportOptions& options = {}) noexcept;
 
 /// The same from bytes in memory; type and version are left alone. May throw std::bad_alloc.
 [[nodiscard]] bool readKsm(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);

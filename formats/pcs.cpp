@@ -12,7 +12,6 @@
 #include "formats/stitch_sink.h"
 #include "formats/undefined_threads.h"
 #include "formats/whole_moves.h"
-#include "platform/files.h"
 #include "platform/resources.h"
 
 namespace velamo {
@@ -299,8 +298,9 @@ bool readPcx(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
     return true;
 }
 
-bool importPcxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
-    return operation(error, [&] { return readPcx(design, readWholeFile(url), error); });
+bool importPcxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
+    return operation(error, [&] { return readPcx(design, loadFile(url, options), error); });
 }
 
 std::optional<std::vector<std::uint8_t>> writePcs(VLMDesign& design, VLMError* error) {

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "formats/loading.h"
 #include "formats/saving.h"
 #include "model/design.h"
 
@@ -28,8 +29,8 @@ namespace velamo {
 /// centred; then threads, stitches and bounds. False on failure, with 160 (too short, or unreadable), 161 (no mark),
 /// 162 (type), 163 (more than 16 colours), 164 (a palette index) or 165 (a place outside the largest hoop) in `error`,
 /// when that is not null; what was read before stays.
-[[nodiscard]] bool importPcxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
-                                               VLMError* error) noexcept;
+[[nodiscard]] bool importPcxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                               const ImportOptions& options = {}) noexcept;
 
 /// The same from bytes in memory. May throw std::bad_alloc.
 [[nodiscard]] bool readPcx(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);

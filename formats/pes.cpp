@@ -11,7 +11,6 @@
 #include "formats/pec.h"
 #include "formats/pec_thumbnail.h"
 #include "formats/whole_moves.h"
-#include "platform/files.h"
 
 namespace velamo {
 namespace {
@@ -244,17 +243,19 @@ bool readPec(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
     return readSection(design, file.subspan(pecHeaderSize), error);
 }
 
-bool importPesDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+bool importPesDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
     return operation(error, [&] {
         design.setDesignType("PES");
-        return readPes(design, readWholeFile(url), error);
+        return readPes(design, loadFile(url, options), error);
     });
 }
 
-bool importPecDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+bool importPecDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
     return operation(error, [&] {
         design.setDesignType("PEC");
-        return readPec(design, readWholeFile(url), error);
+        return readPec(design, loadFile(url, options), error);
     });
 }
 

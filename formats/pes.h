@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "formats/loading.h"
 #include "formats/saving.h"
 #include "model/design.h"
 
@@ -38,12 +39,12 @@ namespace velamo {
 /// 10, the others, 20 to 90, as they stand), stitches, threads and bounds. False on failure, with 30 (no header, or
 /// unreadable), 31 (version), 32 (no PEC section), 33 (several; its text is the failure reason) or an error of the
 /// section in `error`, when that is not null.
-[[nodiscard]] bool importPesDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
-                                               VLMError* error) noexcept;
+[[nodiscard]] bool importPesDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                               const ImportOptions& options = {}) noexcept;
 
 /// The same for the PEC file at `url`: type "PEC", version 1 alone, and the section must follow the header at once.
-[[nodiscard]] bool importPecDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
-                                               VLMError* error) noexcept;
+[[nodiscard]] bool importPecDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                               const ImportOptions& options = {}) noexcept;
 
 /// The same from bytes in memory; the type is left alone. May throw std::bad_alloc.
 [[nodiscard]] bool readPes(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);

@@ -4,7 +4,6 @@
 
 #include "formats/byte_reader.h"
 #include "formats/janome.h"
-#include "platform/files.h"
 
 namespace velamo {
 namespace {
@@ -36,11 +35,12 @@ bool readSew(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
     return true;
 }
 
-bool importSewDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+bool importSewDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
     return operation(error, [&] {
         design.setDesignType("SEW");
         design.setDesignVersion(10);
-        return readSew(design, readWholeFile(url), error);
+        return readSew(design, loadFile(url, options), error);
     });
 }
 

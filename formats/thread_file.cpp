@@ -2,6 +2,8 @@
 
 #include <optional>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "platform/files.h"
 #include "platform/old_archive.h"
@@ -71,20 +73,22 @@ std::filesystem::path threadFileOf(std::filesystem::path url) {
     return url.replace_extension("threads");
 }
 
+bool takeThreadsOfSideFile(VLMDesign& design, const std::filesystem::path& url) {
+    const auto bytes = readWholeFile(threadFileOf(url));
+    const auto list = bytes.empty() ? std::nullopt : parsePropertyList(bytes);
+    const auto* entries = list ? list->as<PropertyList::Array>() : nullptr;
+    if (entries == nullptr) return false;
+    std::vector<VLMThread> threads;
+    threads.reserve(entries->size());
+    for (const PropertyList& entry : *entries)
+        if (auto thread = threadOf(entry)) threads.push_back(std::move(*thread));
+    if (threads.size() != design.threads().size()) return false;
+    design.threads().all() = std::move(threads);
+    return true;
+}
+
 bool importThreadsForDesign(VLMDesign& design, const std::filesystem::path& url) noexcept {
-    return operation(nullptr, [&] {
-        const auto bytes = readWholeFile(threadFileOf(url));
-        const auto list = bytes.empty() ? std::nullopt : parsePropertyList(bytes);
-        const auto* entries = list ? list->as<PropertyList::Array>() : nullptr;
-        if (entries == nullptr) return false;
-        std::vector<VLMThread> threads;
-        threads.reserve(entries->size());
-        for (const PropertyList& entry : *entries)
-            if (auto thread = threadOf(entry)) threads.push_back(std::move(*thread));
-        if (threads.size() != design.threads().size()) return false;
-        design.threads().all() = std::move(threads);
-        return true;
-    });
+    return operation(nullptr, [&] { return takeThreadsOfSideFile(design, url); });
 }
 
 bool exportThreadsForDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept {

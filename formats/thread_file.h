@@ -20,6 +20,10 @@ namespace velamo {
 /// not compared with the design's own: the user's choice wins.
 [[nodiscard]] bool importThreadsForDesign(VLMDesign& design, const std::filesystem::path& url) noexcept;
 
+/// The same, but throws std::system_error where the system could not read the side file this time, so that nobody can
+/// say whether it has such threads. May throw std::bad_alloc.
+[[nodiscard]] bool takeThreadsOfSideFile(VLMDesign& design, const std::filesystem::path& url);
+
 /// Writes the side file beside `url`, atomically. Always true: a design is saved even where its side file cannot be.
 bool exportThreadsForDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept;
 

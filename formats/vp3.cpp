@@ -5,7 +5,6 @@
 #include <optional>
 
 #include "formats/byte_moves.h"
-#include "platform/files.h"
 #include "platform/text.h"
 
 namespace velamo {
@@ -231,11 +230,12 @@ bool readVp3(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* er
     return true;
 }
 
-bool importVp3DesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+bool importVp3DesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                 const ImportOptions& options) noexcept {
     return operation(error, [&] {
         design.setDesignType("VP3");
         design.setDesignVersion(10);
-        return readVp3(design, readWholeFile(url), error);
+        return readVp3(design, loadFile(url, options), error);
     });
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <span>
 
+#include "formats/loading.h"
 #include "model/design.h"
 
 namespace velamo {
@@ -32,8 +33,8 @@ namespace velamo {
 /// does not start where the one before it ended), then hoop, threads, stitches and bounds. False on failure, with 150
 /// (header), 152 (no hoop), 151 (no stitch section), 153 (no colours) or 154 (a colour section does not fit in the
 /// file) in `error`, when that is not null; what was read before stays in the design.
-[[nodiscard]] bool importVp3DesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
-                                               VLMError* error) noexcept;
+[[nodiscard]] bool importVp3DesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                                               const ImportOptions& options = {}) noexcept;
 
 /// The same from bytes in memory; the type is left alone, and the version unless it is 20. May throw std::bad_alloc.
 [[nodiscard]] bool readVp3(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);

@@ -18,7 +18,8 @@ class VLMColorList {
 public:
     /// An empty palette.
     VLMColorList() = default;
-    /// The palette in the file; a missing or unreadable file gives an empty one. The name is for the caller's own sake.
+    /// The palette in the file; a missing or unreadable file gives an empty one, and one that the system could not read
+    /// this time is a std::system_error. The name is for the caller's own sake.
     [[nodiscard]] static VLMColorList initWithNamefromFile(std::string_view name, const std::filesystem::path& file);
 
     /// The keys in no particular order (here: in file order).

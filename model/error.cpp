@@ -31,6 +31,15 @@ std::string_view englishText(std::span<const ErrorText> texts, int code) noexcep
     return {};
 }
 
+/// In the user's language; in English where that cannot be read, which must not hide what failed first.
+std::string messageOf(int code, std::string_view english) {
+    try {
+        return localizedText("ERROR_" + std::to_string(code), "VLMDesign", english);
+    } catch (const std::system_error&) {
+        return std::string(english);
+    }
+}
+
 }  // namespace
 
 std::string VLMError::message() const {
@@ -43,7 +52,7 @@ bool fail(std::span<const ErrorText> texts, int code, VLMError* error, ErrorText
     if (error == nullptr) return false;
     *error = {.domain = designErrorDomain, .code = code, .recoverySuggestion = {}, .failureReason = {}};
     std::string& text = key == ErrorTextKey::failureReason ? error->failureReason : error->recoverySuggestion;
-    text = localizedText("ERROR_" + std::to_string(code), "VLMDesign", englishText(texts, code));
+    text = messageOf(code, englishText(texts, code));
     return false;
 }
 

@@ -2,10 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
+#include "platform/descriptor.h"
+#include "platform/files.h"
+#include "platform/system_call.h"
 #include "platform/system_state.h"
 
 namespace velamo {
@@ -32,16 +35,21 @@ FileState stateOfFile(const std::filesystem::path& path, std::error_code& error)
     return {};
 }
 
+std::error_code reasonAgainstReading(const FileState& state) noexcept {
+    if (state.kind == FileKind::folder) return std::make_error_code(std::errc::is_a_directory);
+    if (state.kind == FileKind::other) return std::make_error_code(std::errc::invalid_argument);
+    if (std::cmp_greater(state.size, mostBytesOfFile)) return std::make_error_code(std::errc::file_too_large);
+    return {};
+}
+
 std::error_code reasonAgainstReading(const std::filesystem::path& path) noexcept {
     std::error_code error;
     const FileState state = stateOfFile(path, error);
+    if (!error) error = reasonAgainstReading(state);
     if (error) return error;
-    if (state.kind == FileKind::folder) return std::make_error_code(std::errc::is_a_directory);
-    if (state.kind == FileKind::other) return std::make_error_code(std::errc::invalid_argument);
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (descriptor < 0) return {errno, std::generic_category()};
-    ::close(descriptor);
-    return {};
+    const Descriptor file(
+        uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+    return file.isOpen() ? std::error_code() : lastSystemError();
 }
 
 }  // namespace velamo

@@ -20,8 +20,11 @@ struct FileState {
 /// The state of what `path` leads to, links followed. `error` is cleared on success, else holds the system's reason.
 [[nodiscard]] FileState stateOfFile(const std::filesystem::path& path, std::error_code& error) noexcept;
 
-/// Why the file cannot be read: the system's reason, EISDIR for a folder, EINVAL for a pipe, socket or device; no error
-/// when it can. Never waits.
+/// Why a file in this state is not read: EISDIR for a folder, EINVAL for a pipe, socket or device, EFBIG for a file of
+/// more than mostBytesOfFile (see files.h); no error when it is.
+[[nodiscard]] std::error_code reasonAgainstReading(const FileState& state) noexcept;
+
+/// Why the file cannot be read: the system's reason, or that of its state; no error when it can. Never waits.
 [[nodiscard]] std::error_code reasonAgainstReading(const std::filesystem::path& path) noexcept;
 
 }  // namespace velamo

@@ -4,14 +4,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "platform/descriptor.h"
 #include "platform/file_features.h"
 #include "platform/interruption.h"
 #include "platform/system_call.h"
+#include "platform/system_state.h"
 
 namespace velamo {
 namespace {
@@ -155,28 +159,67 @@ void flushFolder(const std::filesystem::path& folder) noexcept {
     if (descriptor.isOpen()) uninterrupted([&] { return ::fsync(descriptor.number()); });
 }
 
-/// Reads until the bytes are full or the file ends; the number of bytes read.
-std::size_t readFully(int descriptor, std::span<std::uint8_t> bytes) noexcept {
-    std::size_t filled = 0;
-    while (filled < bytes.size()) {
-        const ssize_t count = ::read(descriptor, bytes.data() + filled, bytes.size() - filled);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
+/// The state of an open regular file that may be read, or why it may not.
+std::error_code stateForReading(int descriptor, FileState& state) noexcept {
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0) return lastSystemError();
+    state = stateFromSystem(status);
+    return reasonAgainstReading(state);
+}
+
+/// Reads until the file ends or the bytes are full.
+std::error_code readFully(int descriptor, std::span<std::uint8_t> bytes, std::size_t& filled) noexcept {
+    for (filled = 0; filled < bytes.size();) {
+        const auto rest = bytes.subspan(filled);
+        const ssize_t count = uninterrupted([&] { return ::read(descriptor, rest.data(), rest.size()); });
+        if (count < 0) return lastSystemError();
+        if (count == 0) break;
         filled += static_cast<std::size_t>(count);
     }
-    return filled;
+    return {};
+}
+
+/// Reads one byte more than there should be, to see the end. Bytes that were read while somebody wrote others belong to
+/// no design that there ever was.
+std::error_code readBytes(int descriptor, const FileState& before, std::vector<std::uint8_t>& bytes) {
+    const auto size = static_cast<std::size_t>(before.size);
+    bytes.resize(size + 1);
+    std::size_t filled = 0;
+    FileState after;
+    std::error_code error = readFully(descriptor, bytes, filled);
+    if (!error) error = stateForReading(descriptor, after);
+    if (!error && (filled != size || after != before)) error.assign(EAGAIN, std::generic_category());
+    bytes.resize(error ? 0 : size);
+    return error;
 }
 
 }  // namespace
 
-std::vector<std::uint8_t> readWholeFile(const std::filesystem::path& path) {
+FileContent readFile(const std::filesystem::path& path) {
+    FileContent content;
     // Without O_NONBLOCK the mere opening of a pipe would wait for somebody to write into it.
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat status = {};
-    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(status.st_size));
-    bytes.resize(readFully(file.number(), bytes));
-    return bytes;
+    const Descriptor file(
+        uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+    if (!file.isOpen()) {
+        content.error = lastSystemError();
+        return content;
+    }
+    FileState state{.kind = FileKind::regular};
+    content.error = stateForReading(file.number(), state);
+    content.isOpened = state.kind == FileKind::regular;
+    if (!content.error) content.error = readBytes(file.number(), state, content.bytes);
+    return content;
+}
+
+bool isAbsence(std::error_code reason) noexcept {
+    constexpr std::array codes{ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG, ENXIO, ENODEV, EISDIR, EINVAL, EFBIG};
+    return std::find(codes.begin(), codes.end(), reason.value()) != codes.end();
+}
+
+std::vector<std::uint8_t> readWholeFile(const std::filesystem::path& path) {
+    FileContent content = readFile(path);
+    if (content.error && !isAbsence(content.error)) throw std::system_error(content.error);
+    return std::move(content.bytes);
 }
 
 std::error_code replaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {

@@ -8,8 +8,29 @@
 
 namespace velamo {
 
-/// The bytes of a regular file, read once and whole. A folder, pipe, device, missing or unreadable file reads as no
-/// bytes, and never blocks; a file that shrinks while it is read gives what was there. May throw std::bad_alloc.
+/// The most bytes that a file may have to be read. None of the formats holds more; a sparse file that claims gigabytes
+/// would fill the memory with zeros.
+inline constexpr std::uintmax_t mostBytesOfFile = std::uintmax_t{256} << 20;
+
+/// What came of reading a file.
+struct FileContent {
+    std::vector<std::uint8_t> bytes;  // all of the file, or none
+    /// Why there are none: the system's reason; EISDIR for a folder, EINVAL for a pipe or device, EFBIG for a file of
+    /// more than mostBytesOfFile, EAGAIN for one that somebody changed while it was read.
+    std::error_code error;
+    /// Whether there is a regular file that the system let be opened, so that an error comes from reading it.
+    bool isOpened = false;
+};
+
+/// Reads a regular file once and whole. Never waits for somebody to write into it. May throw std::bad_alloc.
+[[nodiscard]] FileContent readFile(const std::filesystem::path& path);
+
+/// Whether this is what the system says of a file that is not there, is not for this user, or is none that is read: a
+/// folder, a pipe, a device, or too large. Any other reason tells that the system could not do it this time.
+[[nodiscard]] bool isAbsence(std::error_code reason) noexcept;
+
+/// The bytes of a regular file, as readFile reads them, for what may as well be absent: a file that is so reads as no
+/// bytes. Throws any other reason as a std::system_error. May throw std::bad_alloc.
 [[nodiscard]] std::vector<std::uint8_t> readWholeFile(const std::filesystem::path& path);
 
 /// Puts `bytes` at `path` in one step: a file without a name is written in the same folder, flushed to the disk and

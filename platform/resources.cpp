@@ -5,6 +5,7 @@
 #include <mutex>
 #include <system_error>
 
+#include "platform/file_state.h"
 #include "platform/files.h"
 #include "platform/shared_module.h"
 #include "platform/string_table.h"
@@ -72,7 +73,10 @@ struct Resources::State {
         if (!staysInside(name)) return {};
         for (const fs::path& folder : folders) {
             std::error_code error;
-            if (fs::path file = folder / name; fs::is_regular_file(file, error)) return file;
+            fs::path file = folder / name;
+            const FileState state = stateOfFile(file, error);
+            if (!error && state.kind == FileKind::regular) return file;
+            if (error && !isAbsence(error)) throw std::system_error(error);
         }
         return {};
     }

@@ -16,7 +16,8 @@ namespace velamo {
 [[nodiscard]] std::vector<std::filesystem::path> resourceFoldersBeside(const std::filesystem::path& folder);
 
 /// Finds and reads resources in given folders for given languages. What was read stays for the life of the object and
-/// does not change; a missing or damaged resource counts as empty. Safe to use from many threads.
+/// does not change; a missing or damaged resource counts as empty, and one that the system could not read this time is
+/// a std::system_error, since names and colours would be lost with it. Safe to use from many threads.
 class Resources {
 public:
     Resources(std::vector<std::filesystem::path> folders, std::vector<std::string> languages);

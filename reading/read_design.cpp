@@ -7,11 +7,10 @@ namespace velamo {
 
 bool readDesign(VLMDesign& design, const std::filesystem::path& file, VLMError* error) noexcept {
     return operation(error, [&] {
-        // Asked first: a reader would take such a file for an empty one.
-        const std::error_code reason = reasonAgainstReading(file);
-        const bool isRead = importDesignFromURLerror(design, file, error);
-        if (!reason) return isRead;
-        return failWithSystemError(reason.value(), error);
+        if (importDesignFromURLerror(design, file, error, {.givesSystemReason = true})) return true;
+        // A file whose name is no design's has not even been opened.
+        if (const std::error_code reason = reasonAgainstReading(file)) failWithSystemError(reason.value(), error);
+        return false;
     });
 }
 

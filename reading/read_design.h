@@ -7,7 +7,8 @@
 namespace velamo {
 
 /// Imports a design for a program, as importDesignFromURLerror does, and says what is wrong with a file that cannot be
-/// read at all: `error` is the system's reason where the file is missing or unreadable, or is a folder, pipe or device.
+/// read at all: `error` is the system's reason where the file is missing or unreadable, where reading it breaks off, or
+/// where it is a folder, pipe or device, or too large.
 [[nodiscard]] bool readDesign(VLMDesign& design, const std::filesystem::path& file, VLMError* error) noexcept;
 
 }  // namespace velamo

@@ -26,7 +26,7 @@ enum class MeasurementUnit : std::int32_t { millimetres = 0, decimalInches = 1, 
 [[nodiscard]] std::filesystem::path preferenceFile();
 
 /// The integer under the key "MeasurementUnit" of a preference file, read anew on every call; 0 when the file or the
-/// key is missing or is not of that kind.
+/// key is missing or is not of that kind; std::system_error where the system could not read the file this time.
 [[nodiscard]] std::int32_t measurementUnitIn(const std::filesystem::path& preferences);
 
 /// The same of the user's own preference file.

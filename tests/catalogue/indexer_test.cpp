@@ -293,8 +293,25 @@ TEST_F(Indexer, SurvivesAReaderThatThrows) {
     write("rose.dst");
     const auto summary = test::runIndexer(catalogue_, {designs_}, told_, 1,
                                           [](const std::filesystem::path&) -> ReadOutcome { throw std::bad_alloc(); });
-    EXPECT_EQ(summary, (IndexSummary{.skipped = 1}));
+    EXPECT_EQ(summary, (IndexSummary{.skipped = 1, .isComplete = false}));
     EXPECT_THAT(told_.problems, ElementsAre(Pair(designs_ / "rose.dst", ENOMEM)));
+}
+
+/// A disk that fails for a moment must not leave a wrong design behind that is never read again.
+TEST_F(Indexer, RecordsNothingOfAFileThatTheSystemFailsToRead) {
+    write("rose.dst", test::soundDst(11));
+    run();
+    write("rose.dst", test::soundDst(13));
+    const auto readBadly = [](const std::filesystem::path&) -> ReadOutcome {
+        return std::make_error_code(std::errc::io_error);
+    };
+    told_ = {};
+    EXPECT_EQ(test::runIndexer(catalogue_, {designs_}, told_, 1, readBadly),
+              (IndexSummary{.skipped = 1, .isComplete = false}));
+    EXPECT_THAT(told_.problems, ElementsAre(Pair(designs_ / "rose.dst", EIO)));
+    EXPECT_EQ(catalogue_.search({}).at(0).attributes.stitches, 11.0F);
+    EXPECT_EQ(run(), (IndexSummary{.changed = 1}));
+    EXPECT_EQ(catalogue_.search({}).at(0).attributes.stitches, 13.0F);
 }
 
 TEST_F(Indexer, TakesAFileThatVanishesMeanwhileAsVanished) {

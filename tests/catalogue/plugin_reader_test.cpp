@@ -37,6 +37,19 @@ TEST_F(PluginReader, TellsWhatIsNotThereFromWhatIsBroken) {
     EXPECT_EQ(std::get<std::error_code>(readOne(readers_[0], folder_.path() / "nowhere.dst")).value(), ENOENT);
 }
 
+TEST_F(PluginReader, TellsWhatTheSystemCannotReadFromWhatIsBroken) {
+    const auto huge = folder_.write("huge.dst", "");
+    std::filesystem::resize_file(huge, std::uintmax_t{6} << 30);
+    EXPECT_EQ(std::get<std::error_code>(readOne(readers_[0], huge)).value(), EFBIG);
+    const auto failing = folder_.path() / "failing.dst";
+    std::filesystem::create_symlink("/proc/self/mem", failing);
+    EXPECT_EQ(std::get<std::error_code>(readOne(readers_[0], failing)).value(), EIO);
+    // A design whose own colours cannot be read at the moment would seem to have others.
+    const auto rose = folder_.write("rose.dst", test::soundDst(11));
+    std::filesystem::create_symlink("/proc/self/mem", folder_.path() / "rose.threads");
+    EXPECT_EQ(std::get<std::error_code>(readOne(readers_[0], rose)).value(), EIO);
+}
+
 TEST_F(PluginReader, FillsACatalogue) {
     folder_.write("designs/rose.dst", test::soundDst(11));
     folder_.write("designs/torn.dst", test::brokenDst);
@@ -51,7 +64,7 @@ TEST(LimitedReader, RefusesWhatTakesTooMuchMemory) {
     if (!canLimitMemory()) GTEST_SKIP() << "sanitizers need the address space";
     const test::TemporaryFolder folder;
     const auto file = folder.write("huge.exp", std::string());
-    std::filesystem::resize_file(file, std::uintmax_t{300} << 20);  // stitches on the spot
+    std::filesystem::resize_file(file, std::uintmax_t{200} << 20);  // stitches on the spot
     const auto readers = pluginReaders(PluginHost::findModule(), 1, {.memory = std::uint64_t{700} << 20});
     const auto outcome = readOne(readers[0], file);
     ASSERT_TRUE(std::holds_alternative<DesignFailure>(outcome));

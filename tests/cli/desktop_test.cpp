@@ -162,6 +162,15 @@ TEST_F(Desktop, ForgetsThatPicturesOfDesignsFailed) {
     for (const auto& file : kept) EXPECT_TRUE(fs::exists(file)) << file;
 }
 
+TEST_F(Desktop, SaysThatAMarkCannotBeRead) {
+    const auto failed = addFailure("1.png", "file://" + add("rose.dst"));
+    fs::create_symlink("/proc/self/mem", failed.parent_path() / "2.png");  // can be opened, and not be read
+    const auto outcome = call({"desktop", "refresh"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.problems, HasSubstr("velamo: Thumbnails: Input/output error\n"));
+    EXPECT_FALSE(fs::exists(failed));
+}
+
 TEST_F(Desktop, NeedsACatalogue) {
     const auto outcome = call({"desktop", "refresh"});
     EXPECT_EQ(outcome.status, 1);

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <utility>
+
 #include "formats/format.h"
+#include "formats/thread_file.h"
 #include "tests/support/dst.h"
 #include "tests/support/temporary_folder.h"
 
@@ -61,6 +65,86 @@ TEST(Import, ResetsTheListsAndNothingElse) {
     EXPECT_TRUE(design.threads().empty());
     EXPECT_EQ(design.designVersion(), 99);
     EXPECT_EQ(design.xMax(), 5.0F);
+}
+
+/// A regular file that can be opened, and whose first byte cannot be read.
+const char* const failingFile = "/proc/self/mem";
+
+TEST(Import, FailsAsTheSystemDoesWhereReadingBreaksOff) {
+    for (const Format& format : allFormats()) {
+        const TemporaryFolder folder;
+        const auto file = folder.path() / ("x." + std::string(format.extension));
+        std::filesystem::create_symlink(failingFile, file);
+        for (const bool givesSystemReason : {false, true}) {
+            VLMDesign design;
+            VLMError error;
+            EXPECT_FALSE(importDesignFromURLerror(design, file, &error, {.givesSystemReason = givesSystemReason}));
+            EXPECT_EQ(error.domain, systemErrorDomain) << file;
+            EXPECT_EQ(error.code, EIO) << file;
+            EXPECT_FALSE(format.reader(design, file, nullptr, {}));
+        }
+    }
+}
+
+TEST(Import, RefusesFilesLargerThanAnyDesign) {
+    for (const Format& format : allFormats()) {
+        const TemporaryFolder folder;
+        const auto file = folder.write("x." + std::string(format.extension), "");
+        std::filesystem::resize_file(file, std::uintmax_t{6} << 30);  // takes no room
+        VLMDesign design;
+        VLMError error;
+        EXPECT_FALSE(importDesignFromURLerror(design, file, &error));
+        EXPECT_EQ(error.domain, systemErrorDomain) << file;
+        EXPECT_EQ(error.code, EFBIG) << file;
+    }
+}
+
+TEST(Import, GivesTheSystemsReasonWhereItIsAsked) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path() / "folder.dst");
+    for (const auto& [name, code] : {std::pair{"missing.dst", ENOENT}, std::pair{"folder.dst", EISDIR}}) {
+        VLMDesign design;
+        VLMError error;
+        EXPECT_FALSE(importDesignFromURLerror(design, folder.path() / name, &error));
+        EXPECT_EQ(error.domain, designErrorDomain);
+        EXPECT_EQ(error.code, 123);
+        EXPECT_FALSE(importDesignFromURLerror(design, folder.path() / name, &error, {.givesSystemReason = true}));
+        EXPECT_EQ(error.domain, systemErrorDomain);
+        EXPECT_EQ(error.code, code);
+    }
+}
+
+/// Without them the design would seem to have none, and lose them when it is written.
+TEST(Import, FailsWhereTheSideFileCannotBeReadThisTime) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("x.dst", dstFile(bytes(1, 0, 3)));
+    std::filesystem::create_symlink(failingFile, folder.path() / "x.threads");
+    VLMDesign design;
+    design.setUseThreadFile(true);
+    VLMError error;
+    EXPECT_FALSE(importDesignFromURLerror(design, file, &error));
+    EXPECT_EQ(error.domain, systemErrorDomain);
+    EXPECT_EQ(error.code, EIO);
+    EXPECT_FALSE(design.useThreadFile());
+    EXPECT_FALSE(importThreadsForDesign(design, file));
+}
+
+TEST(Import, TakesWhatIsNoSideFileForNone) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("x.dst", dstFile(bytes(1, 0, 3)));
+    for (const bool isFolder : {true, false}) {
+        std::filesystem::remove(folder.path() / "x.threads");
+        if (isFolder) {
+            std::filesystem::create_directory(folder.path() / "x.threads");
+        } else {
+            folder.write("x.threads", "");
+            std::filesystem::resize_file(folder.path() / "x.threads", std::uintmax_t{6} << 30);
+        }
+        VLMDesign design;
+        VLMError error;
+        EXPECT_TRUE(importDesignFromURLerror(design, file, &error)) << error.message();
+        EXPECT_FALSE(design.useThreadFile());
+    }
 }
 
 TEST(Import, RefusesADesignWithoutStitches) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <system_error>
+
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {
@@ -52,6 +54,10 @@ TEST(ColorList, LaterLineOfAKeyCounts) {
 
 TEST(ColorList, MissingFileIsAnEmptyPalette) {
     EXPECT_TRUE(VLMColorList::initWithNamefromFile("Test", "/nowhere/Test.clr").allKeys().empty());
+}
+
+TEST(ColorList, FileThatCannotBeReadThisTimeIsNone) {
+    EXPECT_THROW(static_cast<void>(VLMColorList::initWithNamefromFile("Test", "/proc/self/mem")), std::system_error);
 }
 
 TEST(Palettes, AreFoundByName) {

@@ -56,7 +56,69 @@ TEST(ReadingFiles, GivesNothingOfWhatIsNoReadableFile) {
     EXPECT_TRUE(readWholeFile(folder.write("empty", "")).empty());
 }
 
-TEST(ReadingFiles, GivesWhatIsThereOfAFileThatShrinksAndGrows) {
+/// A regular file that can be opened, and whose first byte cannot be read.
+const std::filesystem::path failingFile = "/proc/self/mem";
+
+TEST(ReadingFiles, TellsAFailureFromTheEnd) {
+    const FileContent content = readFile(failingFile);
+    EXPECT_EQ(content.error, std::errc::io_error);
+    EXPECT_TRUE(content.isOpened);
+    EXPECT_TRUE(content.bytes.empty());
+    try {
+        static_cast<void>(readWholeFile(failingFile));
+        FAIL() << "nothing was read";
+    } catch (const std::system_error& failure) {
+        EXPECT_EQ(failure.code(), std::errc::io_error);
+    }
+}
+
+struct UnreadRow {
+    const char* name;
+    const char* file;
+    std::errc reason;
+    bool isOpened;
+};
+class UnreadFiles : public testing::TestWithParam<UnreadRow> {};
+TEST_P(UnreadFiles, HaveAReason) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path() / "folder");
+    std::filesystem::create_symlink("circle", folder.path() / "circle");
+    ASSERT_EQ(::mkfifo((folder.path() / "pipe").c_str(), 0600), 0);
+    folder.write("huge", "");
+    std::filesystem::resize_file(folder.path() / "huge", std::uintmax_t{6} << 30);  // takes no room
+    folder.write("large", "");
+    std::filesystem::resize_file(folder.path() / "large", mostBytesOfFile + 1);
+    const auto file = folder.path() / GetParam().file;
+    const FileContent content = readFile(file);
+    EXPECT_EQ(content.error, GetParam().reason);
+    EXPECT_EQ(content.isOpened, GetParam().isOpened);
+    EXPECT_TRUE(content.bytes.empty());
+    EXPECT_TRUE(isAbsence(content.error));
+    EXPECT_TRUE(readWholeFile(file).empty());
+    EXPECT_EQ(reasonAgainstReading(file), GetParam().reason);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, UnreadFiles,
+                         testing::Values(UnreadRow{"Missing", "missing", std::errc::no_such_file_or_directory, false},
+                                         UnreadRow{"Folder", "folder", std::errc::is_a_directory, false},
+                                         UnreadRow{"Pipe", "pipe", std::errc::invalid_argument, false},
+                                         UnreadRow{"Device", "/dev/zero", std::errc::invalid_argument, false},
+                                         UnreadRow{"Circle", "circle", std::errc::too_many_symbolic_link_levels, false},
+                                         UnreadRow{"Huge", "huge", std::errc::file_too_large, true},
+                                         UnreadRow{"AByteTooLarge", "large", std::errc::file_too_large, true}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(ReadingFiles, ReadsTheLargestFile) {
+    EXPECT_FALSE(reasonAgainstReading(
+        FileState{.kind = FileKind::regular, .size = static_cast<std::int64_t>(mostBytesOfFile), .modified = 0}));
+}
+
+TEST(ReadingFiles, TakesFailuresForNoAbsence) {
+    for (const auto code : {std::errc::io_error, std::errc::operation_not_permitted, std::errc::interrupted,
+                            std::errc::too_many_files_open, std::errc::resource_unavailable_try_again})
+        EXPECT_FALSE(isAbsence(std::make_error_code(code)));
+}
+
+TEST(ReadingFiles, RefusesAFileThatIsChangedMeanwhile) {
     const TemporaryFolder folder;
     std::vector<std::uint8_t> all(300000);
     for (std::size_t i = 0; i < all.size(); ++i) all[i] = static_cast<std::uint8_t>(i * 7);
@@ -72,20 +134,22 @@ TEST(ReadingFiles, GivesWhatIsThereOfAFileThatShrinksAndGrows) {
             if (::write(descriptor, all.data() + kept, all.size() - kept) < 0) return;
         }
     });
-    std::size_t shorter = 0;
+    std::size_t refused = 0;
     std::size_t wrong = 0;
-    for (int turn = 0; turn < 2000 || shorter == 0; ++turn) {
-        const auto found = readWholeFile(file);
-        if (found.size() < all.size()) ++shorter;
+    for (int turn = 0; turn < 500 || refused == 0; ++turn) {
+        const FileContent found = readFile(file);
+        if (found.error) ++refused;
         // The system empties the rest of the page in which the file ends now, even under a reader.
         const auto isSame = [](std::uint8_t byte, std::uint8_t written) { return byte == written || byte == 0; };
-        if (found.size() > all.size() || !std::equal(found.begin(), found.end(), all.begin(), isSame)) ++wrong;
+        const auto& read = found.bytes;
+        if (found.error && (found.error != std::errc::resource_unavailable_try_again || !read.empty())) ++wrong;
+        if (read.size() > all.size() || !std::equal(read.begin(), read.end(), all.begin(), isSame)) ++wrong;
     }
     isDone = true;
     writer.join();
     ::close(descriptor);
     EXPECT_EQ(wrong, 0U);
-    EXPECT_GT(shorter, 0U);  // it did shrink meanwhile
+    EXPECT_GT(refused, 0U);
 }
 
 TEST(ReplacingFiles, WritesANewFileWithTheUsersPermissions) {

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <random>
 #include <set>
+#include <system_error>
 #include <thread>
 
 #include "platform/files.h"
@@ -106,6 +107,19 @@ TEST(Resources, FallBackWhereATableIsMissingOrDamaged) {
     EXPECT_EQ(resources.text("one", "Damaged", "-"), "one");
     EXPECT_EQ(resources.text("two", "Damaged", "-"), "-");
     EXPECT_EQ(resources.text("one", "Missing", "-"), "-");
+}
+
+/// Else names and colours would be lost, and stay so for the life of the process.
+TEST(Resources, AreNotEmptyWhereTheyCannotBeReadThisTime) {
+    const TemporaryFolder folder;
+    const auto table = folder.path() / "en.lproj/Texts.strings";
+    std::filesystem::create_directory(table.parent_path());
+    std::filesystem::create_symlink("/proc/self/mem", table);  // can be opened, and not be read
+    const Resources resources({folder.path()}, {"en"});
+    EXPECT_THROW(static_cast<void>(resources.text("one", "Texts", "-")), std::system_error);
+    std::filesystem::remove(table);
+    folder.write("en.lproj/Texts.strings", "\"one\" = \"one\";");
+    EXPECT_EQ(resources.text("one", "Texts", "-"), "one");
 }
 
 TEST(Resources, ReadNoTableOutsideTheirFolders) {

@@ -25,7 +25,7 @@ const std::map<std::string, std::set<std::string>> layersBelow{
     {"formats", {"platform", "render", "model", "editing"}},
     {"reading", {"platform", "model", "formats"}},
     {"plugin", {"platform", "model", "formats"}},
-    {"catalogue", {"platform", "model", "formats", "plugin"}},
+    {"catalogue", {"platform", "model", "formats", "plugin", "reading"}},
     {"cli", {"platform", "render", "model", "editing", "formats", "plugin", "catalogue", "reading"}},
     {"samples", {"platform", "model", "formats"}},
     {"integrations", {"platform", "render", "model", "formats", "reading"}},

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <system_error>
 
 #include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
@@ -254,6 +255,13 @@ TEST_F(Preferences, MeanMillimetresWhereTheyHoldNoUnit) {
     EXPECT_EQ(measurementUnitOfUser(), 0);
     write("");
     EXPECT_EQ(measurementUnitOfUser(), 0);
+}
+
+TEST_F(Preferences, ThatCannotBeReadThisTimeAreAFailure) {
+    writeUnit("<integer>1</integer>");
+    std::filesystem::remove(file());
+    std::filesystem::create_symlink("/proc/self/mem", file());  // can be opened, and not be read
+    EXPECT_THROW(static_cast<void>(measurementUnitOfUser()), std::system_error);
 }
 
 TEST_F(Preferences, OfAnotherFileServeAsWell) {

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+namespace velamo {
+
+/// How a design file is read.
+struct ImportOptions {
+    /// Whether a file that cannot be opened fails with the system's reason. Else it is taken for one without bytes, and
+    /// fails as its format's reader says of a file that is too short.
+    bool givesSystemReason = false;
+};
+
+/// The bytes of a design file, of which no format has more than mostBytesOfFile. Throws the reason as a
+/// std::system_error where reading breaks off or the file is larger, and where the options say so. May throw
+/// std::bad_alloc.
+[[nodiscard]] std::vector<std::uint8_t> loadFile(const std::filesystem::path& url, const ImportOptions& options);
+
+}  // namespace velamo
