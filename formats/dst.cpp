@@ -270,10 +270,10 @@ std::optional<std::vector<std::uint8_t>> writeDst(const VLMDesign& design, VLMEr
 }
 
 bool exportDstDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
-                               const ExportOptions&) noexcept {
+                               const ExportOptions& options) noexcept {
     return operation(error, [&] {
         const auto file = writeDst(design, error);
-        return file && saveWithoutColors(design, url, *file, "DST", error);
+        return file && saveWithoutColors(design, url, *file, "DST", options, error);
     });
 }
 

@@ -63,8 +63,8 @@ std::vector<std::uint8_t> writeExp(const VLMDesign& design) {
 }
 
 bool exportExpDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
-                               const ExportOptions&) noexcept {
-    return operation(error, [&] { return saveWithoutColors(design, url, writeExp(design), "EXP", error); });
+                               const ExportOptions& options) noexcept {
+    return operation(error, [&] { return saveWithoutColors(design, url, writeExp(design), "EXP", options, error); });
 }
 
 }  // namespace velamo

@@ -31,6 +31,13 @@ bool refuseFormat(const std::filesystem::path& url, const std::string& extension
     return false;
 }
 
+/// A design whose moves could not be fitted is written all the same, for what that does to the design; but a file of
+/// it would be of another design, and replaces none.
+ExportOptions withoutSaving(ExportOptions options) {
+    options.save = [](const std::filesystem::path&, std::span<const std::uint8_t>, VLMError*) { return true; };
+    return options;
+}
+
 /// The side file belongs to the file that the design was read from, wherever it is written to.
 void updateSideFile(const VLMDesign& design) {
     const auto& location = design.designLocation();
@@ -58,7 +65,7 @@ bool exportDesignToURLerror(VLMDesign& design, const std::filesystem::path& url,
         // Nothing but jumps: a file of that would be read by nobody.
         if (design.stitches().empty()) return fail(errorTexts, noStitches, error);
         VLMError writerError;
-        if (!format->writer(design, url, &writerError, options)) {
+        if (!format->writer(design, url, &writerError, isFitted ? options : withoutSaving(options))) {
             if (error != nullptr) *error = std::move(writerError);
             return false;
         }

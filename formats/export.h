@@ -16,9 +16,9 @@ namespace velamo {
 /// useThreadFile is set, else removed. A design without a location has none.
 ///
 /// False on failure, with 13 (no threads), 14 (no stitches), 50 (we do not write such files; a line in the system's log
-/// says so too), 52 (moves that are not finite, or far too large, could not be cut; the writer has still done what it
-/// could), or the writer's or the system's own error in `error`, when that is not null. From 50 on the design has its
-/// new name; what fitting and writer did to it stays.
+/// says so too), 52 (moves that are not finite, or far too large, could not be cut; the writer has run, but its file
+/// is not saved), or the writer's or the system's own error in `error`, when that is not null. From 50 on the design
+/// has its new name; what fitting and writer did to it stays.
 [[nodiscard]] bool exportDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                           const ExportOptions& options = {}) noexcept;
 

@@ -149,7 +149,7 @@ bool exportJefDesignToURLerror(VLMDesign& design, const std::filesystem::path& u
                                const ExportOptions& options) noexcept {
     return operation(error, [&] {
         const auto file = writeJef(design, options, error);
-        if (!file || !saveFile(url, *file, error)) return false;
+        if (!file || !saveFile(url, *file, options, error)) return false;
         design.setDesignType("JEF");
         design.setDesignVersion(10);
         return true;

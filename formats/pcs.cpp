@@ -317,10 +317,10 @@ std::optional<std::vector<std::uint8_t>> writePcs(VLMDesign& design, VLMError* e
 }
 
 bool exportPcsDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
-                               const ExportOptions&) noexcept {
+                               const ExportOptions& options) noexcept {
     return operation(error, [&] {
         const auto file = writePcs(design, error);
-        if (!file || !saveFile(url, *file, error)) return false;
+        if (!file || !saveFile(url, *file, options, error)) return false;
         design.setDesignType("PCS");
         design.setDesignVersion(usualVersion);
         return true;

@@ -211,8 +211,8 @@ bool putSection(VLMByteWriter& out, const VLMDesign& design, std::span<const std
 }
 
 bool saveAs(VLMDesign& design, const std::filesystem::path& url, const std::optional<std::vector<std::uint8_t>>& file,
-            const char* type, VLMError* error) {
-    if (!file || !saveFile(url, *file, error)) return false;
+            const char* type, const ExportOptions& options, VLMError* error) {
+    if (!file || !saveFile(url, *file, options, error)) return false;
     design.setDesignType(type);
     design.setDesignVersion(10);
     design.setDesignHoop(nullptr);
@@ -289,13 +289,13 @@ std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* e
 }
 
 bool exportPesDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
-                               const ExportOptions&) noexcept {
-    return operation(error, [&] { return saveAs(design, url, writePes(design, error), "PES", error); });
+                               const ExportOptions& options) noexcept {
+    return operation(error, [&] { return saveAs(design, url, writePes(design, error), "PES", options, error); });
 }
 
 bool exportPecDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
-                               const ExportOptions&) noexcept {
-    return operation(error, [&] { return saveAs(design, url, writePec(design, error), "PEC", error); });
+                               const ExportOptions& options) noexcept {
+    return operation(error, [&] { return saveAs(design, url, writePec(design, error), "PEC", options, error); });
 }
 
 }  // namespace velamo

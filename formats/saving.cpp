@@ -4,7 +4,9 @@
 
 namespace velamo {
 
-bool saveFile(const std::filesystem::path& url, std::span<const std::uint8_t> file, VLMError* error) {
+bool saveFile(const std::filesystem::path& url, std::span<const std::uint8_t> file, const ExportOptions& options,
+              VLMError* error) {
+    if (options.save) return options.save(url, file, error);
     const auto failure = replaceFile(url, file);
     return !failure || failWithSystemError(failure.value(), error);
 }

@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include "formats/saving.h"
-
 namespace velamo {
 
 void appendUndefinedThread(VLMDesign& design) {
@@ -18,12 +16,12 @@ void appendUndefinedThread(VLMDesign& design) {
 }
 
 bool saveWithoutColors(VLMDesign& design, const std::filesystem::path& url, std::span<const std::uint8_t> file,
-                       const char* type, VLMError* error) {
+                       const char* type, const ExportOptions& options, VLMError* error) {
     const std::size_t count = design.useThreadFile() ? 0 : design.threads().size();
     VLMDesign renamed;
     renamed.threads().all().reserve(count);
     while (renamed.threads().size() < count) appendUndefinedThread(renamed);
-    if (!saveFile(url, file, error)) return false;
+    if (!saveFile(url, file, options, error)) return false;
     if (!design.useThreadFile()) design.threads().all().swap(renamed.threads().all());
     design.setDesignType(type);
     design.setDesignVersion(10);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <span>
 
+#include "formats/saving.h"
 #include "model/design.h"
 
 namespace velamo {
@@ -16,6 +17,7 @@ void appendUndefinedThread(VLMDesign& design);
 /// and, unless useThreadFile is set, the threads that reading the file gives. False, with the system's error and the
 /// design unchanged, when the file cannot be written.
 [[nodiscard]] bool saveWithoutColors(VLMDesign& design, const std::filesystem::path& url,
-                                     std::span<const std::uint8_t> file, const char* type, VLMError* error);
+                                     std::span<const std::uint8_t> file, const char* type, const ExportOptions& options,
+                                     VLMError* error);
 
 }  // namespace velamo

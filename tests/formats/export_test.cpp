@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
@@ -231,11 +232,59 @@ TEST(Export, SaysWhenMovesCannotBeFitted) {
     EXPECT_EQ(error.message(), "Unable to export embroidery file (moves too large).");
     EXPECT_EQ(error.domain, designErrorDomain);
     EXPECT_EQ(design.stitches(), stitches);
-    // The writer has run all the same; the side file stays for the design to be put right.
+    // The writer has run all the same, but there is no file; the side file stays for the design to be put right.
     EXPECT_EQ(design.designType(), "EXP");
-    EXPECT_TRUE(std::filesystem::exists(folder.path() / "x.exp"));
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "x.exp"));
     EXPECT_TRUE(std::filesystem::exists(folder.path() / "from.threads"));
     EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.exp", nullptr));
+}
+
+/// Whatever the writer makes of such moves, it is another design than the one that is to be kept.
+TEST(Export, LeavesTheOldFileWhenMovesCannotBeFitted) {
+    for (const Format& format : allFormats()) {
+        if (format.writer == nullptr) continue;
+        const TemporaryFolder folder;
+        const auto old = folder.write("old." + std::string(format.extension), test::bytes(1, 2, 3));
+        const auto fresh = folder.path() / ("fresh." + std::string(format.extension));
+        for (const auto& target : {old, fresh}) {
+            VLMDesign design = sewn({stitch(1, 1), test::jump(1e12F, 0), stitch(-1, 1)});
+            design.setXMin(-1);  // bounds that all writers take
+            design.setXMax(1);
+            design.setYMin(-1);
+            design.setYMax(1);
+            VLMError error;
+            EXPECT_FALSE(exportDesignToURLerror(design, target, &error));
+            EXPECT_EQ(error.code, format.type == "DST" ? 132 : 52) << target;  // the writer's own comes first
+        }
+        EXPECT_EQ(readWholeFile(old), test::bytes(1, 2, 3)) << old;
+        EXPECT_FALSE(std::filesystem::exists(fresh)) << fresh;
+    }
+}
+
+TEST(Export, HandsTheFinishedFileToWhoeverWantsIt) {
+    for (const Format& format : allFormats()) {
+        if (format.writer == nullptr) continue;
+        const TemporaryFolder folder;
+        const auto target = folder.path() / ("x." + std::string(format.extension));
+        VLMDesign written = twoColors();
+        ASSERT_TRUE(exportDesignToURLerror(written, target, nullptr, {.dateText = "20260401120000"}));
+        const auto file = readWholeFile(target);
+        std::filesystem::remove(target);
+        std::vector<std::vector<std::uint8_t>> taken;
+        ExportOptions options{.dateText = "20260401120000"};
+        options.save = [&](const std::filesystem::path& url, std::span<const std::uint8_t> bytes, VLMError* error) {
+            EXPECT_EQ(url, target);
+            taken.emplace_back(bytes.begin(), bytes.end());
+            return taken.size() == 1 || failWithSystemError(EDOM, error);
+        };
+        VLMDesign design = twoColors();
+        VLMError error;
+        EXPECT_TRUE(exportDesignToURLerror(design, target, &error, options)) << error.message();
+        EXPECT_FALSE(exportDesignToURLerror(design, target, &error, options));
+        EXPECT_EQ(error.code, EDOM);
+        EXPECT_EQ(taken, (std::vector{file, file}));
+        EXPECT_FALSE(std::filesystem::exists(target));
+    }
 }
 
 TEST(Export, PrefersTheWritersErrorToItsOwn) {
