@@ -27,12 +27,15 @@ import tempfile
 import time
 from pathlib import Path
 
+from tracing import CANNOT_TRACE, may_trace
+
 ERRORS = ("EIO", "ENOSPC", "ESTALE", "EPERM", "EINTR")
 SECONDS_OF_A_RUN = 120
 SECONDS_OF_A_SAMPLE = 45
 
 # Calls that a kernel lets fail for no reason of a disk, or never.
 LEFT_OUT = {
+    "brk": "gives no error but the place of the memory's end, for which strace's number would be taken",
     "execve": "the first is strace's own, and a program that cannot be started does nothing",
     "exit": "cannot fail",
     "exit_group": "cannot fail",
@@ -295,17 +298,6 @@ def try_out(failures, seconds):
                     print(f"{plan.case.name}:{name}:{number}:{error}: {problem}", flush=True)
 
 
-def may_trace():
-    if shutil.which("strace") is None:
-        print("strace is not installed")
-        return False
-    done = subprocess.run(["strace", "-qq", "-o", "/dev/null", "-e", "inject=getppid:error=EIO", "true"],
-                          capture_output=True)
-    if done.returncode != 0:
-        print("programs cannot be traced here: " + done.stderr.decode())
-    return done.returncode == 0
-
-
 def failures_of(options):
     if not options.only:
         plans = [Plan(case) for case in CASES if options.case in (None, case.name)]
@@ -328,7 +320,7 @@ def main():
     options = parser.parse_args()
     PROGRAM, SAMPLES = options.program.resolve(), options.samples.resolve()
     if not may_trace():
-        return 77
+        return CANNOT_TRACE
     failures, seconds = failures_of(options)
     tried, wrong = try_out(failures, seconds)
     print(f"{tried} calls failed, of {len(failures)} that might; after {wrong} of them something was wrong")
