@@ -56,9 +56,13 @@ DesignFailure failureOf(const VLMError& error) {
     return {.domain = std::string(error.domain), .code = error.code, .message = error.message()};
 }
 
-std::optional<FileStamp> stampOfSideFile(const Path& design) {
-    std::error_code error;
+/// Nothing where the design has no side file; `error` is set where the system could not tell this time.
+std::optional<FileStamp> stampOfSideFile(const Path& design, std::error_code& error) {
     const FileState state = stateOfFile(threadFileOf(design), error);
+    if (error && isAbsence(error)) {
+        error.clear();
+        return std::nullopt;
+    }
     if (error || state.kind != FileKind::regular) return std::nullopt;
     return FileStamp{state.size, state.modified};
 }
@@ -255,8 +259,14 @@ private:
         }
         void compare(const FolderEntry& entry, const KnownDesign* known) {
             Path file = folder_ / entry.name;
+            std::error_code error;
+            const auto sideFile = stampOfSideFile(file, error);
+            if (error) {
+                indexing_.noteReason(error);
+                return skip(entry, systemError(error.value()));
+            }
             const DesignStamp stamp{.design = {entry.state.size, entry.state.modified},
-                                    .sideFile = stampOfSideFile(file),
+                                    .sideFile = sideFile,
                                     .reader = indexing_.readerNumber_};
             if (known != nullptr && known->stamp == stamp)
                 indexing_.countUnchanged(*known);

@@ -33,7 +33,7 @@ mode_t permissionsWithout(mode_t permissions, bool isOwnerKept, bool isGroupKept
 }  // namespace
 
 bool isRefusalOfFileSystem(int code) noexcept {
-    return code == EPERM || code == EINVAL || code == ENOTSUP || code == ENOSYS;
+    return code == EPERM || code == EACCES || code == EINVAL || code == ENOTSUP || code == ENOSYS;
 }
 
 FileFeatures::FileFeatures(const std::filesystem::path& file, std::error_code& error) {

@@ -485,6 +485,15 @@ TEST(ReplacingFiles, KeepsAttributes) {
     EXPECT_EQ(attributeOf(file, "user.empty"), "");
 }
 
+TEST(ReplacingFiles, NeedsNotReadTheOldFile) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", "old");
+    if (::setxattr(file.c_str(), "user.note", "kept", 4, 0) != 0) GTEST_SKIP() << "no attributes in this file system";
+    std::filesystem::permissions(file, std::filesystem::perms(0200));
+    EXPECT_TRUE(test::inBoundProcess(folder.path(), [&] { return !replaceFile(file, bytes("new")); }));
+    EXPECT_EQ(TemporaryFolder::read(file), ::geteuid() == 0 ? "new" : "");
+}
+
 /// An access list as the system keeps it: what the owner, user 4321, the group, all of these at most, and others may.
 std::string accessList(std::uint16_t owner, std::uint16_t user, std::uint16_t group, std::uint16_t most,
                        std::uint16_t others) {
