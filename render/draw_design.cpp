@@ -51,6 +51,23 @@ Inks dimmedInksOf(const VLMColor& color) noexcept {
     return inksOf({grey, grey, grey, dimAlpha});
 }
 
+/// Saves the context's state and restores it at the end of the scope, also where drawing breaks off.
+class SavedState {
+public:
+    explicit SavedState(GraphicsContext& context) : context_(context) { context.saveState(); }
+    ~SavedState() {
+        static_cast<void>(operation(nullptr, [&] {
+            context_.restoreState();
+            return true;
+        }));
+    }
+    SavedState(const SavedState&) = delete;
+    SavedState& operator=(const SavedState&) = delete;
+
+private:
+    GraphicsContext& context_;
+};
+
 /// Ways to draw a design.
 struct Look {
     bool show3D = false;
@@ -173,14 +190,13 @@ void StitchPainter::drawRelief(const Move& move) {
     const double x = radius * sine;
     const double y = radius * static_cast<double>(std::cos(angle));
     const bool isClockwise = start.x > end.x;
-    context_.saveState();
+    const SavedState saved(context_);
     // The caps are turned by the sine in place of the angle: steep stitches look a little skewed, as they always have.
     context_.moveTo({start.x + x, start.y - y});
     context_.addArc({end.x, end.y}, radius, sine - quarterTurn, sine + quarterTurn, isClockwise);
     context_.addArc({start.x, start.y}, radius, sine + quarterTurn, sine - quarterTurn, isClockwise);
     context_.clipToPath();
     context_.drawLinearGradient(inks_.relief, {start.x - x, start.y + y}, {start.x + x, start.y - y});
-    context_.restoreState();
 }
 
 void StitchPainter::drawJump(const Move& move) {
@@ -208,10 +224,9 @@ void drawRun(const VLMDesign& design, const VLMRect& rect, GraphicsContext& cont
              std::int64_t showThread) noexcept {
     if (design.stitches().empty() || design.threads().empty()) return;
     const bool isDone = operation(nullptr, [&] {
-        context.saveState();
+        const SavedState saved(context);
         context.setRoundLineCap();
         StitchPainter(design, rect, context, look).draw(run, showThread);
-        context.restoreState();
         return true;
     });
     static_cast<void>(isDone);  // a context that has no memory left tells its owner so

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 #include <random>
 
 #include "platform/bitmap.h"
@@ -232,6 +233,55 @@ TEST(DrawingNothing, WithoutStitchesOrThreads) {
     design = twoStitches();
     design.setStitches({});
     EXPECT_TRUE(drawn(design).operations().empty());
+}
+
+/// A context that can do so many operations, and has no memory for more.
+class TiringContext final : public GraphicsContext {
+public:
+    explicit TiringContext(int operations) noexcept : left_(operations) {}
+    [[nodiscard]] int statesSaved() const noexcept { return statesSaved_; }
+    [[nodiscard]] bool isTired() const noexcept { return left_ < 0; }
+
+    void saveState() override {
+        work();
+        ++statesSaved_;
+    }
+    void restoreState() override { --statesSaved_; }
+    void translate(double, double) override { work(); }
+    void scale(double, double) override { work(); }
+    void setRoundLineCap() override { work(); }
+    void setStrokeColor(const GraphicsColor&) override { work(); }
+    void setFillColor(const GraphicsColor&) override { work(); }
+    void setLineWidth(double) override { work(); }
+    void setLineDash(double, double, double) override { work(); }
+    void clearLineDash() override { work(); }
+    void moveTo(GraphicsPoint) override { work(); }
+    void addLineTo(GraphicsPoint) override { work(); }
+    void addArc(GraphicsPoint, double, double, double, bool) override { work(); }
+    void addRectangle(const GraphicsRectangle&) override { work(); }
+    void strokePath() override { work(); }
+    void fillPath() override { work(); }
+    void clipToPath() override { work(); }
+    void drawLinearGradient(std::span<const GradientStop>, GraphicsPoint, GraphicsPoint) override { work(); }
+
+private:
+    void work() {
+        if (--left_ < 0) throw std::bad_alloc();
+    }
+    int left_;
+    int statesSaved_ = 0;
+};
+
+TEST(DrawingThatBreaksOff, LeavesNoStateSaved) {
+    const auto design = designOf({stitch(0, 0), stitch(10, 0), selected(stitch(0, 10)), jump(5, 5), stitch(3, 4)});
+    int operations = 0;
+    for (bool isTired = true; isTired; ++operations) {
+        TiringContext context(operations);
+        drawInto(context, design, {.show3D = true, .showJumps = true, .showStructure = true});
+        ASSERT_EQ(context.statesSaved(), 0) << operations;
+        isTired = context.isTired();
+    }
+    EXPECT_GT(operations, 30);
 }
 
 TEST(DrawingRelief, CapsOfSteepStitchesAreTurnedByTheSine) {
