@@ -35,14 +35,41 @@ bool flush(int descriptor) noexcept {
     return uninterrupted([&] { return ::fsync(descriptor); }) == 0 || isRefusalOfFileSystem(errno);
 }
 
-/// Writes the bytes to the disk, with the features of the file that is to be replaced.
-bool fill(int descriptor, std::span<const std::uint8_t> bytes, const FileFeatures& features) noexcept {
-    return features.giveTo(descriptor) && writeFully(descriptor, bytes) && flush(descriptor);
+/// What the producer makes, written as it comes. Where it gives up by itself, errno says that it was cancelled.
+bool writeMade(int descriptor, const ByteProducer& produce) {
+    int failure = ECANCELED;
+    const bool isMade = produce([&](std::span<const std::uint8_t> bytes) {
+        const bool isWritten = writeFully(descriptor, bytes);
+        if (!isWritten) failure = errno;
+        return isWritten;
+    });
+    errno = failure;
+    return isMade;
 }
+
+/// Writes the bytes to the disk, with the features of the file that is to be replaced.
+bool fill(int descriptor, const ByteProducer& produce, const FileFeatures& features) {
+    return features.giveTo(descriptor) && writeMade(descriptor, produce) && flush(descriptor);
+}
+
+/// Takes a name away at the end of the scope, also where making the file's bytes throws.
+class Removal {
+public:
+    explicit Removal(const std::string& name) noexcept : name_(&name) {}
+    ~Removal() {
+        if (name_ != nullptr) uninterrupted([this] { return ::unlink(name_->c_str()); });
+    }
+    Removal(const Removal&) = delete;
+    Removal& operator=(const Removal&) = delete;
+    void cancel() noexcept { name_ = nullptr; }
+
+private:
+    const std::string* name_;
+};
 
 /// A file in the target's folder of a name that no other has, put in the target's place when it is whole. A process
 /// that is killed meanwhile leaves it behind.
-std::error_code putTemporaryFile(const std::filesystem::path& target, std::span<const std::uint8_t> bytes,
+std::error_code putTemporaryFile(const std::filesystem::path& target, const ByteProducer& produce,
                                  const FileFeatures& features) {
     constexpr int mostAttempts = 100;
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
@@ -54,12 +81,12 @@ std::error_code putTemporaryFile(const std::filesystem::path& target, std::span<
         }));
         if (!file.isOpen() && errno == EEXIST) continue;
         if (!file.isOpen()) return lastSystemError();
-        if (fill(file.number(), bytes, features) && file.close() &&
-            uninterrupted([&] { return ::rename(name.c_str(), target.c_str()); }) == 0)
-            return {};
-        const std::error_code failure = lastSystemError();
-        uninterrupted([&] { return ::unlink(name.c_str()); });
-        return failure;
+        Removal removal(name);
+        if (!fill(file.number(), produce, features) || !file.close() ||
+            uninterrupted([&] { return ::rename(name.c_str(), target.c_str()); }) != 0)
+            return lastSystemError();
+        removal.cancel();
+        return {};
     }
     return std::make_error_code(std::errc::file_exists);
 }
@@ -140,15 +167,15 @@ std::filesystem::path withoutLinks(std::filesystem::path path, std::error_code& 
     }
 }
 
-std::error_code putInPlace(const std::filesystem::path& target, std::span<const std::uint8_t> bytes,
+std::error_code putInPlace(const std::filesystem::path& target, const ByteProducer& produce,
                            const FileFeatures& features) {
     NamelessFile nameless(target, features);
     if (nameless.isOpen()) {
-        if (!fill(nameless.number(), bytes, features)) return lastSystemError();
+        if (!fill(nameless.number(), produce, features)) return lastSystemError();
         if (nameless.moveTo(target)) return {};
     }
     // Where that does not work, an ordinary file does, or it fails with the reason that counts.
-    return putTemporaryFile(target, bytes, features);
+    return putTemporaryFile(target, produce, features);
 }
 
 /// Makes the renaming itself durable. The new file is in place, so that it is too late for a failure: where the folder
@@ -222,14 +249,14 @@ std::vector<std::uint8_t> readWholeFile(const std::filesystem::path& path) {
     return std::move(content.bytes);
 }
 
-std::error_code replaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+std::error_code replaceFileBy(const std::filesystem::path& path, const ByteProducer& produce) {
     std::error_code error;
     const auto target = withoutLinks(path, error);
     if (error) return error;
     const FileFeatures features(target, error);
     if (error) return error;
     const auto folder = target.parent_path();  // now: when the file is in place, nothing may fail any more
-    if (const auto failure = putInPlace(target, bytes, features)) return failure;
+    if (const auto failure = putInPlace(target, produce, features)) return failure;
     flushFolder(folder);
     return {};
 }
@@ -246,6 +273,10 @@ std::error_code fillEmptyFile(const std::filesystem::path& path, std::span<const
     if (failure) uninterrupted([&] { return ::ftruncate(file.number(), 0); });
     if (!file.close() && !failure) failure = lastSystemError();
     return failure;
+}
+
+std::error_code replaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    return replaceFileBy(path, [bytes](const ByteSink& sink) { return sink(bytes); });
 }
 
 }  // namespace velamo

@@ -2,9 +2,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <system_error>
 #include <vector>
+
+#include "platform/byte_sink.h"
 
 namespace velamo {
 
@@ -50,5 +53,12 @@ struct FileContent {
 /// it is no regular file.
 [[nodiscard]] std::error_code fillEmptyFile(const std::filesystem::path& path,
                                             std::span<const std::uint8_t> bytes) noexcept;
+
+/// Makes all bytes of a file, passing them to the sink piece by piece, and says whether it could.
+using ByteProducer = std::function<bool(const ByteSink&)>;
+
+/// The same with bytes that are written as they are made, so that a large file takes no memory. Where the first way of
+/// writing does not work, `produce` is asked once more. ECANCELED when it gives up although every piece was written.
+[[nodiscard]] std::error_code replaceFileBy(const std::filesystem::path& path, const ByteProducer& produce);
 
 }  // namespace velamo

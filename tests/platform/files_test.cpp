@@ -14,6 +14,7 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <new>
 #include <random>
 #include <string>
 #include <thread>
@@ -207,6 +208,26 @@ TEST(ReplacingFiles, RefusesAFolderAndAMissingFolder) {
     EXPECT_EQ(replaceFile(folder.path(), bytes("new")), std::errc::is_a_directory);
     EXPECT_EQ(replaceFile(folder.path() / "missing/file", bytes("new")), std::errc::no_such_file_or_directory);
     EXPECT_EQ(entriesIn(folder.path()), 0U);
+}
+
+TEST(ReplacingFilesByPieces, PutsThemBehindEachOther) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", bytes("old"));
+    EXPECT_FALSE(replaceFileBy(file, [](const ByteSink& sink) { return sink(bytes("one ")) && sink(bytes("two")); }));
+    EXPECT_EQ(readWholeFile(file), bytes("one two"));
+    EXPECT_EQ(entriesIn(folder.path()), 1U);
+}
+
+TEST(ReplacingFilesByPieces, LeavesTheOldFileWhereTheProducerGivesUp) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", bytes("old"));
+    const auto giveUp = [](const ByteSink& sink) { return sink(bytes("new")) && false; };
+    EXPECT_EQ(replaceFileBy(file, giveUp), std::errc::operation_canceled);
+    EXPECT_EQ(replaceFileBy(folder.path() / "other", giveUp), std::errc::operation_canceled);
+    EXPECT_THROW(static_cast<void>(replaceFileBy(file, [](const ByteSink&) -> bool { throw std::bad_alloc(); })),
+                 std::bad_alloc);
+    EXPECT_EQ(readWholeFile(file), bytes("old"));
+    EXPECT_EQ(entriesIn(folder.path()), 1U);
 }
 
 TEST(ReplacingFiles, LeavesTheOldFileWhenTheNewOneDoesNotFit) {
