@@ -27,8 +27,6 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-using Bytes = std::vector<std::uint8_t>;
-
 double scaleOf(const RenderRequest& request, const VLMDesign& design) {
     return request.size ? scaleForLongerSide(design, *request.size) : request.scale;
 }
@@ -39,29 +37,30 @@ DesignLook lookOf(const RenderRequest& request) {
     return look;
 }
 
-std::optional<Bytes> pngOf(const RenderRequest& request, const VLMDesign& design) {
+bool writePng(const RenderRequest& request, const VLMDesign& design, const ByteSink& sink) {
     const auto bitmap = bitmapOf(design, scaleOf(request, design), lookOf(request));
-    return bitmap ? bitmap->png() : std::nullopt;
+    const auto png = bitmap ? bitmap->png() : std::nullopt;
+    return png && sink(*png);
 }
 
-std::optional<Bytes> svgOf(const RenderRequest& request, const VLMDesign& design) {
-    return svgOf(design, lookOf(request));
+bool writeSvg(const RenderRequest& request, const VLMDesign& design, const ByteSink& sink) {
+    return writeSvgOf(design, lookOf(request), sink);
 }
 
-std::optional<Bytes> pdfOf(const RenderRequest& request, const VLMDesign& design) {
-    return pdfOf(design, lookOf(request));
+bool writePdf(const RenderRequest& request, const VLMDesign& design, const ByteSink& sink) {
+    return writePdfOf(design, lookOf(request), sink);
 }
 
 /// A kind of picture; of no more pixels than a bitmap can have, where it has some.
 struct PictureKind {
     std::string_view extension;
-    std::optional<Bytes> (*draw)(const RenderRequest& request, const VLMDesign& design);
+    bool (*write)(const RenderRequest& request, const VLMDesign& design, const ByteSink& sink);
     bool hasPixels;
 };
 constexpr std::array<PictureKind, 3> pictureKinds{{
-    {"png", pngOf, true},
-    {"svg", svgOf, false},
-    {"pdf", pdfOf, false},
+    {"png", writePng, true},
+    {"svg", writeSvg, false},
+    {"pdf", writePdf, false},
 }};
 
 const PictureKind& kindOf(const std::filesystem::path& picture) {
@@ -101,13 +100,13 @@ void reportUndrawn(const RenderRequest& request, const PictureKind& kind, const 
 
 ExitStatus writePicture(const RenderRequest& request, const PictureKind& kind, const VLMDesign& design,
                         const Console& console) {
-    const auto bytes = kind.draw(request, design);
-    if (!bytes) {
+    const std::error_code failure =
+        replaceFileBy(request.picture, [&](const ByteSink& sink) { return kind.write(request, design, sink); });
+    if (!failure) return ExitStatus::success;
+    if (failure == std::errc::operation_canceled) {
         reportUndrawn(request, kind, design, console);
         return ExitStatus::failure;
     }
-    const std::error_code failure = replaceFile(request.picture, *bytes);
-    if (!failure) return ExitStatus::success;
     VLMError error;
     failWithSystemError(failure.value(), &error);
     reportProblem(console, request.picture, error);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/visible_line.h"
+
 namespace velamo {
 namespace {
 
@@ -12,32 +14,8 @@ constexpr double farthestOnDevice = 1 << 20;
 /// How exactly curves are followed; a bitmap's pixel has cairo's own tolerance then.
 constexpr double toleranceOfHairline = 0.1;
 
-/// The ends, as fractions of the way from 0 to `delta`, between which `from + fraction * delta` lies within the limits.
-struct Fractions {
-    double first = 0;
-    double last = 1;
-    void narrow(double from, double delta, double low, double high) noexcept {
-        if (delta == 0) {
-            if (from < low || from > high) last = -1;
-            return;
-        }
-        const double atLow = (low - from) / delta;
-        const double atHigh = (high - from) / delta;
-        first = std::max(first, std::min(atLow, atHigh));
-        last = std::min(last, std::max(atLow, atHigh));
-    }
-    [[nodiscard]] bool isEmpty() const noexcept { return !(first <= last); }
-};
-
 bool isFinite(GraphicsPoint point) noexcept {
     return std::isfinite(point.x) && std::isfinite(point.y);
-}
-
-/// Inside the rectangle also where the way was so long that the fraction is inexact.
-GraphicsPoint pointAt(double fraction, GraphicsPoint start, GraphicsPoint end, const GraphicsRectangle& area) noexcept {
-    const double x = start.x + fraction * (end.x - start.x);
-    const double y = start.y + fraction * (end.y - start.y);
-    return {std::clamp(x, area.x, area.x + area.width), std::clamp(y, area.y, area.y + area.height)};
 }
 
 /// cairo clamps components itself, but not those that are no numbers.
@@ -145,17 +123,12 @@ GraphicsRectangle CairoContext::visibleArea(double margin) const noexcept {
 
 /// False when nothing of the line can be seen.
 bool CairoContext::replaceByVisiblePart() {
-    if (!isFinite(line_.start) || !isFinite(line_.end)) return false;
-    const GraphicsRectangle area = visibleArea(widthInUse());
-    const auto [start, end] = line_;
-    Fractions visible;
-    visible.narrow(start.x, end.x - start.x, area.x, area.x + area.width);
-    visible.narrow(start.y, end.y - start.y, area.y, area.y + area.height);
-    if (visible.isEmpty()) return false;
+    const auto visible = visibleLine(line_.start, line_.end, visibleArea(widthInUse()));
+    if (!visible) return false;
     forgetPath();
-    dashStart_ = visible.first * std::hypot(end.x - start.x, end.y - start.y);
-    moveTo(visible.first > 0 ? pointAt(visible.first, start, end, area) : start);
-    addLineTo(visible.last < 1 ? pointAt(visible.last, start, end, area) : end);
+    dashStart_ = visible->skipped;
+    moveTo(visible->start);
+    addLineTo(visible->end);
     return !isPathLost_;
 }
 

@@ -1,64 +1,69 @@
 #include "platform/vector_picture.h"
 
-#include <cairo-pdf.h>
-#include <cairo-svg.h>
-
 #include <cmath>
 
-#include "platform/cairo_context.h"
-#include "platform/cairo_stream.h"
+#include "platform/pdf_writer.h"
+#include "platform/shape_context.h"
+#include "platform/shape_grid.h"
+#include "platform/svg_writer.h"
 
 namespace velamo {
 namespace {
 
-constexpr double millimetresOfInch = 25.4;
-constexpr double pointsOfInch = 72;
-constexpr double pointsOfMillimetre = pointsOfInch / millimetresOfInch;
-constexpr double hairlinesOfInch = 300;  // a pixel of a common printer
-
 using Bytes = std::optional<std::vector<std::uint8_t>>;
+using YAxis = ShapeContext::YAxis;
 
 bool isSize(double length) noexcept {
     return std::isfinite(length) && length > 0;
 }
 
-/// A surface has `unitsOfMillimetre` of its units in a millimetre.
-struct Kind {
-    cairo_surface_t* (*create)(cairo_write_func_t write, void* closure, double width, double height);
-    double unitsOfMillimetre;
-};
-
-cairo_surface_t* createSvg(cairo_write_func_t write, void* closure, double width, double height) {
-    cairo_surface_t* const surface = cairo_svg_surface_create_for_stream(write, closure, width, height);
-    cairo_svg_surface_set_document_unit(surface, CAIRO_SVG_UNIT_MM);
-    return surface;
+/// Looks for inks and grid first, as they stand at the file's start, and draws then.
+template <class Writer>
+bool write(double width, double height, YAxis axis, const Painter& painter, const ByteSink& sink) {
+    if (!isSize(width) || !isSize(height)) return false;
+    ShapeSurvey survey;
+    ShapeContext looker(width, height, axis, survey);
+    painter(looker);
+    if (!looker.isSound()) return false;
+    const ShapeGrid grid{survey.step()};
+    Writer writer(width, height, grid, survey.inks(), sink);
+    ShapeWindow window(grid, survey.inks(), [&](const GridShape& shape) { writer.write(shape); });
+    ShapeContext context(width, height, axis, window);
+    painter(context);
+    if (!context.isSound()) return false;
+    window.finish();
+    return writer.finish();
 }
 
-Bytes picture(const Kind& kind, double width, double height, const Painter& painter) {
-    if (!isSize(width) || !isSize(height)) return std::nullopt;
+Bytes bytesOf(bool (*write)(double, double, const Painter&, const ByteSink&), double width, double height,
+              const Painter& painter) {
     std::vector<std::uint8_t> bytes;
-    const double units = kind.unitsOfMillimetre;
-    const CairoSurface surface(kind.create(appendBytes, &bytes, width * units, height * units));
-    {
-        CairoContext context(surface.get(), height * units, units * millimetresOfInch / hairlinesOfInch);
-        context.scale(units, units);
-        painter(context);
-        if (!context.isSound()) return std::nullopt;
-    }
-    cairo_surface_finish(surface.get());
-    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return std::nullopt;
+    const auto append = [&bytes](std::span<const std::uint8_t> piece) {
+        bytes.insert(bytes.end(), piece.begin(), piece.end());
+        return true;
+    };
+    if (!write(width, height, painter, append)) return std::nullopt;
     return bytes;
 }
 
 }  // namespace
 
+bool writeSvgPicture(double widthInMillimetres, double heightInMillimetres, const Painter& painter,
+                     const ByteSink& sink) {
+    return write<SvgWriter>(widthInMillimetres, heightInMillimetres, YAxis::down, painter, sink);
+}
+
+bool writePdfPicture(double widthInMillimetres, double heightInMillimetres, const Painter& painter,
+                     const ByteSink& sink) {
+    return write<PdfWriter>(widthInMillimetres, heightInMillimetres, YAxis::up, painter, sink);
+}
+
 Bytes svgPicture(double widthInMillimetres, double heightInMillimetres, const Painter& painter) {
-    return picture({createSvg, 1}, widthInMillimetres, heightInMillimetres, painter);
+    return bytesOf(writeSvgPicture, widthInMillimetres, heightInMillimetres, painter);
 }
 
 Bytes pdfPicture(double widthInMillimetres, double heightInMillimetres, const Painter& painter) {
-    return picture({cairo_pdf_surface_create_for_stream, pointsOfMillimetre}, widthInMillimetres, heightInMillimetres,
-                   painter);
+    return bytesOf(writePdfPicture, widthInMillimetres, heightInMillimetres, painter);
 }
 
 }  // namespace velamo

@@ -25,6 +25,24 @@ Painter painterOf(const VLMDesign& design, double scale, const DesignLook& look)
     };
 }
 
+bool writePicture(bool (*write)(double width, double height, const Painter&, const ByteSink&), const VLMDesign& design,
+                  const DesignLook& look, const ByteSink& sink) {
+    const VLMRect rect = pictureRectOf(design);
+    return write(rect.width / tenthsOfMillimetre, rect.height / tenthsOfMillimetre,
+                 painterOf(design, 1 / tenthsOfMillimetre, look), sink);
+}
+
+std::optional<std::vector<std::uint8_t>> bytesOf(bool (*write)(const VLMDesign&, const DesignLook&, const ByteSink&),
+                                                 const VLMDesign& design, const DesignLook& look) {
+    std::vector<std::uint8_t> bytes;
+    const auto append = [&bytes](std::span<const std::uint8_t> piece) {
+        bytes.insert(bytes.end(), piece.begin(), piece.end());
+        return true;
+    };
+    if (!write(design, look, append)) return std::nullopt;
+    return bytes;
+}
+
 }  // namespace
 
 VLMRect pictureRectOf(const VLMDesign& design) noexcept {
@@ -53,16 +71,20 @@ std::optional<Bitmap> bitmapOf(const VLMDesign& design, double scale, const Desi
     return bitmap;
 }
 
+bool writeSvgOf(const VLMDesign& design, const DesignLook& look, const ByteSink& sink) {
+    return writePicture(writeSvgPicture, design, look, sink);
+}
+
+bool writePdfOf(const VLMDesign& design, const DesignLook& look, const ByteSink& sink) {
+    return writePicture(writePdfPicture, design, look, sink);
+}
+
 std::optional<std::vector<std::uint8_t>> svgOf(const VLMDesign& design, const DesignLook& look) {
-    const VLMRect rect = pictureRectOf(design);
-    return svgPicture(rect.width / tenthsOfMillimetre, rect.height / tenthsOfMillimetre,
-                      painterOf(design, 1 / tenthsOfMillimetre, look));
+    return bytesOf(writeSvgOf, design, look);
 }
 
 std::optional<std::vector<std::uint8_t>> pdfOf(const VLMDesign& design, const DesignLook& look) {
-    const VLMRect rect = pictureRectOf(design);
-    return pdfPicture(rect.width / tenthsOfMillimetre, rect.height / tenthsOfMillimetre,
-                      painterOf(design, 1 / tenthsOfMillimetre, look));
+    return bytesOf(writePdfOf, design, look);
 }
 
 }  // namespace velamo

@@ -6,6 +6,7 @@
 
 #include "model/design.h"
 #include "platform/bitmap.h"
+#include "platform/byte_sink.h"
 
 namespace velamo {
 
@@ -34,7 +35,12 @@ struct PictureSize {
 /// A picture on a transparent ground. Nothing when its size is none, or more than a bitmap can have, or memory ran out.
 [[nodiscard]] std::optional<Bitmap> bitmapOf(const VLMDesign& design, double scale, const DesignLook& look);
 
-/// The same picture as lines and areas, in true size. Nothing when it has no size or memory ran out.
+/// The same picture as lines and areas, in true size: its file goes into the sink as it is made. False when the sink
+/// refuses, the picture has no size or memory ran out.
+[[nodiscard]] bool writeSvgOf(const VLMDesign& design, const DesignLook& look, const ByteSink& sink);
+[[nodiscard]] bool writePdfOf(const VLMDesign& design, const DesignLook& look, const ByteSink& sink);
+
+/// The same in memory. Nothing on failure.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> svgOf(const VLMDesign& design, const DesignLook& look);
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> pdfOf(const VLMDesign& design, const DesignLook& look);
 

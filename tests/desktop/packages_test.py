@@ -60,7 +60,8 @@ class Contents(PackageTest):
 
     def test_dependencies_are_those_of_the_libraries_used(self):
         depends = self.field("velamo", "Depends")
-        for package in ("libc6 ", "libcairo2 ", "libicu", "libplist", "libseccomp2 ", "libsqlite3-0 ", "libstdc++6 "):
+        for package in ("libc6 ", "libcairo2 ", "libicu", "libplist", "libseccomp2 ", "libsqlite3-0 ", "libstdc++6 ",
+                        "zlib1g "):
             self.assertIn(package, depends)
         version = self.field("velamo", "Version")
         self.assertEqual(self.field("velamo-dev", "Depends"), f"velamo (= {version})")

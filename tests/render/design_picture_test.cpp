@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <string>
 
 #include "platform/files.h"
 #include "tests/support/png.h"
 #include "tests/support/stitches.h"
+#include "tests/support/vector_files.h"
 
 namespace velamo {
 namespace {
@@ -196,6 +198,98 @@ TEST(VectorPictures, HaveTheDesignsSizeAndOneMillimetreRoundIt) {
     EXPECT_NE(textOf(pdfOf(letterF(), {})).find("/MediaBox [ 0 0 20.976378 28.346457 ]"), std::string::npos);
     EXPECT_FALSE(svgOf(designOfSize(0, 0, -30, 5), {}));
     EXPECT_FALSE(pdfOf(designOfSize(0, 0, 5, -20), {}));
+}
+
+void widenBounds(VLMDesign& design) {
+    VLMPoint place;
+    for (const VLMStitch& each : design.stitches()) {
+        place = {place.x + each.deltaX(), place.y + each.deltaY()};
+        design.setXMin(std::min(design.xMin(), static_cast<float>(place.x)));
+        design.setYMin(std::min(design.yMin(), static_cast<float>(place.y)));
+        design.setXMax(std::max(design.xMax(), static_cast<float>(place.x)));
+        design.setYMax(std::max(design.yMax(), static_cast<float>(place.y)));
+    }
+}
+
+/// Rows of stitches to and fro, in two colours.
+VLMDesign fillOf(std::size_t count) {
+    std::mt19937 random(3);
+    std::vector<VLMStitch> stitches{stitch(0, 0)};
+    float x = 0;
+    float direction = 1;
+    for (std::size_t i = 1; i < count; ++i) {
+        const auto length = static_cast<float>(20 + random() % 11);
+        if (x + direction * length < 0 || x + direction * length > 1500) direction = -direction;
+        x += direction * length;
+        stitches.push_back(i == count / 2 ? change(direction * length, 0)
+                                          : stitch(direction * length, static_cast<float>(random() % 7) - 3));
+    }
+    VLMDesign design = designOfSize(0, 0, 0, 0);
+    design.setStitches(std::move(stitches));
+    design.setThreads({threadOf(0.1, 0.3, 0.8), threadOf(0.95, 0.75, 0.1)});
+    design.setDisplayRange({0, count});
+    widenBounds(design);
+    return design;
+}
+
+/// The same off the tenths of a millimetre, as turned designs are.
+VLMDesign turnedFillOf(std::size_t count) {
+    VLMDesign design = fillOf(count);
+    const float cosine = std::cos(0.4F);
+    const float sine = std::sin(0.4F);
+    for (VLMStitch& each : design.stitches().all())
+        each = VLMStitch(each.deltaX() * cosine - each.deltaY() * sine, each.deltaX() * sine + each.deltaY() * cosine,
+                         false, each.isColorChange());
+    widenBounds(design);
+    return design;
+}
+
+struct BytesRow {
+    const char* name;
+    bool (*write)(const VLMDesign&, const DesignLook&, const ByteSink&);
+    DesignLook look;
+    double mostOfStitch;
+};
+void PrintTo(const BytesRow& row, std::ostream* out) {
+    *out << row.name;
+}
+class BytesOfPicture : public testing::TestWithParam<BytesRow> {};
+TEST_P(BytesOfPicture, AreFewForAStitch) {
+    const auto& row = GetParam();
+    constexpr std::size_t count = 20000;
+    for (VLMDesign (*const design)(std::size_t) : {fillOf, turnedFillOf}) {
+        std::size_t bytes = 0;
+        EXPECT_TRUE(row.write(design(count), row.look, [&](std::span<const std::uint8_t> piece) {
+            bytes += piece.size();
+            return true;
+        }));
+        EXPECT_LE(static_cast<double>(bytes) / count, row.mostOfStitch) << (design == fillOf ? "straight" : "turned");
+        EXPECT_GE(static_cast<double>(bytes) / count, row.mostOfStitch / 5);
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Rows, BytesOfPicture,
+                         testing::Values(BytesRow{"svg", writeSvgOf, {}, 70},
+                                         BytesRow{"svgInRelief", writeSvgOf, {.show3D = true}, 250},
+                                         BytesRow{"pdf", writePdfOf, {}, 20},
+                                         BytesRow{"pdfInRelief", writePdfOf, {.show3D = true}, 60},
+                                         BytesRow{"pdfWithStructure", writePdfOf, {.showStructure = true}, 25}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(VectorPictures, HaveOutlineAndThreadOfEachStitchWhereItLies) {
+    const auto paths = test::pathsOfSvg(textOf(svgOf(letterF(), {.showThread = 1})));
+    ASSERT_EQ(paths.size(), 18U);  // the way to the second thread's place and its eight stitches
+    VLMPoint end;
+    for (std::size_t i = 0; i < paths.size(); i += 2) {
+        EXPECT_NE(paths[i].rule.find("stroke:#bf8c00;"), std::string::npos) << i;
+        EXPECT_NE(paths[i + 1].rule.find("stroke:#f2bf1a;"), std::string::npos) << i;
+        EXPECT_EQ(paths[i].points, paths[i + 1].points);
+        const std::pair lastEnd(end.x, end.y);
+        EXPECT_TRUE(i == 0 || paths[i].points[0] == lastEnd) << i;
+        end = {paths[i].points[1].first, paths[i].points[1].second};
+        const double length =
+            std::hypot(end.x - paths[i].points[0].first, end.y - paths[i].points[0].second) / 50;  // fiftieths
+        EXPECT_NEAR(length, i == 0 ? std::hypot(0.4, 2) : 1, 0.03) << i;
+    }
 }
 
 }  // namespace
