@@ -194,6 +194,31 @@ NumberMarks numberMarksOf(const std::string& locale) {
             utf8(symbols.getConstSymbol(Symbols::kMinusSignSymbol))};
 }
 
+LocaleDigits::LocaleDigits(const std::string& locale) {
+    using Symbols = icu::DecimalFormatSymbols;
+    UErrorCode status = U_ZERO_ERROR;
+    const Symbols symbols(icu::Locale(locale.c_str()), status);
+    for (std::size_t digit = 0; digit < digits_.size(); ++digit) {
+        // The sign for zero stands apart from the others, which follow one another.
+        const auto symbol = digit == 0
+                                ? Symbols::kZeroDigitSymbol
+                                : static_cast<Symbols::ENumberFormatSymbol>(Symbols::kOneDigitSymbol + digit - 1);
+        digits_.at(digit) = U_SUCCESS(status) ? utf8(symbols.getConstSymbol(symbol)) : std::to_string(digit);
+    }
+}
+
+std::string LocaleDigits::writing(std::string_view number) const {
+    std::string text;
+    text.reserve(number.size());
+    for (const char letter : number) {
+        if (letter >= '0' && letter <= '9')
+            text += digits_.at(static_cast<std::size_t>(letter - '0'));
+        else
+            text += letter;
+    }
+    return text;
+}
+
 std::optional<double> scanNumber(std::string_view text, const NumberMarks& marks) {
     return NumberScanner(text, marks).take();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,6 +34,17 @@ struct NumberMarks {
 
 /// The marks of a locale (ICU names).
 [[nodiscard]] NumberMarks numberMarksOf(const std::string& locale);
+
+/// The digits that a locale (ICU names) writes numbers with.
+class LocaleDigits {
+public:
+    explicit LocaleDigits(const std::string& locale);
+    /// The text of a number, with the locale's digits in place of ASCII ones.
+    [[nodiscard]] std::string writing(std::string_view number) const;
+
+private:
+    std::array<std::string, 10> digits_;  // UTF-8
+};
 
 /// The number at the start of a text: white space is skipped, what follows the number is ignored. Nothing when the text
 /// does not start with a number. A number is a sign, digits of any script, a decimal mark and more digits, and an

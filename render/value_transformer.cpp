@@ -58,6 +58,12 @@ struct TypeOfValue {
     const std::type_info& operator()(const std::any& other) const noexcept { return other.type(); }
 };
 
+/// How numbers in the unit are written; of 32nds, those alone that are not finite.
+const char* patternFor(MeasurementUnit unit) noexcept {
+    if (unit == MeasurementUnit::decimalInches) return "#,##0.00";
+    return unit == MeasurementUnit::fractionalInches ? "0" : "#,##0.0";
+}
+
 /// A count of 32nds above 0 in lowest terms: "15/32", "1/2".
 std::string reducedThirtySeconds(std::int32_t count) {
     std::int32_t denominator = 32;
@@ -121,24 +127,31 @@ Text VLMValueTransformer::transformedValue(const VLMTransformableValue& value) c
     if (!millimetres) {
         throw VLMInternalInconsistencyException("Value (" + value.typeName() + ") does not respond to -floatValue.");
     }
+    return LengthFormatter(static_cast<MeasurementUnit>(unit_()), locale_).text(*millimetres);
+}
+
+LengthFormatter::LengthFormatter(MeasurementUnit unit, const std::string& locale)
+    : unit_(unit), numbers_(patternFor(unit), locale) {}
+
+LengthFormatter LengthFormatter::ofUser() {
+    return {static_cast<MeasurementUnit>(measurementUnitOfUser()), numberLocaleOfUser()};
+}
+
+std::string LengthFormatter::text(float millimetres) const {
     // The quotient is made in double precision and only then narrowed: it decides which 32nd a length is cut to.
-    const auto inches = static_cast<float>(*millimetres / millimetresPerInch);
-    switch (static_cast<MeasurementUnit>(unit_())) {
+    const auto inches = static_cast<float>(millimetres / millimetresPerInch);
+    switch (unit_) {
         case MeasurementUnit::decimalInches:
-            return formatted("#,##0.00", inches) + inchMark;
+            return numbers_.format(inches) + inchMark;
         case MeasurementUnit::fractionalInches:
             return textInThirtySeconds(inches) + inchMark;
         default:
-            return formatted("#,##0.0", *millimetres) + " mm";
+            return numbers_.format(millimetres) + " mm";
     }
 }
 
-std::string VLMValueTransformer::formatted(const char* pattern, float value) const {
-    return PatternNumberFormatter(pattern, locale_).format(value);
-}
-
-std::string VLMValueTransformer::textInThirtySeconds(float inches) const {
-    if (!std::isfinite(inches)) return formatted("0", inches);
+std::string LengthFormatter::textInThirtySeconds(float inches) const {
+    if (!std::isfinite(inches)) return numbers_.format(inches);
     const std::int32_t whole = integerOf(inches);
     const float fraction = inches - std::trunc(inches);
     const std::int32_t thirtySeconds = std::abs(integerOf(fraction * 32));

@@ -71,6 +71,23 @@ private:
     std::variant<std::monostate, double, std::string, VLMStyledText, std::any> value_;
 };
 
+/// Writes lengths in one unit and locale. It asks nothing when it writes, as a table of many rows needs it.
+class LengthFormatter {
+public:
+    LengthFormatter(MeasurementUnit unit, const std::string& locale);
+    /// In the unit of the user's preference file, as it is now, and the user's locale.
+    [[nodiscard]] static LengthFormatter ofUser();
+
+    /// As VLMValueTransformer::transformedValue writes it.
+    [[nodiscard]] std::string text(float millimetres) const;
+
+private:
+    [[nodiscard]] std::string textInThirtySeconds(float inches) const;
+
+    MeasurementUnit unit_;
+    PatternNumberFormatter numbers_;
+};
+
 /// The transformer was given a value that it cannot measure; a fault of the program, not of its input.
 class VLMInternalInconsistencyException : public std::logic_error {
 public:
@@ -109,8 +126,6 @@ public:
     [[nodiscard]] VLMTransformableValue reverseTransformedValue(const VLMTransformableValue& value) const;
 
 private:
-    [[nodiscard]] std::string formatted(const char* pattern, float value) const;
-    [[nodiscard]] std::string textInThirtySeconds(float inches) const;
     [[nodiscard]] double numberIn(std::string_view text) const;
     [[nodiscard]] double fractionOf(std::string_view beforeSlash, std::string_view denominator) const;
     [[nodiscard]] bool isInInches(std::string_view text) const;

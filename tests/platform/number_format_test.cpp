@@ -46,6 +46,25 @@ TEST(PatternFormat, RefusesWhatIsNoPattern) {
     EXPECT_THROW(PatternNumberFormatter("0.0.0'", "en_US"), std::invalid_argument);
 }
 
+struct DigitsRow {
+    const char* name;
+    const char* locale;
+    const char* number;
+    const char* text;
+};
+class Digits : public testing::TestWithParam<DigitsRow> {};
+TEST_P(Digits, AreThoseOfTheLocale) {
+    EXPECT_EQ(LocaleDigits(GetParam().locale).writing(GetParam().number), GetParam().text);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, Digits,
+                         testing::Values(DigitsRow{"English", "en_US", "1 15/32\"", "1 15/32\""},
+                                         DigitsRow{"OfMachines", "en_US_POSIX", "0123456789", "0123456789"},
+                                         DigitsRow{"Egypt", "ar_EG", "0123456789",
+                                                   "\u0660\u0661\u0662\u0663\u0664\u0665\u0666\u0667\u0668\u0669"},
+                                         DigitsRow{"Persian", "fa_IR", "-10.5", "-\u06F1\u06F0.\u06F5"},
+                                         DigitsRow{"Unknown", "xx_YY", "12", "12"}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
 struct ScanRow {
     const char* name;
     const char* locale;
