@@ -19,11 +19,23 @@ std::string escapedByte(char byte) {
     return {'\\', 'x', digits[value >> 4U], digits[value & 0xFU]};
 }
 
+/// Whether a terminal or a page would do something else than show the character.
 bool isObeyed(UChar32 character) {
     // Besides the control characters: marks that turn the direction of writing, and line and paragraph separators.
     const int category = u_charType(character);
     return category == U_CONTROL_CHAR || category == U_LINE_SEPARATOR || category == U_PARAGRAPH_SEPARATOR ||
-           (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
+           u_hasBinaryProperty(character, UCHAR_BIDI_CONTROL) != 0;
+}
+
+void appendEscaped(std::string& text, const Utf8Character& character) {
+    if (character.code == '\t')
+        text += "\\t";
+    else
+        for (const char byte : character.bytes) text += escapedByte(byte);
+}
+
+bool isShown(const Utf8Character& character) {
+    return character.code >= 0 && !isObeyed(character.code);
 }
 
 int descriptorOf(StandardStream stream) noexcept {
@@ -91,17 +103,46 @@ bool isTerminal(StandardStream stream) noexcept {
 std::string escapedForTerminal(std::string_view text) {
     std::string escaped;
     while (!text.empty()) {
-        const auto [code, bytes] = takeCharacter(text);
-        if (code == '\\' || code == '\n' || code == '\t') {
-            escaped += '\\';
-            escaped += code == '\n' ? 'n' : code == '\t' ? 't' : '\\';
-        } else if (code < 0 || isObeyed(code)) {
-            for (const char byte : bytes) escaped += escapedByte(byte);
-        } else {
-            escaped += bytes;
-        }
+        const auto character = takeCharacter(text);
+        if (character.code == '\\' || character.code == '\n')
+            escaped += character.code == '\n' ? "\\n" : "\\\\";
+        else if (isShown(character))
+            escaped += character.bytes;
+        else
+            appendEscaped(escaped, character);
     }
     return escaped;
+}
+
+std::string linesForTerminal(std::string_view text) {
+    std::string lines;
+    lines.reserve(text.size());
+    while (!text.empty()) {
+        const auto character = takeCharacter(text);
+        if (character.code == '\n' || isShown(character))
+            lines += character.bytes;
+        else
+            appendEscaped(lines, character);
+    }
+    return lines;
+}
+
+std::string harmlessJson(std::string_view json) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string harmless;
+    harmless.reserve(json.size());
+    while (!json.empty()) {
+        const auto character = takeCharacter(json);
+        // What JSON's own rules leave in a text stands in the first plane; the spaces between values are no texts.
+        if (character.code < 0x7F || !isObeyed(character.code)) {
+            harmless += character.bytes;
+            continue;
+        }
+        const auto code = static_cast<std::uint32_t>(character.code);
+        harmless += "\\u";
+        for (const unsigned shift : {12U, 8U, 4U, 0U}) harmless += digits[code >> shift & 0xFU];
+    }
+    return harmless;
 }
 
 void adoptUserLanguage() noexcept {

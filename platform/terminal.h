@@ -28,9 +28,17 @@ struct TerminalSize {
 };
 [[nodiscard]] TerminalSize terminalSize(StandardStream stream) noexcept;
 
-/// The text with whatever a terminal would obey rather than show (control characters, and bytes that are no UTF-8)
-/// written as "\n", "\t" or "\x1b", and a backslash doubled, so that it can be told apart.
+/// A name, or another text that is to stay on its line, with whatever a terminal would obey rather than show (control
+/// characters, marks that turn the direction of writing, and bytes that are no UTF-8) written as "\n", "\t" or "\x1b",
+/// and a backslash doubled, so that it can be told apart.
 [[nodiscard]] std::string escapedForTerminal(std::string_view text);
+
+/// The same for text of many lines: line ends stay, and backslashes are not doubled.
+[[nodiscard]] std::string linesForTerminal(std::string_view text);
+
+/// JSON that means the same and in which what a terminal would obey (control characters from U+007F on, marks that turn
+/// the direction of writing, line and paragraph separators) is written as "\u009b" and its like.
+[[nodiscard]] std::string harmlessJson(std::string_view json);
 
 /// Takes the system's own messages from the user's language. Once, before other threads start.
 void adoptUserLanguage() noexcept;
