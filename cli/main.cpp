@@ -2,10 +2,12 @@
 
 #include "cli/command_line.h"
 #include "platform/interruption.h"
+#include "platform/standard_streams.h"
 #include "platform/terminal.h"
 
 int main(int argumentCount, char** arguments) {
     velamo::prepareForSignals();
+    velamo::openStandardStreams();
     std::ios::sync_with_stdio(false);
     velamo::adoptUserLanguage();
     velamo::Console console{.out = std::cout,

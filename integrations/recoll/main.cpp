@@ -4,6 +4,7 @@
 #include "integrations/recoll/recoll_handler.h"
 #include "model/error.h"
 #include "platform/interruption.h"
+#include "platform/standard_streams.h"
 
 namespace {
 
@@ -18,6 +19,7 @@ bool showPage(const char* file) {
 /// Without an argument the persistent handler, with a file name the one that is started anew for each file.
 int main(int argumentCount, char** arguments) {
     velamo::prepareForSignals();
+    velamo::openStandardStreams();
     std::ios::sync_with_stdio(false);
     const bool isDone = velamo::operation(nullptr, [&] {
         if (argumentCount > 2) return false;

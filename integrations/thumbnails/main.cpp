@@ -12,6 +12,7 @@
 #include "platform/file_state.h"
 #include "platform/files.h"
 #include "platform/interruption.h"
+#include "platform/standard_streams.h"
 
 namespace velamo {
 namespace {
@@ -45,6 +46,7 @@ std::optional<int> pixelsIn(std::string_view text) noexcept {
 
 int main(int argumentCount, char** arguments) {
     velamo::prepareForSignals();
+    velamo::openStandardStreams();
     constexpr int wanted = 4;
     const auto pixels = argumentCount == wanted ? velamo::pixelsIn(arguments[3]) : std::nullopt;
     if (!pixels) {
