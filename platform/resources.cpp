@@ -55,9 +55,6 @@ std::vector<fs::path> resourceFolders() {
         const auto beside = resourceFoldersBeside(object.parent_path());
         folders.insert(folders.end(), beside.begin(), beside.end());
     }
-#ifdef VELAMO_SOURCE_RESOURCES
-    folders.emplace_back(VELAMO_SOURCE_RESOURCES);
-#endif
     return folders;
 }
 

@@ -9,7 +9,7 @@
 namespace velamo {
 
 /// The folders that may hold resources, best first: $VELAMO_RESOURCES, then beside the program or library that holds
-/// this code (a bundle's and an installation's layout), then the source tree that it was built from.
+/// this code (a bundle's and an installation's layout, which a build tree has too). There is no other place.
 [[nodiscard]] std::vector<std::filesystem::path> resourceFolders();
 
 /// The folders where an installation or a bundle keeps the resources of the program or library in `folder`.

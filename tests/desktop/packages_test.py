@@ -58,6 +58,13 @@ class Contents(PackageTest):
             self.assertIn(path, files)
         self.assertFalse(files & self.files("velamo"))
 
+    def test_nothing_names_the_tree_it_was_built_from(self):
+        """A folder that is not the system's could be anybody's."""
+        tree = str(desktop.SOURCES).encode()
+        naming = [path for package in ("velamo", "velamo-dev") for path in self.files(package)
+                  if path.is_file() and tree in path.read_bytes()]
+        self.assertEqual(naming, [])
+
     def test_dependencies_are_those_of_the_libraries_used(self):
         depends = self.field("velamo", "Depends")
         for package in ("libc6 ", "libcairo2 ", "libicu", "libplist", "libseccomp2 ", "libsqlite3-0 ", "libstdc++6 ",

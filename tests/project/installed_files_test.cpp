@@ -1,0 +1,31 @@
+// What is installed finds its resources beside itself and names no folder of the machine that built it: whoever could
+// write there would decide what every user's programs read.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+#include <string>
+
+#include "tests/support/temporary_folder.h"
+
+namespace velamo {
+namespace {
+
+class InstalledFile : public testing::TestWithParam<const char*> {};
+TEST_P(InstalledFile, NamesNoFolderOfItsSources) {
+    const auto content = test::TemporaryFolder::read(GetParam());
+    ASSERT_FALSE(content.empty());
+    for (const char* folder : {"/resources", "/platform", "/samples", "/tests"})
+        EXPECT_EQ(content.find(std::string(VELAMO_SOURCE_FOLDER) + folder), std::string::npos) << folder;
+}
+INSTANTIATE_TEST_SUITE_P(Files, InstalledFile, testing::Values(VELAMO_INSTALLED_FILES),
+                         [](const auto& row) { return "File" + std::to_string(row.index); });
+
+TEST(BuildTree, HasTheResourcesOfTheSourcesWhereProgramsLook) {
+    const std::filesystem::path program = VELAMO_PROGRAM;
+    EXPECT_TRUE(std::filesystem::equivalent(program.parent_path() / "../share/velamo/resources",
+                                            std::filesystem::path(VELAMO_SOURCE_FOLDER) / "resources"));
+}
+
+}  // namespace
+}  // namespace velamo
