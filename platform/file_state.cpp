@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <limits>
 #include <utility>
 
 #include "platform/descriptor.h"
@@ -13,8 +14,23 @@
 
 namespace velamo {
 
-FileState stateFromSystem(const struct stat& status) noexcept {
+namespace {
+
+/// Disks keep times of thousands of years, and the counter holds those from 1677 to 2262: the others count as the
+/// nearest of these.
+std::int64_t nanosecondsOf(const timespec& time) noexcept {
+    using Limits = std::numeric_limits<std::int64_t>;
     constexpr std::int64_t nanosecondsInSecond = 1'000'000'000;
+    constexpr std::int64_t mostSeconds = Limits::max() / nanosecondsInSecond;
+    const std::int64_t seconds = time.tv_sec;
+    if (seconds >= mostSeconds) return Limits::max();
+    if (seconds < -mostSeconds) return Limits::min();
+    return seconds * nanosecondsInSecond + time.tv_nsec;
+}
+
+}  // namespace
+
+FileState stateFromSystem(const struct stat& status) noexcept {
 #ifdef __APPLE__
     const timespec& modified = status.st_mtimespec;
 #else
@@ -24,7 +40,7 @@ FileState stateFromSystem(const struct stat& status) noexcept {
                     : S_ISDIR(status.st_mode) ? FileKind::folder
                                               : FileKind::other,
             .size = status.st_size,
-            .modified = std::int64_t{modified.tv_sec} * nanosecondsInSecond + modified.tv_nsec};
+            .modified = nanosecondsOf(modified)};
 }
 
 FileState stateOfFile(const std::filesystem::path& path, std::error_code& error) noexcept {

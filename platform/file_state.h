@@ -13,7 +13,7 @@ enum class FileKind : std::uint8_t { regular, folder, other };
 struct FileState {
     FileKind kind = FileKind::other;
     std::int64_t size = 0;      // bytes
-    std::int64_t modified = 0;  // nanoseconds since the start of 1970
+    std::int64_t modified = 0;  // nanoseconds since the start of 1970, the nearest there are
     friend bool operator==(const FileState&, const FileState&) = default;
 };
 
