@@ -12,6 +12,7 @@
 #include "formats/pes.h"
 #include "formats/sew.h"
 #include "formats/vp3.h"
+#include "platform/text.h"
 
 namespace velamo {
 namespace {
@@ -31,10 +32,6 @@ constexpr std::array<Format, 13> formats{{
     {"pcd", "PCD", importPcxDesignFromURLerror},
     {"pcq", "PCQ", importPcxDesignFromURLerror},
 }};
-
-constexpr char lowerCase(char letter) noexcept {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
 
 }  // namespace
 

@@ -8,13 +8,13 @@ namespace velamo {
 namespace {
 
 std::string counted(float count, const char* one, const char* many) {
-    const std::int64_t number = wholeNumber(count);
+    const std::int64_t number = nearestWhole(count);
     return std::to_string(number) + ' ' + (number == 1 ? one : many);
 }
 
 }  // namespace
 
-std::int64_t wholeNumber(float number) noexcept {
+std::int64_t nearestWhole(float number) noexcept {
     return std::llround(number);
 }
 

@@ -8,7 +8,7 @@
 namespace velamo {
 
 /// A count, or a length in whole units, as hosts search it; halves are rounded away from zero.
-[[nodiscard]] std::int64_t wholeNumber(float number) noexcept;
+[[nodiscard]] std::int64_t nearestWhole(float number) noexcept;
 
 /// "123.4", whatever the user's language: people search for it as a word.
 [[nodiscard]] std::string withOneDecimal(float number);

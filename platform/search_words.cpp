@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <new>
 
+#include "platform/text.h"
 #include "platform/utf8_characters.h"
 
 namespace velamo {
@@ -15,10 +16,6 @@ namespace {
 
 bool isAscii(std::string_view text) noexcept {
     return std::all_of(text.begin(), text.end(), [](char letter) { return static_cast<unsigned char>(letter) < 0x80; });
-}
-
-char lowerCase(char letter) noexcept {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
 std::size_t columnsOf(UChar32 character) {

@@ -14,6 +14,11 @@ namespace velamo {
 /// A text that may be absent, which is something else than empty. UTF-8.
 using Text = std::optional<std::string>;
 
+/// The letter of the Latin alphabet as a small one; any other character as it is.
+[[nodiscard]] constexpr char lowerCase(char letter) noexcept {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
 /// What fills a place in a pattern.
 using PatternArgument = std::variant<Text, std::int64_t, double>;
 

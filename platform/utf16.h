@@ -5,9 +5,6 @@
 
 namespace velamo {
 
-/// The text in UTF-16; every byte that is no UTF-8 becomes U+FFFD. May throw std::bad_alloc.
-[[nodiscard]] std::u16string utf16FromUtf8(std::string_view text);
-
 /// The text in UTF-8; half a surrogate pair becomes U+FFFD. May throw std::bad_alloc.
 [[nodiscard]] std::string utf8FromUtf16(std::u16string_view text);
 

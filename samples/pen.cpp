@@ -16,8 +16,7 @@ VLMPoint between(VLMPoint from, VLMPoint to, double part) {
     return {from.x + (to.x - from.x) * part, from.y + (to.y - from.y) * part};
 }
 
-/// Rounded up.
-int wholeNumber(double number) {
+int roundedUp(double number) {
     return static_cast<int>(std::ceil(number));
 }
 
@@ -37,7 +36,7 @@ void Pen::jumpTo(VLMPoint target) {
 
 void Pen::sewTo(VLMPoint target, double stitchLength) {
     const VLMPoint start{position_.x / 10, position_.y / 10};
-    const int count = std::max(1, wholeNumber(distance(start, target) / stitchLength));
+    const int count = std::max(1, roundedUp(distance(start, target) / stitchLength));
     for (int stitch = 1; stitch <= count; ++stitch)
         moveTo(between(start, target, static_cast<double>(stitch) / count), false);
 }
@@ -52,7 +51,7 @@ void Pen::satin(VLMPoint from, VLMPoint to, double width) {
     const VLMPoint across{-(to.y - from.y) / length * width / 2, (to.x - from.x) / length * width / 2};
     jumpTo(from);
     sewTo(to);  // the underlay, which keeps the column from sinking in
-    const int count = wholeNumber(length / satinSpacing);
+    const int count = roundedUp(length / satinSpacing);
     for (int row = 0; row <= count; ++row) {
         const VLMPoint middle = between(to, from, static_cast<double>(row) / count);
         const double side = row % 2 == 0 ? 1 : -1;

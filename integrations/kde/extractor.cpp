@@ -6,6 +6,7 @@
 
 #include "formats/design_attributes.h"
 #include "integrations/attribute_words.h"
+#include "platform/terminal.h"
 
 namespace velamo {
 namespace {
@@ -34,8 +35,8 @@ std::optional<std::string> pathIn(const std::string& request) {
 
 /// Only names that KFileMetaData knows: it drops all others. Its ranges find whole numbers alone.
 Json propertiesOf(const DesignAttributes& design) {
-    return {{"width", wholeNumber(design.widthInMillimetres)},
-            {"height", wholeNumber(design.heightInMillimetres)},
+    return {{"width", nearestWhole(design.widthInMillimetres)},
+            {"height", nearestWhole(design.heightInMillimetres)},
             {"description", attributesInWords(design)},
             {"typeInfo", "Image"},
             {"text", withOneDecimal(design.widthInMillimetres) + " mm " + withOneDecimal(design.heightInMillimetres) +
@@ -44,7 +45,7 @@ Json propertiesOf(const DesignAttributes& design) {
 
 ExtractorAnswer failure(const char* reason) {
     const Json answer{{"properties", Json::object()}, {"status", "ERROR"}, {"error", reason}};
-    return {.json = answer.dump()};
+    return {.json = harmlessJson(answer.dump())};
 }
 
 }  // namespace
@@ -56,7 +57,7 @@ ExtractorAnswer answerExtractorRequest(std::istream& in) {
     const auto design = attributesOfFile(*path);
     if (!design) return failure("The file holds no embroidery design that can be read.");
     const Json answer{{"properties", propertiesOf(*design)}, {"status", "OK"}, {"error", ""}};
-    return {.json = answer.dump(), .isDesign = true};
+    return {.json = harmlessJson(answer.dump()), .isDesign = true};
 }
 
 }  // namespace velamo

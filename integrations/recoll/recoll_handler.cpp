@@ -10,6 +10,7 @@
 
 #include "formats/design_attributes.h"
 #include "integrations/attribute_words.h"
+#include "platform/text.h"
 
 namespace velamo {
 namespace {
@@ -30,10 +31,6 @@ std::optional<std::string> readData(std::istream& in, std::size_t length) {
     if (length > longestData) return std::nullopt;
     std::string data(length, '\0');
     return in.read(data.data(), static_cast<std::streamsize>(length)) ? std::optional(data) : std::nullopt;
-}
-
-char lowerCase(char letter) noexcept {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
 struct FieldHead {
@@ -71,7 +68,7 @@ struct Field {
 };
 
 std::array<Field, 4> numbersOf(const DesignAttributes& design) {
-    const auto number = [](float value) { return std::to_string(wholeNumber(value)); };
+    const auto number = [](float value) { return std::to_string(nearestWhole(value)); };
     return {{{"designwidth", number(design.widthInMillimetres)},
              {"designheight", number(design.heightInMillimetres)},
              {"stitches", number(design.stitches)},

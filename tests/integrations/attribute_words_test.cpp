@@ -25,11 +25,11 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 TEST(WholeNumber, IsTheNearest) {
-    EXPECT_EQ(wholeNumber(0), 0);
-    EXPECT_EQ(wholeNumber(56.4F), 56);
-    EXPECT_EQ(wholeNumber(56.5F), 57);
-    EXPECT_EQ(wholeNumber(57.5F), 58);
-    EXPECT_EQ(wholeNumber(40000), 40000);
+    EXPECT_EQ(nearestWhole(0), 0);
+    EXPECT_EQ(nearestWhole(56.4F), 56);
+    EXPECT_EQ(nearestWhole(56.5F), 57);
+    EXPECT_EQ(nearestWhole(57.5F), 58);
+    EXPECT_EQ(nearestWhole(40000), 40000);
 }
 
 TEST(OneDecimal, NeedsNoMoreRoomThanAnyFloatHas) {
