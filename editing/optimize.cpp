@@ -169,25 +169,29 @@ void OptimizedStitches::finish(VLMDesign& design, const Track& track) {
     design.setDisplayRange({0, design.stitches().size()});
 }
 
-bool OptimizedStitches::areThere(VLMDesign& design, std::string_view designType) {
-    const auto& stitches = std::as_const(design).stitches();
+bool OptimizedStitches::areThere(const VLMStitchList& stitches, std::string_view designType) noexcept {
     const Limits limits = limitsOf(designType);
     RunCheck runs;
     for (const VLMStitch& stitch : stitches) {
         const float limit = stitch.isJumpStitch() ? limits.jump : limits.stitch;
         if (!isWithin(limit, stitch.deltaX(), stitch.deltaY()) || !runs.take(stitch)) return false;
     }
-    if (runs.isAtJump()) return false;
+    return !runs.isAtJump();
+}
+
+void OptimizedStitches::keepThoseOf(VLMDesign& design) {
     Track track;
-    for (const VLMStitch& stitch : stitches) track.add(stitch);
+    for (const VLMStitch& stitch : std::as_const(design).stitches()) track.add(stitch);
     finish(design, track);
-    return true;
 }
 
 bool optimizeJumpsFor(VLMDesign& design, std::string_view designType) noexcept {
     return operation(nullptr, [&] {
-        if (OptimizedStitches::areThere(design, designType)) return true;
         const auto& stitches = std::as_const(design).stitches();
+        if (OptimizedStitches::areThere(stitches, designType)) {
+            OptimizedStitches::keepThoseOf(design);
+            return true;
+        }
         OptimizedStitches optimized(designType, stitches.size());
         for (const VLMStitch& stitch : stitches) optimized.push_back(stitch);
         return optimized.replaceStitchesOf(design);

@@ -35,9 +35,10 @@ public:
         put(stitch, deltaX, deltaY);
     }
 
-    /// Whether the design's stitches are optimised for the type already, as most that come from a file are. Then only
-    /// its bounds and what goes with them are brought up to date, which takes no memory.
-    [[nodiscard]] static bool areThere(VLMDesign& design, std::string_view designType);
+    /// Whether the stitches are optimised for the type already, as most that come from a file are.
+    [[nodiscard]] static bool areThere(const VLMStitchList& stitches, std::string_view designType) noexcept;
+    /// For those that are: brings the design's bounds and what goes with them up to date, which takes no memory.
+    static void keepThoseOf(VLMDesign& design);
 
     /// After the last stitch: gives the design the list and its bounds, unless a move could not be cut or there were
     /// too many pieces. Then it gives false, and the design is unchanged.
