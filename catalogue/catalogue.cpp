@@ -2,9 +2,11 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <chrono>
 
 #include "platform/file_lock.h"
+#include "platform/private_files.h"
 #include "platform/search_words.h"
 
 namespace velamo {
@@ -75,6 +77,58 @@ void makeLayout(const Database& database) {
     database.run("COMMIT");
 }
 
+std::filesystem::path fileBeside(const std::filesystem::path& file, const char* ending) {
+    auto beside = file;
+    return beside += ending;
+}
+
+Database openedToSearch(const std::filesystem::path& file, Database::Opening opening) {
+    Database database(file, opening);
+    if (checkedVersion(database) < Catalogue::layoutVersion)
+        throw CatalogueError(SQLITE_ERROR, "the catalogue has to be brought up to date first: run 'velamo index'");
+    return database;
+}
+
+/// A catalogue that this process may not write, and may not write beside: on a read-only disk, or another user's. It is
+/// read as it lies there; where a killed run left changes beside it, a copy takes them in. Nobody can be kept from
+/// writing it meanwhile, so one looks afterwards whether somebody did.
+class ReadOnlySource {
+public:
+    explicit ReadOnlySource(const std::filesystem::path& file) : file_(file) {}
+    ~ReadOnlySource() {
+        std::error_code ignored;
+        if (!copies_.empty()) std::filesystem::remove_all(copies_, ignored);
+    }
+    ReadOnlySource(const ReadOnlySource&) = delete;
+    ReadOnlySource& operator=(const ReadOnlySource&) = delete;
+
+    [[nodiscard]] Database open() {
+        if (states_.back().size == 0) return openedToSearch(file_, Database::Opening::unchanging);
+        copies_ = makePrivateTemporaryFolder();
+        const auto copy = copies_ / "catalogue";
+        for (const char* ending : endings)
+            std::filesystem::copy_file(fileBeside(file_, ending), fileBeside(copy, ending));
+        return openedToSearch(copy, Database::Opening::existing);
+    }
+    [[nodiscard]] bool hasChanged() const { return statesNow() != states_; }
+
+private:
+    static constexpr std::array endings{"", "-wal"};
+    using States = std::array<FileState, endings.size()>;
+
+    [[nodiscard]] States statesNow() const {
+        States states;
+        std::error_code error;  // a file that is not there has the size 0
+        for (std::size_t i = 0; i < endings.size(); ++i)
+            states.at(i) = stateOfFile(fileBeside(file_, endings.at(i)), error);
+        return states;
+    }
+
+    std::filesystem::path file_;
+    std::filesystem::path copies_;
+    States states_ = statesNow();
+};
+
 /// Everything below a folder sorts between these two, its own path excluded.
 struct BytesBelow {
     explicit BytesBelow(const std::filesystem::path& folder) : first(folder.native()) {
@@ -126,12 +180,15 @@ struct Catalogue::State {
 
     /// Opens a batch where none is open.
     void beginChange() {
-        if (changes++ > 0) return;
-        database.run("BEGIN IMMEDIATE");
-        batchStart = Clock::now();
+        if (changes == 0) {
+            database.run("BEGIN IMMEDIATE");
+            batchStart = Clock::now();
+        }
+        ++changes;
     }
 
-    std::unique_ptr<FileLock> lock;  // let go of after the database
+    std::unique_ptr<FileLock> lock;          // let go of after the database
+    std::unique_ptr<ReadOnlySource> source;  // of a catalogue that cannot be written; it too goes after the database
     Database database;
     int changes = 0;  // in the open batch
     Clock::time_point batchStart;
@@ -154,10 +211,11 @@ Catalogue::Catalogue(Catalogue&&) noexcept = default;
 Catalogue& Catalogue::operator=(Catalogue&&) noexcept = default;
 
 Catalogue Catalogue::openForIndexing(const std::filesystem::path& file, const std::function<void()>& onWaiting) {
-    if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path());
+    makePrivateFolders(file.parent_path());
     requireRegularFile(file);
-    auto lockFile = file;
-    auto lock = std::make_unique<FileLock>(lockFile += "-lock", onWaiting);
+    auto lock = std::make_unique<FileLock>(fileBeside(file, "-lock"), onWaiting);
+    makePrivateFile(file);  // the engine gives those that it makes beside it the same rights
+    for (const char* ending : {"", "-wal", "-shm", "-lock"}) closeToOthers(fileBeside(file, ending));
     Database database(file, Database::Opening::existingOrNew);
     const std::int64_t version = checkedVersion(database);
     // Readers go on reading while a batch is written, and a killed process leaves nothing half-written.
@@ -171,10 +229,17 @@ Catalogue Catalogue::openForSearching(const std::filesystem::path& file) {
     std::error_code error;
     if (!std::filesystem::exists(file, error))
         throw CatalogueError(SQLITE_CANTOPEN, "no such catalogue; 'velamo index FOLDER' makes one");
-    Database database(file, Database::Opening::existing);
-    if (checkedVersion(database) < layoutVersion)
-        throw CatalogueError(SQLITE_ERROR, "the catalogue has to be brought up to date first: run 'velamo index'");
-    return Catalogue(std::make_unique<State>(nullptr, std::move(database)));
+    if (const auto reason = reasonAgainstReading(file)) throw std::system_error(reason);
+    try {
+        return Catalogue(std::make_unique<State>(nullptr, openedToSearch(file, Database::Opening::existing)));
+    } catch (const CatalogueError& failure) {
+        // Many may search at once because they write down where they read, which here they may not.
+        if (failure.code() != SQLITE_CANTOPEN && failure.code() != SQLITE_READONLY) throw;
+    }
+    auto source = std::make_unique<ReadOnlySource>(file);
+    auto state = std::make_unique<State>(nullptr, source->open());
+    state->source = std::move(source);
+    return Catalogue(std::move(state));
 }
 
 std::vector<std::filesystem::path> Catalogue::roots() const {
@@ -288,7 +353,10 @@ void Catalogue::commit() {
 }
 
 std::vector<FoundDesign> Catalogue::search(const SearchRequest& request) const {
-    return searchDesigns(state_->database, request);
+    auto found = searchDesigns(state_->database, request);
+    if (state_->source && state_->source->hasChanged())
+        throw CatalogueError(SQLITE_BUSY, "the catalogue was changed meanwhile; search again");
+    return found;
 }
 
 }  // namespace velamo

@@ -55,13 +55,15 @@ public:
     /// The layout of the file that this class knows.
     static constexpr std::int64_t layoutVersion = 1;
 
-    /// Opens the catalogue to change it; makes it, and the folder it is in, when it is not there. Waits while another
-    /// process has it open so, after having called `onWaiting` once. A catalogue of an older layout is emptied but for
-    /// its roots: it holds nothing that cannot be read again. A file that is damaged, of a newer layout or no catalogue
-    /// at all throws CatalogueError and is left alone; a folder or lock that cannot be had throws std::system_error.
+    /// Opens the catalogue to change it; makes it, and the folder it is in, for the user alone when it is not there.
+    /// One that is there is closed to those who are neither its owner nor in its group. Waits while another process has
+    /// it open so, after having called `onWaiting` once. A catalogue of an older layout is emptied but for its roots:
+    /// it holds nothing that cannot be read again. A file that is damaged, of a newer layout or no catalogue at all
+    /// throws CatalogueError and is left alone; a folder or lock that cannot be had throws std::system_error.
     [[nodiscard]] static Catalogue openForIndexing(
         const std::filesystem::path& file, const std::function<void()>& onWaiting = [] {});
-    /// Opens a catalogue that is there, to search in it. Throws CatalogueError as above, and for an older layout.
+    /// Opens a catalogue that is there, to search in it; it need not be writable. Throws CatalogueError as above, and
+    /// for an older layout; std::system_error where the system does not let it be read.
     [[nodiscard]] static Catalogue openForSearching(const std::filesystem::path& file);
     ~Catalogue();
     Catalogue(Catalogue&&) noexcept;

@@ -2,6 +2,10 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+
+#include "platform/text.h"
+
 namespace velamo {
 namespace {
 
@@ -9,8 +13,12 @@ constexpr int waitInMilliseconds = 10'000;  // for another process to finish its
 
 [[noreturn]] void throwFailure(sqlite3* database, int result) {
     constexpr int primaryCode = 0xFF;
+    const int code = result & primaryCode;
     const char* text = database != nullptr ? ::sqlite3_errmsg(database) : ::sqlite3_errstr(result);
-    throw CatalogueError(result & primaryCode, text);
+    if (code != SQLITE_CORRUPT && code != SQLITE_NOTADB) throw CatalogueError(code, text);
+    throw CatalogueError(code, "this is no catalogue, or a damaged one (" + std::string(text) +
+                                   "); move the file away, with those beside it that end in -wal and -shm, and run "
+                                   "'velamo index FOLDER' anew");
 }
 
 sqlite3_uint64 lengthOf(std::string_view bytes) noexcept {
@@ -20,6 +28,37 @@ sqlite3_uint64 lengthOf(std::string_view bytes) noexcept {
 /// A null pointer would be bound as nothing.
 const char* startOf(std::string_view bytes) noexcept {
     return bytes.empty() ? "" : bytes.data();
+}
+
+void holdsAll(sqlite3_context* call, int, sqlite3_value** arguments) {
+    const auto bytesOf = [](const void* start, int size) {
+        return start == nullptr ? std::string_view()
+                                : std::string_view(static_cast<const char*>(start), static_cast<std::size_t>(size));
+    };
+    const auto* start = ::sqlite3_value_text(arguments[0]);  // before its size is asked for
+    const auto text = bytesOf(start, ::sqlite3_value_bytes(arguments[0]));
+    const auto* firstPart = ::sqlite3_value_blob(arguments[1]);
+    auto parts = bytesOf(firstPart, ::sqlite3_value_bytes(arguments[1]));
+    bool holds = true;
+    while (holds && !parts.empty()) {
+        const auto part = parts.substr(0, parts.find('\0'));
+        holds = text.find(part) != text.npos;
+        parts.remove_prefix(std::min(part.size() + 1, parts.size()));
+    }
+    ::sqlite3_result_int(call, holds ? 1 : 0);
+}
+
+int flagsFor(Database::Opening opening) noexcept {
+    constexpr int always = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    if (opening == Database::Opening::unchanging) return always | SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
+    const bool mayMake = opening == Database::Opening::existingOrNew;
+    return always | SQLITE_OPEN_READWRITE | (mayMake ? SQLITE_OPEN_CREATE : 0);
+}
+
+/// The engine has a meaning of its own for names such as ":memory:" and "file:x", but none for an absolute path.
+std::string nameFor(const std::filesystem::path& file, Database::Opening opening) {
+    const auto path = std::filesystem::absolute(file);
+    return opening == Database::Opening::unchanging ? locationText(path) + "?immutable=1" : path.native();
 }
 
 }  // namespace
@@ -105,11 +144,13 @@ void Database::Closer::operator()(sqlite3* database) const noexcept {
 }
 
 Database::Database(const std::filesystem::path& file, Opening opening) {
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
-                      (opening == Opening::existingOrNew ? SQLITE_OPEN_CREATE : 0);
     sqlite3* database = nullptr;
-    const int result = ::sqlite3_open_v2(file.c_str(), &database, flags, nullptr);
+    int result = ::sqlite3_open_v2(nameFor(file, opening).c_str(), &database, flagsFor(opening), nullptr);
     database_.reset(database);
+    constexpr int purity = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+    if (result == SQLITE_OK)
+        result = ::sqlite3_create_function_v2(database, "holds_all", 2, purity, nullptr, holdsAll, nullptr, nullptr,
+                                              nullptr);
     if (result != SQLITE_OK) throwFailure(database, result);
     ::sqlite3_busy_timeout(database, waitInMilliseconds);
 }

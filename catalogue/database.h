@@ -56,10 +56,14 @@ private:
     std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
 };
 
-/// An open database file. Every failure throws CatalogueError.
+/// An open database file, which its path alone names, whatever the engine makes of other names. Every failure throws
+/// CatalogueError. Its statements have a function of their own: holds_all(TEXT, PARTS) is 1 where the text holds each
+/// of the parts, bytes that end with a zero byte each; SQL has no conditions without end.
 class Database {
 public:
-    enum class Opening : std::uint8_t { existing, existingOrNew };
+    /// `unchanging`: nothing is written, not even beside the file, and no other process is expected to write it; what a
+    /// killed process left in the file "-wal" is not seen.
+    enum class Opening : std::uint8_t { existing, existingOrNew, unchanging };
     Database(const std::filesystem::path& file, Opening opening);
 
     [[nodiscard]] Statement prepare(std::string_view sql) const { return {database_.get(), sql}; }

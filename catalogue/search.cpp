@@ -47,9 +47,12 @@ public:
         sql_ += columns;
         sql_ += isBroken ? "designs.failure_code IS NOT NULL" : "designs.failure_code IS NULL";
     }
-    void addWord(const std::string& word) {
-        sql_ += " AND instr(folders.words || '/' || designs.words, ?) > 0";
-        parameters_.emplace_back(foldedForSearch(word));
+    void addWords(const std::vector<std::string>& words) {
+        if (words.empty()) return;
+        sql_ += " AND holds_all(folders.words || '/' || designs.words, ?)";
+        Bytes parts;
+        for (const std::string& word : words) parts.bytes.append(foldedForSearch(word)).push_back('\0');
+        parameters_.emplace_back(std::move(parts));
     }
     void addRange(std::string_view column, const std::optional<NumberRange>& range) {
         if (!range) return;
@@ -109,7 +112,7 @@ private:
 
 Query queryFor(const SearchRequest& request) {
     Query query(request.isBroken);
-    for (const std::string& word : request.words) query.addWord(word);
+    query.addWords(request.words);
     query.addRange("width", request.width);
     query.addRange("height", request.height);
     query.addRange("stitches", request.stitches);

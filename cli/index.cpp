@@ -11,6 +11,7 @@
 #include "cli/commands.h"
 #include "cli/jobs_option.h"
 #include "cli/progress_bar.h"
+#include "platform/private_files.h"
 
 namespace velamo {
 namespace {
@@ -73,6 +74,8 @@ ExitStatus index(const IndexOptions& options, const Console& console) {
         // Asking for nothing must not leave an empty catalogue behind.
         if (options.folders.empty() && !std::filesystem::exists(options.catalogue)) return reportNoFolder(console);
         Catalogue catalogue = openCatalogue(options, console);
+        // Folders that other names lead to may be meant for others.
+        if (options.catalogue == catalogueOfUser()) closeToOthers(options.catalogue.parent_path());
         if (options.folders.empty() && catalogue.roots().empty()) return reportNoFolder(console);
         return runIndexer(catalogue, options, console);
     });

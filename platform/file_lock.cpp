@@ -11,6 +11,8 @@
 namespace velamo {
 namespace {
 
+constexpr mode_t forUser = 0600;
+
 [[noreturn]] void throwLastError() {
     throw std::system_error(lastSystemError());
 }
@@ -23,7 +25,7 @@ bool lock(const Descriptor& descriptor, int how) noexcept {
 
 FileLock::FileLock(const std::filesystem::path& file, const std::function<void()>& onWaiting)
     : descriptor_(uninterrupted(
-          [&] { return ::open(file.c_str(), O_RDWR | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666); })) {
+          [&] { return ::open(file.c_str(), O_RDWR | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, forUser); })) {
     if (!descriptor_.isOpen()) throwLastError();
     if (lock(descriptor_, LOCK_EX | LOCK_NB)) return;
     if (errno != EWOULDBLOCK) throwLastError();

@@ -11,8 +11,9 @@ namespace velamo {
 /// ends. The file itself is empty and stays.
 class FileLock {
 public:
-    /// Waits until the file is free, after having called `onWaiting` once when it is not. Makes the file when it is not
-    /// there. Throws std::system_error when it cannot be opened, and what `onWaiting` throws; then it holds nothing.
+    /// Waits until the file is free, after having called `onWaiting` once when it is not. Makes the file, for the user
+    /// alone, when it is not there. Throws std::system_error when it cannot be opened, and what `onWaiting` throws;
+    /// then it holds nothing.
     FileLock(const std::filesystem::path& file, const std::function<void()>& onWaiting);
 
 private:

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "tests/catalogue/support.h"
+#include "tests/support/other_user.h"
 
 namespace velamo {
 namespace {
@@ -208,6 +209,168 @@ TEST_F(CatalogueFile, MayBeNoFolderOrPipe) {
 TEST_F(CatalogueFile, InAFolderThatCannotBeMadeIsASystemError) {
     folder_.write("deep", std::string("a file stands where the folder should be"));
     EXPECT_THROW(static_cast<void>(Catalogue::openForIndexing(file_)), std::system_error);
+}
+
+TEST_F(CatalogueFile, SaysWhatToDoWhenItIsDamaged) {
+    folder_.write("deep/catalogue.sqlite", std::string(5000, 'x'));
+    EXPECT_EQ(
+        refusalToSearch(),
+        "this is no catalogue, or a damaged one (file is not a database); move the file away, with those beside it "
+        "that end in -wal and -shm, and run 'velamo index FOLDER' anew");
+}
+
+int rightsOf(const std::filesystem::path& path) {
+    return static_cast<int>(std::filesystem::status(path).permissions());
+}
+
+/// Without a mask that takes rights away by itself.
+class Unmasked {
+public:
+    Unmasked() : mask_(::umask(0)) {}
+    ~Unmasked() { ::umask(mask_); }
+    Unmasked(const Unmasked&) = delete;
+    Unmasked& operator=(const Unmasked&) = delete;
+
+private:
+    mode_t mask_;
+};
+
+TEST_F(CatalogueFile, IsForTheUserAlone) {
+    const Unmasked unmasked;
+    auto catalogue = Catalogue::openForIndexing(file_);
+    catalogue.addRoot("/a");
+    catalogue.commit();
+    EXPECT_EQ(rightsOf(file_.parent_path()), 0700);
+    for (const char* ending : {"", "-wal", "-shm", "-lock"})
+        EXPECT_EQ(rightsOf(file_.native() + ending), 0600) << ending;
+}
+
+TEST_F(CatalogueFile, ThatIsThereLosesTheRightsOfOthersAlone) {
+    const Unmasked unmasked;
+    { const auto catalogue = Catalogue::openForIndexing(file_); }
+    std::filesystem::permissions(file_.parent_path(), std::filesystem::perms(0755));
+    for (const char* ending : {"", "-lock"})
+        std::filesystem::permissions(file_.native() + ending, std::filesystem::perms(0666));
+    const auto catalogue = Catalogue::openForIndexing(file_);
+    for (const char* ending : {"", "-wal", "-shm", "-lock"})
+        EXPECT_EQ(rightsOf(file_.native() + ending), 0660) << ending;
+    EXPECT_EQ(rightsOf(file_.parent_path()), 0755);
+}
+
+TEST_F(CatalogueFile, MayHaveAnyName) {
+    const auto former = std::filesystem::current_path();
+    std::filesystem::current_path(folder_.path());
+    for (const char* name : {":memory:", "file:x?mode=memory", "file::memory:", "-x", "a b%41#?.sqlite"}) {
+        {
+            auto catalogue = Catalogue::openForIndexing(name);
+            catalogue.addRoot("/a");
+            catalogue.commit();
+        }
+        EXPECT_TRUE(std::filesystem::is_regular_file(folder_.path() / name)) << name;
+        EXPECT_THAT(Catalogue::openForIndexing(name).roots(), ElementsAre("/a")) << name;
+    }
+    std::filesystem::current_path(former);
+}
+
+/// A catalogue in a folder in which nobody but the superuser may write. What is said of it is tried in a process
+/// without such rights.
+class ReadOnlyCatalogue : public CatalogueFile {
+protected:
+    ReadOnlyCatalogue() {
+        put("rose.dst");
+        std::filesystem::create_directory(folder_.path() / "tmp");
+        std::filesystem::permissions(folder_.path() / "tmp", std::filesystem::perms(0777));
+    }
+    ~ReadOnlyCatalogue() override { std::filesystem::permissions(file_.parent_path(), std::filesystem::perms(0755)); }
+
+    void put(const char* name) const {
+        auto catalogue = Catalogue::openForIndexing(file_);
+        putInto(catalogue, name);
+    }
+    static void putInto(Catalogue& catalogue, const char* name) {
+        catalogue.putDesign(catalogue.putFolder("/a", "a"), name, stamp, attributes);
+        catalogue.commit();
+    }
+    /// Leaves the file as a run leaves it that is killed after it has put another design in.
+    void kill(const char* name) const {
+        auto catalogue = Catalogue::openForIndexing(file_);
+        putInto(catalogue, name);
+        const auto killed = folder_.path() / "killed";
+        std::filesystem::create_directory(killed);
+        for (const char* ending : {"", "-wal"})
+            std::filesystem::copy_file(file_.native() + ending, killed / (std::string("catalogue.sqlite") + ending));
+    }
+    template <class Body>
+    [[nodiscard]] bool holdsReadOnly(Body body, int rights = 0444) const {
+        for (const auto& file : std::filesystem::directory_iterator(file_.parent_path()))
+            std::filesystem::permissions(file.path(), std::filesystem::perms(rights));
+        std::filesystem::permissions(file_.parent_path(), std::filesystem::perms(0555));
+        return test::inBoundProcess(folder_.path(), [&] {
+            ::setenv("TMPDIR", (folder_.path() / "tmp").c_str(), 1);
+            return body();
+        });
+    }
+    [[nodiscard]] bool finds(const std::vector<std::string>& paths) const {
+        const auto found = test::pathsFound(Catalogue::openForSearching(file_));
+        return found == paths && std::filesystem::is_empty(folder_.path() / "tmp");
+    }
+};
+
+TEST_F(ReadOnlyCatalogue, CanBeSearched) {
+    EXPECT_TRUE(holdsReadOnly([this] { return finds({"/a/rose.dst"}); }));
+    EXPECT_TRUE(holdsReadOnly([this] { return finds({"/a/rose.dst"}); }, 0666));  // its folder alone is in the way
+    EXPECT_FALSE(std::filesystem::exists(file_.native() + "-shm"));
+}
+
+TEST_F(ReadOnlyCatalogue, IsFoundWithWhatAKilledRunLeftBesideIt) {
+    kill("lily.dst");
+    file_ = folder_.path() / "killed" / "catalogue.sqlite";
+    ASSERT_GT(std::filesystem::file_size(file_.native() + "-wal"), 0U);
+    EXPECT_TRUE(holdsReadOnly([this] { return finds({"/a/lily.dst", "/a/rose.dst"}); }));
+}
+
+TEST_F(ReadOnlyCatalogue, ThatIsWrittenMeanwhileIsNotBelieved) {
+    EXPECT_TRUE(holdsReadOnly(
+        [this] {
+            const auto catalogue = Catalogue::openForSearching(file_);
+            std::ofstream(file_, std::ios::app) << "more";
+            try {
+                static_cast<void>(catalogue.search({}));
+            } catch (const CatalogueError& error) {
+                return error.code() == SQLITE_BUSY;
+            }
+            return false;
+        },
+        0666));
+}
+
+TEST_F(ReadOnlyCatalogue, BeginsNoBatch) {
+    EXPECT_TRUE(holdsReadOnly([this] {
+        auto catalogue = Catalogue::openForSearching(file_);
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            try {
+                catalogue.addRoot("/b");
+                return false;
+            } catch (const CatalogueError& error) {
+                if (error.code() != SQLITE_READONLY) return false;
+            }
+        }
+        catalogue.commit();  // of nothing
+        return true;
+    }));
+}
+
+TEST_F(ReadOnlyCatalogue, ThatMayNotBeReadSaysSo) {
+    EXPECT_TRUE(holdsReadOnly(
+        [this] {
+            try {
+                static_cast<void>(Catalogue::openForSearching(file_));
+            } catch (const std::system_error& error) {
+                return error.code() == std::errc::permission_denied;
+            }
+            return false;
+        },
+        0));
 }
 
 TEST_F(CatalogueFile, IsSearchedWhileItIsIndexed) {

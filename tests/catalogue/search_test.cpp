@@ -79,6 +79,16 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"Nothing", {.words = {"zzz"}}, {}}),
     [](const auto& row) { return row.param.name; });
 
+TEST_F(Search, TakesAnyNumberOfWords) {
+    SearchRequest request;
+    for (int i = 0; i < 40'000; ++i) request.words.emplace_back(i % 2 == 0 ? "flowers" : "Ro");
+    EXPECT_EQ(names(request), std::vector<std::string>{"rose.dst"});
+    request.words.emplace_back("");  // is in every name
+    EXPECT_EQ(names(request), std::vector<std::string>{"rose.dst"});
+    request.words.emplace_back("lily");
+    EXPECT_EQ(names(request), std::vector<std::string>{});
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Ranges, SearchRows,
     testing::Values(Row{"WidthWithin", {.width = NumberRange{50, 100}}, {"50%_off.dst", "Lily.dst", "Ähre.dst"}},
