@@ -12,10 +12,6 @@
 namespace velamo {
 namespace {
 
-DesignFailure failureOf(const VLMError& error) {
-    return {.domain = std::string(error.domain), .code = error.code, .message = error.message()};
-}
-
 /// Why the design cannot be imported. What the system could not do may go well the next time, so it says nothing of the
 /// design; but a lack of memory is the file's fault: the process has as much of it for each.
 ReadOutcome reasonForRefusal(const std::filesystem::path& file) {
@@ -44,7 +40,7 @@ ReadOutcome readWithin(PluginHost& host, const std::filesystem::path& file) {
     return isDone ? outcome : failureOf(error);
 }
 
-DesignFailure failureOf(const WorkerDeath& death) {
+DesignFailure failureByDeath(const WorkerDeath& death) {
     DesignFailure failure{.domain = std::string(systemErrorDomain), .code = EFAULT, .message = {}};
     if (death.isTimeout()) failure.code = ETIMEDOUT;
     failure.message = death.isTimeout() ? "reading it takes too long" : "reading it crashed: " + death.description();
@@ -116,12 +112,16 @@ std::vector<ReadOutcome> readWith(WorkerProcess& worker, std::span<const std::fi
     outcomes.reserve(paths.size());
     for (const auto& reply : worker.ask(paths)) {
         const auto* death = std::get_if<WorkerDeath>(&reply);
-        outcomes.push_back(death != nullptr ? failureOf(*death) : outcomeOf(std::get<std::string>(reply)));
+        outcomes.push_back(death != nullptr ? failureByDeath(*death) : outcomeOf(std::get<std::string>(reply)));
     }
     return outcomes;
 }
 
 }  // namespace
+
+DesignFailure failureOf(const VLMError& error) {
+    return {.domain = std::string(error.domain), .code = error.code, .message = error.message()};
+}
 
 std::vector<DesignReader> pluginReaders(const std::filesystem::path& module, std::size_t count,
                                         const WorkerLimits& limits) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "catalogue/search.h"
+#include "model/error.h"
 #include "platform/worker_process.h"
 
 namespace velamo {
@@ -16,6 +17,9 @@ namespace velamo {
 /// What came of reading a file: the design's attributes, why it is no sound design, or why the system did not let it be
 /// read at all.
 using ReadOutcome = std::variant<DesignAttributes, DesignFailure, std::error_code>;
+
+/// What the catalogue keeps of an error.
+[[nodiscard]] DesignFailure failureOf(const VLMError& error);
 
 /// Reads some files, and tells what came of each, in order. Each thread of execution has a reader of its own. May throw
 /// std::bad_alloc, or std::system_error when it cannot read anything any more.

@@ -52,8 +52,17 @@ VLMError errorOf(const DesignFailure& failure) {
     return error;
 }
 
-DesignFailure failureOf(const VLMError& error) {
-    return {.domain = std::string(error.domain), .code = error.code, .message = error.message()};
+bool isThere(const Path& path) {
+    std::error_code error;
+    static_cast<void>(stateOfFile(path, error));
+    return error != std::errc::no_such_file_or_directory;
+}
+
+/// A stick that is not plugged in and a folder that was deleted look the same; only a person can tell.
+VLMError awayError() {
+    VLMError error = systemError(ENOENT);
+    error.failureReason = error.message() + "; the catalogue keeps what it knows of it";
+    return error;
 }
 
 /// Nothing where the design has no side file; `error` is set where the system could not tell this time.
@@ -112,6 +121,7 @@ std::vector<Readers::Work> worksOf(std::vector<DesignReader> readers) {
 struct Root {
     Path path;
     FileState state;
+    bool isNamed;  // for this run
 };
 
 /// One run of the indexer.
@@ -139,19 +149,18 @@ public:
 
 private:
     void takeRoots(const std::vector<Path>& named) {
-        const std::vector<Path> asked = named.empty() ? catalogue_.roots() : named;
+        knownRoots_ = catalogue_.roots();
+        const std::vector<Path> asked = named.empty() ? knownRoots_ : named;
         for (const Path& path : asked) takeRoot(path, !named.empty());
         labelRoots_ = catalogue_.roots();
     }
 
     void takeRoot(const Path& given, bool isNamed) {
-        Root root{.path = catalogueName(given), .state = {}};
+        Root root{.path = catalogueName(given), .state = {}, .isNamed = isNamed};
         std::error_code error;
         root.state = stateOfFile(root.path, error);
         if (error == std::errc::no_such_file_or_directory) {
-            catalogue_.removeRoot(root.path);
-            vanishedRoots_.push_back(root.path);
-            refuseRoot(given, systemError(error.value()), isNamed);
+            refuseMissingRoot(root, given);
         } else if (error) {
             refuseRoot(given, systemError(error.value()), true);
         } else if (root.state.kind == FileKind::other) {
@@ -162,6 +171,37 @@ private:
             catalogue_.addRoot(root.path);
             roots_.push_back(std::move(root));
         }
+    }
+
+    void refuseMissingRoot(const Root& root, const Path& given) {
+        const bool isKept = isAway(root.path);
+        if (isKept) {
+            awayFolders_.push_back(root.path);
+        } else {
+            catalogue_.removeRoot(root.path);
+            vanishedRoots_.push_back(root.path);
+        }
+        refuseRoot(given, isKept ? awayError() : systemError(ENOENT), root.isNamed);
+    }
+
+    /// Whether what is not there may come back. A design has vanished when its folder is there, and so has whatever lay
+    /// in an indexed folder that is.
+    [[nodiscard]] bool isAway(const Path& path) {
+        const bool isRoot = std::find(knownRoots_.begin(), knownRoots_.end(), path) != knownRoots_.end();
+        if (isRoot && !isDesign(path)) return true;
+        if (isRoot && isThere(path.parent_path())) return false;
+        bool liesInRoot = isRoot;
+        for (const Path& root : knownRoots_) {
+            if (root == path || !isWithin(path, root)) continue;
+            if (isThere(root)) return false;
+            liesInRoot = true;
+        }
+        return liesInRoot;
+    }
+
+    [[nodiscard]] bool isDesign(const Path& path) {
+        const auto folder = catalogue_.findFolder(path.parent_path());
+        return folder && catalogue_.designsIn(*folder).contains(path.filename());
     }
 
     void refuseRoot(const Path& given, const VLMError& error, bool isFailure) {
@@ -346,7 +386,7 @@ private:
             ++summary_.skipped;
             observer_.problem(job.file, systemError(reason.value()));
             noteReason(reason);
-        } else if (job.isKnown) {  // vanished between listing and reading
+        } else if (job.isKnown && isThere(job.file.parent_path())) {  // vanished between listing and reading
             remove(job.folder, job.file.filename());
         }
     }
@@ -357,6 +397,13 @@ private:
     }
 
     void removeVanishedFolders() {
+        for (const Path& root : knownRoots_)  // which may lie below one that is there
+            if (!isThere(root) && isAway(root)) awayFolders_.push_back(root);
+        for (const Root& root : roots_) {
+            if (root.state.kind != FileKind::folder || isThere(root.path)) continue;
+            awayFolders_.push_back(root.path);  // in the middle of the run
+            refuseRoot(root.path, awayError(), root.isNamed);
+        }
         for (const Path& root : vanishedRoots_) removeSingleFile(root);
         for (const Path& root : vanishedRoots_) removeUnvisitedFolders(root);
         for (const Root& root : roots_) removeUnvisitedFolders(root.path);
@@ -364,15 +411,14 @@ private:
     }
 
     void removeSingleFile(const Path& file) {
-        const auto folder = catalogue_.findFolder(file.parent_path());
-        if (folder && catalogue_.designsIn(*folder).contains(file.filename())) remove(*folder, file.filename());
+        if (isDesign(file)) remove(*catalogue_.findFolder(file.parent_path()), file.filename());
     }
 
     void removeUnvisitedFolders(const Path& top) {
         summary_.removed += catalogue_.removeFolders(top, [this](FolderId id, const Path& folder) {
-            return visitedFolders_.contains(id) ||
-                   std::any_of(unreadFolders_.begin(), unreadFolders_.end(),
-                               [&folder](const Path& unread) { return isWithin(folder, unread); });
+            const auto isBelow = [&folder](const Path& unread) { return isWithin(folder, unread); };
+            return visitedFolders_.contains(id) || std::any_of(unreadFolders_.begin(), unreadFolders_.end(), isBelow) ||
+                   std::any_of(awayFolders_.begin(), awayFolders_.end(), isBelow);
         });
     }
 
@@ -388,7 +434,9 @@ private:
     std::int64_t readerNumber_;
     std::vector<Root> roots_;
     std::vector<Path> vanishedRoots_;
+    std::vector<Path> knownRoots_;  // before this run
     std::vector<Path> labelRoots_;  // all that the catalogue knows
+    std::vector<Path> awayFolders_;
     std::vector<Path> unreadFolders_;
     std::unordered_set<FolderId> visitedFolders_;
     IndexSummary summary_;

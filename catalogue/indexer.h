@@ -45,7 +45,9 @@ struct IndexObserver {
 /// Brings the catalogue up to date: reads new and changed designs, one at a time with each of `readers` (at least one),
 /// and removes the vanished. A design is read again when its own stamp, its side file's or `readerNumber` changed. What
 /// cannot be read is told to the observer and never stops the run; below a folder that cannot be read, the catalogue
-/// keeps what it has. Throws CatalogueError when the catalogue cannot be written.
+/// keeps what it has. So it does with a folder of an earlier run that is not there (on a disk that is away, perhaps),
+/// which is told each time, with ENOENT; only where it was named is the run not complete. Throws CatalogueError when
+/// the catalogue cannot be written.
 IndexSummary indexFolders(Catalogue& catalogue, const IndexRequest& request, std::vector<DesignReader> readers,
                           std::int64_t readerNumber, const IndexObserver& observer);
 

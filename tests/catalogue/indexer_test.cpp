@@ -272,15 +272,100 @@ TEST_F(Indexer, RefusesASingleFileOfAnotherKind) {
     EXPECT_THAT(catalogue_.roots(), IsEmpty());
 }
 
-TEST_F(Indexer, LosesWhatWasInAFolderThatIsGone) {
-    write("a/rose.dst");
-    write("b/lily.dst");
+/// A folder that is away and comes back, as a stick does.
+class AwayFolder : public Indexer {
+protected:
+    AwayFolder() {
+        write("a/rose.dst");
+        write("a/deep/tulip.dst");
+        write("b/lily.dst");
+    }
+    void takeAway(const char* name) const { std::filesystem::rename(designs_ / name, folder_.path() / name); }
+    void bringBack(const char* name) const { std::filesystem::rename(folder_.path() / name, designs_ / name); }
+
+    const std::vector<std::string> all_{"b/lily.dst", "a/rose.dst", "a/deep/tulip.dst"};
+};
+
+TEST_F(AwayFolder, StaysInTheCatalogueUntilItIsBack) {
     run({designs_ / "a", designs_ / "b"});
-    std::filesystem::remove_all(designs_ / "a");
-    EXPECT_EQ(run({}), (IndexSummary{.unchanged = 1, .removed = 1}));  // nobody named it now
-    EXPECT_THAT(told_.problems, ElementsAre(Pair(designs_ / "a", ENOENT)));
-    EXPECT_THAT(catalogue_.roots(), ElementsAre(designs_ / "b"));
+    takeAway("a");
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_EQ(run({}), (IndexSummary{.unchanged = 1}));  // nobody named it now
+        EXPECT_THAT(told_.problems, ElementsAre(Pair(designs_ / "a", ENOENT)));
+        EXPECT_EQ(found(), all_);
+    }
+    EXPECT_EQ(run({designs_ / "a"}), (IndexSummary{.isComplete = false}));
+    EXPECT_THAT(catalogue_.roots(), ElementsAre(designs_ / "a", designs_ / "b"));
+    EXPECT_EQ(found(), all_);
+    std::filesystem::remove(folder_.path() / "a" / "rose.dst");
+    bringBack("a");
+    write("a/new.dst");
+    EXPECT_EQ(run({}), (IndexSummary{.added = 1, .unchanged = 2, .removed = 1}));
+    EXPECT_THAT(told_.problems, IsEmpty());
+}
+
+TEST_F(AwayFolder, IsKeptInAnIndexedFolderToo) {
+    run({designs_, designs_ / "a"});
+    takeAway("a");
     EXPECT_EQ(run({}), (IndexSummary{.unchanged = 1}));
+    EXPECT_THAT(told_.problems, ElementsAre(Pair(designs_ / "a", ENOENT)));
+    EXPECT_EQ(run({designs_}), (IndexSummary{.unchanged = 1}));
+    EXPECT_THAT(told_.problems, IsEmpty());  // the other one was not asked for
+    EXPECT_EQ(found(), all_);
+}
+
+TEST_F(AwayFolder, KeepsWhatLiesBelowIt) {
+    run({designs_ / "a"});
+    takeAway("a");
+    EXPECT_EQ(run({designs_ / "a" / "deep"}), (IndexSummary{.isComplete = false}));
+    EXPECT_EQ(run({designs_ / "a" / "rose.dst"}), (IndexSummary{.isComplete = false}));
+    EXPECT_THAT(catalogue_.roots(), ElementsAre(designs_ / "a"));
+    EXPECT_THAT(found(), ElementsAre("a/rose.dst", "a/deep/tulip.dst"));
+}
+
+TEST_F(AwayFolder, KeepsSingleDesigns) {
+    const auto rose = designs_ / "a" / "rose.dst";
+    run({rose});
+    takeAway("a");
+    EXPECT_EQ(run({}), IndexSummary{});
+    EXPECT_THAT(told_.problems, ElementsAre(Pair(rose, ENOENT)));
+    EXPECT_THAT(found(), ElementsAre("a/rose.dst"));
+    bringBack("a");
+    std::filesystem::remove(rose);
+    EXPECT_EQ(run({}), (IndexSummary{.removed = 1}));
+    EXPECT_THAT(catalogue_.roots(), IsEmpty());
+}
+
+TEST_F(AwayFolder, ThatLayInAnIndexedOneHasVanished) {
+    run();
+    takeAway("a");
+    EXPECT_EQ(run({designs_ / "a"}), (IndexSummary{.removed = 2, .isComplete = false}));
+    EXPECT_THAT(found(), ElementsAre("b/lily.dst"));
+}
+
+TEST_F(AwayFolder, MayGoInTheMiddleOfARun) {
+    run({designs_ / "a", designs_ / "b"});
+    auto observer = told_.observer();
+    observer.progress = [&](const IndexProgress&) {
+        if (std::filesystem::exists(designs_ / "a")) takeAway("a");
+    };
+    const DesignReader noReader = [](std::span<const std::filesystem::path> files) {
+        return std::vector<ReadOutcome>(files.size(), DesignAttributes{});
+    };
+    EXPECT_EQ(indexFolders(catalogue_, {{}}, {noReader}, 1, observer), (IndexSummary{.unchanged = 1}));
+    EXPECT_THAT(told_.problems, ElementsAre(Pair(designs_ / "a", ENOENT)));
+    EXPECT_EQ(found(), all_);
+}
+
+TEST_F(AwayFolder, MayGoWhileItsDesignsAreRead) {
+    run({designs_ / "a"});
+    const auto summary =
+        test::runIndexer(catalogue_, {designs_ / "a"}, told_, 2, [this](const std::filesystem::path& file) {
+            if (std::filesystem::exists(designs_ / "a")) takeAway("a");
+            return test::readDirectly(file);
+        });
+    EXPECT_EQ(summary, (IndexSummary{.isComplete = false}));
+    EXPECT_THAT(found(), ElementsAre("a/rose.dst", "a/deep/tulip.dst"));
 }
 
 TEST_F(Indexer, FailsForANamedFolderThatIsNotThere) {

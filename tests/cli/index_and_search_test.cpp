@@ -7,6 +7,7 @@
 #include "cli/progress_bar.h"
 #include "cli/search.h"
 #include "tests/cli/support.h"
+#include "tests/support/environment.h"
 
 namespace velamo {
 namespace {
@@ -114,6 +115,33 @@ TEST_F(IndexAndSearch, WithoutAFolderNeedOneFirst) {
     EXPECT_THAT(outcome.out, HasSubstr("1 unchanged"));
 }
 
+TEST_F(IndexAndSearch, KeepAFolderThatIsAway) {
+    write("rose.dst");
+    static_cast<void>(index({designs_}));
+    std::filesystem::rename(designs_, folder_.path() / "elsewhere");
+    const auto problem = "velamo: " + designs_.native() +
+                         ": No such file or directory; the catalogue keeps what it knows of it (error 2)\n";
+    const auto again = index({});
+    EXPECT_EQ(again.status, 0);
+    EXPECT_EQ(again.problems, problem);
+    EXPECT_THAT(again.out, StartsWith("0 designs: 0 new, 0 changed, 0 unchanged; 0 removed, "));
+    const auto named = index({designs_});
+    EXPECT_EQ(named.status, 1);
+    EXPECT_EQ(named.problems, problem);
+    EXPECT_THAT(search({}).out, HasSubstr("rose.dst\n1 design\n"));
+}
+
+TEST_F(IndexAndSearch, MakeThePersonsOwnCatalogueForThePersonAlone) {
+    const test::Variable home("XDG_DATA_HOME", folder_.path() / "data");
+    write("rose.dst");
+    const auto folder = folder_.path() / "data" / "velamo";
+    std::filesystem::create_directories(folder);
+    std::filesystem::permissions(folder, std::filesystem::perms(0775));
+    EXPECT_EQ(call({"index", designs_.native()}).status, 0);
+    EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms(0770));
+    EXPECT_TRUE(std::filesystem::exists(folder / "catalogue.sqlite"));
+}
+
 TEST_F(IndexAndSearch, FailForANamedFolderThatIsNotThere) {
     const auto outcome = index({(designs_ / "nowhere").native()});
     EXPECT_EQ(outcome.status, 1);
@@ -130,7 +158,10 @@ TEST_F(IndexAndSearch, NameACatalogueThatCannotBeUsed) {
     write("rose.dst");
     for (const auto& outcome : {search({}), index({designs_})}) {
         EXPECT_EQ(outcome.status, 1);
-        EXPECT_EQ(outcome.problems, "velamo: " + catalogue_.native() + ": file is not a database (error 26)\n");
+        EXPECT_THAT(outcome.problems,
+                    StartsWith("velamo: " + catalogue_.native() +
+                               ": this is no catalogue, or a damaged one (file is not a database); move "));
+        EXPECT_THAT(outcome.problems, testing::EndsWith(" (error 26)\n"));
     }
     EXPECT_EQ(test::TemporaryFolder::read(catalogue_), text);
     catalogue_ = folder_.path() / "designs" / "rose.dst" / "catalogue.sqlite";
