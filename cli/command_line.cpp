@@ -3,9 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <ostream>
 
 #include "cli/commands.h"
+#include "platform/harmless_output.h"
 
 namespace velamo {
 namespace {
@@ -77,6 +79,10 @@ ExitStatus finish(ExitStatus status, const Console& console) {
 }  // namespace
 
 int runCommandLine(std::vector<std::string> arguments, const Console& console) noexcept {
+    std::optional<HarmlessOutput> harmlessOut;
+    std::optional<HarmlessOutput> harmlessProblems;
+    if (console.outIsTerminal) harmlessOut.emplace(console.out);
+    if (console.problemsIsTerminal) harmlessProblems.emplace(console.problems);
     auto status = ExitStatus::failure;
     VLMError error;
     const bool isDone = operation(&error, [&] {

@@ -18,8 +18,8 @@ std::string Console::shown(std::string_view text) const {
 }
 
 void reportProblem(const Console& console, std::string_view file, std::string_view message, int code) {
-    console.problems << "velamo: " << shownOn(console.problemsIsTerminal, file) << ": " << message << " (error " << code
-                     << ")\n";
+    console.problems << "velamo: " << shownOn(console.problemsIsTerminal, file) << ": "
+                     << shownOn(console.problemsIsTerminal, message) << " (error " << code << ")\n";
 }
 
 void reportProblem(const Console& console, const std::filesystem::path& file, const VLMError& error) {

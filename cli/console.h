@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -23,8 +24,11 @@ struct Console {
     /// What a picture on `out` is made of, and the room for it.
     TerminalPictures pictures = TerminalPictures::blocksOfAllColors;
     TerminalSize size{};
+    /// The room on `problems`, asked for whenever something fills it: a person may change a window.
+    std::function<TerminalSize()> roomForProblems = [] { return TerminalSize{}; };
 
-    /// The text as it may be written to `out`: on a terminal, nothing in it is obeyed.
+    /// A name as it may be written to `out`: on a terminal it stays on its line. That nothing in it is obeyed there is
+    /// seen to where the streams meet the terminal (see runCommandLine), whatever is written.
     [[nodiscard]] std::string shown(std::string_view text) const;
 };
 

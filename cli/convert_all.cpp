@@ -148,7 +148,7 @@ ExitStatus convertAll(const ConvertAllRequest& request, const Console& console) 
     const std::size_t count = conversions.size();
     const std::size_t unseen = problems.size();
     {
-        ProgressBar bar(console.problems, console.problemsIsTerminal);
+        ProgressBar bar(console);
         carryOut(std::move(conversions), request, bar, problems);
     }
     const auto byName = [](const Problem& one, const Problem& other) { return one.file < other.file; };

@@ -1,12 +1,15 @@
 #include "cli/hoops.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iomanip>
 #include <memory>
 #include <ostream>
 
 #include "cli/commands.h"
 #include "cli/design_json.h"
+#include "platform/number_format.h"
+#include "platform/user.h"
 
 namespace velamo {
 namespace {
@@ -36,11 +39,13 @@ std::string remarksOn(const VLMHoop& hoop) {
     return remarks;
 }
 
-void print(const VLMHoop& hoop, std::ostream& out) {
+void print(const VLMHoop& hoop, const LocaleDigits& digits, std::ostream& out) {
     constexpr int vendorWidth = 8;
-    constexpr int codeWidth = 4;
-    out << std::left << std::setw(vendorWidth) << hoop.vendor().value_or("") << std::right << std::setw(codeWidth)
-        << hoop.code() << "  " << hoop.name().value_or("") << "  " << hoop.sizeString() << remarksOn(hoop) << '\n';
+    constexpr std::size_t codeWidth = 4;
+    const std::string code = std::to_string(hoop.code());
+    out << std::left << std::setw(vendorWidth) << hoop.vendor().value_or("")
+        << std::string(codeWidth - std::min(codeWidth, code.size()), ' ') << digits.writing(code) << "  "
+        << hoop.name().value_or("") << "  " << digits.writing(hoop.sizeString()) << remarksOn(hoop) << '\n';
 }
 
 }  // namespace
@@ -48,7 +53,8 @@ void print(const VLMHoop& hoop, std::ostream& out) {
 ExitStatus hoops(const std::optional<std::string>& vendor, const Console& console) {
     const Hoops found = hoopsOf(vendor);
     if (!found) return refuseVendor(*vendor, console);
-    for (const VLMHoopHandle& hoop : *found) print(*hoop, console.out);
+    const LocaleDigits digits(numberLocaleOfUser());
+    for (const VLMHoopHandle& hoop : *found) print(*hoop, digits, console.out);
     return ExitStatus::success;
 }
 

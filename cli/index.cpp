@@ -42,7 +42,7 @@ ExitStatus runIndexer(Catalogue& catalogue, const IndexOptions& options, const C
         return reportNoModule(console, error.what());
     }
     const auto start = std::chrono::steady_clock::now();
-    ProgressBar bar(console.problems, console.problemsIsTerminal);
+    ProgressBar bar(console);
     const IndexObserver observer{
         .problem =
             [&](const std::filesystem::path& file, const VLMError& error) {

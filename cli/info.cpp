@@ -6,7 +6,9 @@
 
 #include "cli/commands.h"
 #include "cli/design_json.h"
+#include "cli/design_words.h"
 #include "cli/terminal_picture.h"
+#include "platform/harmless_output.h"
 #include "reading/read_design.h"
 #include "render/design_picture.h"
 
@@ -45,18 +47,17 @@ ExitStatus readEach(std::span<const std::string> files, const Console& console, 
 void printPicture(const VLMDesign& design, const Console& console) {
     const int pixels = pixelsOnTerminal(console.pictures, console.size);
     const auto bitmap = bitmapOf(design, scaleForLongerSide(design, pixels), {});
-    if (bitmap) console.out << terminalPicture(*bitmap, console.pictures);
+    if (bitmap) writeAsIs(console.out, terminalPicture(*bitmap, console.pictures));
 }
 
 }  // namespace
 
 ExitStatus info(std::span<const std::string> files, bool withPicture, const Console& console) {
     const char* separator = "";
-    const auto describe = [&](const std::string&, VLMDesign& design) {
+    const auto describe = [&](const std::string&, const VLMDesign& design) {
         console.out << separator;
         if (withPicture) printPicture(design, console);
-        if (design.designName()) design.setDesignName(console.shown(*design.designName()));
-        console.out << design.description() << '\n';
+        console.out << designInWords(design, console) << '\n';
         separator = "\n";
     };
     return readEach(files, console, describe, [](const std::string&, const VLMError&) {});

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "platform/terminal.h"
+
 namespace velamo {
 namespace {
 
@@ -43,7 +45,7 @@ Json jsonText(const Text& text) {
 }
 
 std::string textOf(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return harmlessJson(json.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 std::string listTextOf(const Json& list) {

@@ -19,7 +19,8 @@ using Json = nlohmann::ordered_json;
 /// An absent text is null.
 [[nodiscard]] Json jsonText(const Text& text);
 
-/// The value on one line. Bytes that are no UTF-8 become U+FFFD.
+/// The value on one line. Bytes that are no UTF-8 become U+FFFD; control characters and marks that turn the direction
+/// of writing are escaped, so that a terminal shows them.
 [[nodiscard]] std::string textOf(const Json& json);
 /// The elements of a list, each on a line of its own.
 [[nodiscard]] std::string listTextOf(const Json& list);

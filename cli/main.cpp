@@ -14,6 +14,7 @@ int main(int argumentCount, char** arguments) {
                             .problems = std::cerr,
                             .outIsTerminal = isTerminal(velamo::StandardStream::output),
                             .problemsIsTerminal = isTerminal(velamo::StandardStream::error)};
+    console.roomForProblems = [] { return terminalSize(velamo::StandardStream::error); };
     if (console.outIsTerminal) {
         console.pictures = velamo::announcedPictures();
         console.size = velamo::terminalSize(velamo::StandardStream::output);

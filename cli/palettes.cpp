@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <iomanip>
 #include <memory>
 #include <ostream>
 #include <set>
@@ -15,6 +14,7 @@
 #include "model/color_list.h"
 #include "model/thread.h"
 #include "platform/resources.h"
+#include "platform/search_words.h"
 
 namespace velamo {
 namespace {
@@ -75,14 +75,18 @@ Json paletteJson(const Palette& palette) {
             {"colors", std::move(colors)}};
 }
 
-void print(const Palette& palette, std::ostream& out) {
-    out << palette.displayName << " (" << palette.name << ", "
+void print(const Palette& palette, const Console& console) {
+    std::ostream& out = console.out;
+    out << console.shown(palette.displayName) << " (" << console.shown(palette.name) << ", "
         << counted(static_cast<std::int64_t>(palette.threads.size()), "color") << ")\n";
+    const auto shown = [&console](const Text& text) { return console.shown(text.value_or("")); };
     std::size_t keyWidth = 0;
-    for (const VLMThread& thread : palette.threads) keyWidth = std::max(keyWidth, thread.key().value_or("").size());
-    for (const VLMThread& thread : palette.threads)
-        out << "  " << std::left << std::setw(static_cast<int>(keyWidth)) << thread.key().value_or("") << "  "
-            << hexadecimal(thread.color()) << "  " << thread.name().value_or("") << '\n';
+    for (const VLMThread& thread : palette.threads) keyWidth = std::max(keyWidth, columnsOf(shown(thread.key())));
+    for (const VLMThread& thread : palette.threads) {
+        const std::string key = shown(thread.key());
+        out << "  " << key << std::string(keyWidth - columnsOf(key), ' ') << "  " << hexadecimal(thread.color()) << "  "
+            << shown(thread.name()) << '\n';
+    }
 }
 
 }  // namespace
@@ -91,7 +95,7 @@ ExitStatus palettes(std::span<const std::filesystem::path> resourceFolders, cons
     const char* separator = "";
     for (const Palette& palette : allPalettes(resourceFolders)) {
         console.out << separator;
-        print(palette, console.out);
+        print(palette, console);
         separator = "\n";
     }
     return ExitStatus::success;

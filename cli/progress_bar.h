@@ -2,18 +2,23 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <string>
 
+#include "cli/console.h"
+
 namespace velamo {
 
-/// The line that shows a run: "[########----------------]  33 %  12345 files  5321 files/s".
-[[nodiscard]] std::string progressLine(double finishedShare, std::int64_t files, double seconds);
+/// The line that shows a run: "[########----------------]  33 %  12345 files  5321 files/s". On a terminal of few
+/// columns the bar is shorter, then the line says less: it never fills all of them.
+[[nodiscard]] std::string progressLine(double finishedShare, std::int64_t files, double seconds, int columns);
 
-/// Keeps the last line of a terminal showing how far a run is; silent where no person looks on.
+/// Keeps the last line of the terminal for problems showing how far a run is; silent where no person looks on.
 class ProgressBar {
 public:
-    ProgressBar(std::ostream& terminal, bool isShown) : terminal_(terminal), isShown_(isShown) {}
+    explicit ProgressBar(const Console& console)
+        : terminal_(console.problems), isShown_(console.problemsIsTerminal), room_(console.roomForProblems) {}
     ~ProgressBar() { hide(); }
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
@@ -28,6 +33,7 @@ private:
 
     std::ostream& terminal_;
     bool isShown_;
+    std::function<TerminalSize()> room_;
     bool isDrawn_ = false;
     Clock::time_point start_ = Clock::now();
     Clock::time_point lastDrawing_ = start_;

@@ -12,7 +12,10 @@
 #include "cli/catalogue_file.h"
 #include "cli/commands.h"
 #include "cli/json.h"
+#include "platform/harmless_output.h"
+#include "platform/number_format.h"
 #include "platform/search_words.h"
+#include "platform/user.h"
 #include "render/value_transformer.h"
 
 namespace velamo {
@@ -45,17 +48,35 @@ void printJson(Found found, const Console& console) {
 }
 
 void printPaths(Found found, const Console& console) {
-    for (const FoundDesign& design : found) console.out << design.file.native() << '\0';
+    for (const FoundDesign& design : found) {
+        console.out << design.file.native();
+        writeAsIs(console.out, std::string_view("\0", 1));
+    }
 }
 
 constexpr std::size_t columnCount = 3;  // before the path
 using Row = std::array<std::string, columnCount>;
 
-Row rowOf(const FoundDesign& design, const VLMValueTransformer& transformer) {
-    const auto length = [&](float millimetres) { return transformer.transformedValue(millimetres).value_or(""); };
-    return {length(design.attributes.widthInMillimetres) + " x " + length(design.attributes.heightInMillimetres),
-            textOf(jsonCount(design.attributes.stitches)), textOf(jsonCount(design.attributes.colors))};
-}
+/// Writes the figures of all rows alike: what the user wants is asked once.
+class RowWriter {
+public:
+    [[nodiscard]] Row rowOf(const DesignAttributes& design) const {
+        return {digits_.writing(lengths_.text(design.widthInMillimetres) + " x " +
+                                lengths_.text(design.heightInMillimetres)),
+                count(design.stitches), count(design.colors)};
+    }
+    /// A file of more threads than stitches has a number of stitches below zero, which says nothing to a person.
+    [[nodiscard]] std::string count(float number) const {
+        return digits_.writing(textOf(jsonCount(std::max(number, 0.0F))));
+    }
+    [[nodiscard]] std::string countOf(Found designs) const {
+        return digits_.writing(counted(static_cast<std::int64_t>(designs.size()), "design"));
+    }
+
+private:
+    LengthFormatter lengths_ = LengthFormatter::ofUser();
+    LocaleDigits digits_ = LocaleDigits(numberLocaleOfUser());
+};
 
 void printRow(const Row& row, const std::array<std::size_t, columnCount>& widths, const std::string& path,
               std::ostream& out) {
@@ -69,9 +90,10 @@ void printTable(Found found, const Console& console) {
         console.out << "no design found\n";
         return;
     }
-    const VLMValueTransformer transformer;
+    const RowWriter writer;
     std::vector<Row> rows{{"Size", "Stitches", "Colors"}};
-    for (const FoundDesign& design : found) rows.push_back(rowOf(design, transformer));
+    rows.reserve(found.size() + 1);
+    for (const FoundDesign& design : found) rows.push_back(writer.rowOf(design.attributes));
     std::array<std::size_t, columnCount> widths{};
     for (const Row& row : rows)
         for (std::size_t column = 0; column < columnCount; ++column)
@@ -79,13 +101,13 @@ void printTable(Found found, const Console& console) {
     printRow(rows.front(), widths, "Design", console.out);
     for (std::size_t i = 0; i < found.size(); ++i)
         printRow(rows[i + 1], widths, console.shown(found[i].file.native()), console.out);
-    console.out << counted(static_cast<std::int64_t>(found.size()), "design") << '\n';
+    console.out << writer.countOf(found) << '\n';
 }
 
 void printBroken(Found found, const Console& console) {
     for (const FoundDesign& design : found)
-        console.out << console.shown(design.file.native()) << ": " << design.failure->message << " (error "
-                    << design.failure->code << ")\n";
+        console.out << console.shown(design.file.native()) << ": " << console.shown(design.failure->message)
+                    << " (error " << design.failure->code << ")\n";
     console.out << (found.empty() ? "no broken file found"
                                   : counted(static_cast<std::int64_t>(found.size()), "broken file"))
                 << '\n';

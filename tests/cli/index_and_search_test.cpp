@@ -1,13 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <regex>
+#include <thread>
 
 #include "cli/index.h"
 #include "cli/progress_bar.h"
 #include "cli/search.h"
 #include "tests/cli/support.h"
 #include "tests/support/environment.h"
+#include "tests/support/janome_files.h"
 
 namespace velamo {
 namespace {
@@ -131,6 +134,19 @@ TEST_F(IndexAndSearch, KeepAFolderThatIsAway) {
     EXPECT_THAT(search({}).out, HasSubstr("rose.dst\n1 design\n"));
 }
 
+TEST_F(IndexAndSearch, ShowNumbersForAPerson) {
+    write("rose.jpx", test::jpxFile({.indices = {1, 2, 3, 4, 5}, .tensions = {1, 1, 1, 1, 1}}));
+    static_cast<void>(index({designs_}));
+    const auto stitches = search({"--json"}).json()[0]["stitches"].get<int>();
+    EXPECT_LT(stitches, 0);  // as the design itself counts them
+    EXPECT_THAT(search({}).out, HasSubstr("         0       5  "));
+    const test::Variable locale("LC_ALL", "ar_EG.UTF-8");
+    EXPECT_THAT(search({}).out, testing::ContainsRegex("^ *Size  Stitches  Colors  Design\n"
+                                                       "[^0-9]* mm x [^0-9]* mm  +\u0660 +\u0665  [^\n]*\n"
+                                                       "\u0661 design\n$"));
+    EXPECT_EQ(search({"--json"}).json()[0]["colors"], 5);
+}
+
 TEST_F(IndexAndSearch, MakeThePersonsOwnCatalogueForThePersonAlone) {
     const test::Variable home("XDG_DATA_HOME", folder_.path() / "data");
     write("rose.dst");
@@ -188,19 +204,58 @@ TEST(TimeText, IsThatOfTheCalendar) {
     EXPECT_EQ(timeText(-1), "1969-12-31T23:59:59Z");
 }
 
-TEST(ProgressLine, ShowsShareFilesAndSpeed) {
-    EXPECT_EQ(progressLine(0, 0, 0), "[------------------------]   0 %  0 files  0 files/s");
-    EXPECT_EQ(progressLine(0.5, 1234, 0.5), "[############------------]  50 %  1234 files  2468 files/s");
-    EXPECT_EQ(progressLine(1, 10, 2), "[########################] 100 %  10 files  5 files/s");
+struct ProgressRow {
+    const char* name;
+    double share;
+    std::int64_t files;
+    double seconds;
+    int columns;
+    const char* line;
+};
+class ProgressLine : public testing::TestWithParam<ProgressRow> {};
+TEST_P(ProgressLine, IsThatOfTheRow) {
+    const ProgressRow& row = GetParam();
+    EXPECT_EQ(progressLine(row.share, row.files, row.seconds, row.columns), row.line);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Rows, ProgressLine,
+    testing::Values(ProgressRow{"Start", 0, 0, 0, 80, "[------------------------]   0 %  0 files  0 files/s"},
+                    ProgressRow{"Half", 0.5, 1234, 0.5, 80,
+                                "[############------------]  50 %  1234 files  2468 files/s"},
+                    ProgressRow{"End", 1, 10, 2, 80, "[########################] 100 %  10 files  5 files/s"},
+                    ProgressRow{"JustRoom", 1, 10, 2, 54, "[########################] 100 %  10 files  5 files/s"},
+                    ProgressRow{"ShorterBar", 1, 10, 2, 53, "[#######################] 100 %  10 files  5 files/s"},
+                    ProgressRow{"ShortestBar", 0.5, 1234, 0.5, 43, "[####----]  50 %  1234 files  2468 files/s"},
+                    ProgressRow{"WithoutSpeed", 0.5, 1234, 0.5, 42, "[##########-----------]  50 %  1234 files"},
+                    ProgressRow{"WithoutFiles", 0.5, 1234, 0.5, 28, "[#########----------]  50 %"},
+                    ProgressRow{"ShareAlone", 0.5, 1234, 0.5, 16, " 50 %"},
+                    ProgressRow{"ShareFits", 1, 9, 1, 6, "100 %"}, ProgressRow{"Nothing", 1, 9, 1, 5, ""},
+                    ProgressRow{"NoRoom", 1, 9, 1, 0, ""}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+/// What two drawings of a bar write, far enough from each other.
+std::string drawnOn(bool isTerminal, int columns) {
+    std::ostringstream stream;
+    const Console console{
+        .out = stream, .problems = stream, .problemsIsTerminal = isTerminal, .roomForProblems = [columns] {
+            return TerminalSize{columns, 24};
+        }};
+    {
+        ProgressBar bar(console);
+        for (int i = 0; i < 2; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(110));
+            bar.show(0.5, 0);
+        }
+    }
+    return stream.str();
 }
 
 TEST(ProgressBar, IsSilentWhereNobodyLooksOn) {
-    std::ostringstream stream;
-    {
-        ProgressBar bar(stream, false);
-        for (int i = 0; i < 3; ++i) bar.show(0.5, i);
-    }
-    EXPECT_EQ(stream.str(), "");
+    EXPECT_EQ(drawnOn(false, 80), "");
+}
+
+TEST(ProgressBar, KeepsToTheWidthOfItsTerminal) {
+    EXPECT_EQ(drawnOn(true, 16), " 50 %\r\x1b[K 50 %\r\x1b[K");
 }
 
 }  // namespace

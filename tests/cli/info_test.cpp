@@ -1,8 +1,14 @@
 #include "cli/info.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "tests/cli/support.h"
+#include "tests/support/environment.h"
+#include "tests/support/janome_files.h"
+#include "tests/support/vp3_file.h"
 
 namespace velamo {
 namespace {
@@ -50,12 +56,61 @@ TEST_F(Info, GivesFiguresAsJson) {
     EXPECT_EQ(call({"info", "--json", sound_}).json().size(), 1U);
 }
 
+struct WordsRow {
+    const char* name;
+    const char* locale;
+    const char* entry;  // of the side file
+    const char* lines;  // from the second on
+};
+class InfoForAPerson : public testing::TestWithParam<WordsRow> {};
+TEST_P(InfoForAPerson, SaysWhatTheRowSays) {
+    const test::Variable locale("LC_ALL", GetParam().locale);
+    const test::TemporaryFolder folder;
+    const std::string entry = std::string(
+                                  "<dict><key>threadfileversion</key><integer>2</integer>"
+                                  "<key>red</key><real>1</real>") +
+                              GetParam().entry + "</dict>";
+    folder.write("small.threads", "<plist version=\"1.0\"><array>" + entry + entry + "</array></plist>");
+    EXPECT_EQ(call({"info", folder.write("small.dst", test::smallDst)}).out,
+              std::string("small.dst (DST Version 1.0)\n") + GetParam().lines);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Rows, InfoForAPerson,
+    testing::Values(
+        WordsRow{"NamedThreads", "C", "<key>name</key><string>Red 1</string><key>palette</key><string>Brother</string>",
+                 "size: 1.0 mm x 8.1 mm\n3 stitches including 1 jumps\n2 color changes with 1 different colors\n"
+                 "1. Red 1, Brother\n2. Red 1, Brother\n"},
+        WordsRow{"ThreadsWithoutNames", "C", "",
+                 "size: 1.0 mm x 8.1 mm\n3 stitches including 1 jumps\n2 color changes with 1 different colors\n"
+                 "1. Individual color (255, 0, 0)\n2. Individual color (255, 0, 0)\n"},
+        WordsRow{"GermanNumbers", "de_DE.UTF-8", "<key>name</key><string>Rot</string>",
+                 "size: 1,0 mm x 8,1 mm\n3 stitches including 1 jumps\n2 color changes with 1 different colors\n"
+                 "1. Rot\n2. Rot\n"},
+        WordsRow{"OtherDigits", "fa_IR.UTF-8", "<key>name</key><string>Red 1</string>",
+                 "size: \u06F1\u066B\u06F0 mm x \u06F8\u066B\u06F1 mm\n\u06F3 stitches including \u06F1 jumps\n"
+                 "\u06F2 color changes with \u06F1 different colors\n\u06F1. Red 1\n\u06F2. Red 1\n"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(Info, CountsNoStitchesBelowZero) {
+    const auto few = folder_.write("few.jpx", test::jpxFile({.indices = {1, 2, 3, 4, 5}, .tensions = {1, 1, 1, 1, 1}}));
+    EXPECT_THAT(call({"info", few}).out, testing::HasSubstr("\n0 stitches including 0 jumps\n"));
+    EXPECT_LT(call({"info", "--json", few}).json()[0]["stitches"], 0);
+}
+
+TEST_F(Info, DescribesADesignAsTheDesignItselfDoes) {
+    for (const auto& [name, bytes] : std::map<std::string, test::Bytes>{
+             {"a.vp3", test::vp3File()}, {"b.jef", test::jefFile()}, {"c.dst", test::smallDst}}) {
+        const auto file = folder_.write(name, bytes);
+        const auto statistics = call({"info", "--json", file}).json()[0]["statistics"];
+        EXPECT_EQ(call({"info", file}).out, statistics["description"].get<std::string>() + '\n');
+    }
+}
+
 TEST_F(Info, LetsNoNameCommandATerminal) {
     const auto odd = folder_.write("a\x1b[31m\nb.dst", test::smallDst);
     EXPECT_EQ(call({"info", odd}, true).out, std::string("a\\x1b[31m\\nb.dst ") + description);
     EXPECT_EQ(call({"info", odd}).out, std::string("a\x1b[31m\nb.dst ") + description);
-    EXPECT_EQ(call({"info", "\x1b.dst"}, true).problems,
-              "velamo: \\x1b.dst: Unable to import DST file (missing header). (error 123)\n");
+    EXPECT_EQ(call({"info", "\x1b.dst"}, true).problems, "velamo: \\x1b.dst: No such file or directory (error 2)\n");
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ TEST(Version, IsPrinted) {
 
 TEST(Usage, TakesAFileNamedLikeACommand) {
     EXPECT_THAT(call({"info", "search", "info"}).problems,
-                HasSubstr("velamo: search: Unknown file format (UTI). (error 10)\nvelamo: info: "));
+                HasSubstr("velamo: search: No such file or directory (error 2)\nvelamo: info: "));
 }
 
 TEST(Usage, ShowsArgumentsHarmlesslyOnATerminal) {

@@ -1,0 +1,87 @@
+#include "cli/design_words.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "platform/number_format.h"
+#include "platform/resources.h"
+#include "platform/text.h"
+#include "platform/user.h"
+#include "render/value_transformer.h"
+
+namespace velamo {
+namespace {
+
+std::string designText(std::string_view key, std::string_view fallback) {
+    return localizedText(key, "VLMDesign", fallback);
+}
+
+class DesignWords {
+public:
+    DesignWords(const VLMDesign& design, const Console& console) : design_(design), console_(console) {}
+
+    [[nodiscard]] std::string text() const {
+        const std::string hoop = hoopInWords();
+        std::vector<PatternArgument> arguments{shown(design_.designName()), shown(design_.designType()),
+                                               design_.designVersion() / 10.0, length(tenths(design_.designWidth())),
+                                               length(tenths(design_.designHeight()))};
+        if (!hoop.empty()) arguments.emplace_back(hoop);
+        for (const std::int32_t count : {std::max(design_.numberOfStitches(), 0), design_.numberOfJumps(),
+                                         design_.numberOfThreads(), design_.numberOfDifferentColors()})
+            arguments.emplace_back(number(count));
+        std::string text = fillPattern(pattern(!hoop.empty()), arguments);
+        for (std::int32_t index = 0; index < design_.numberOfThreads(); ++index) text += threadLine(index);
+        return text;
+    }
+
+private:
+    static std::string pattern(bool withHoop) {
+        return withHoop ? designText("DESCRIPTION_WITH_HOOP",
+                                     "%@ (%@ Version %1.1f)\nsize: %@ x %@, hoop %@\n%i stitches including %i jumps\n"
+                                     "%i color changes with %i different colors")
+                        : designText("DESCRIPTION_WITHOUT_HOOP",
+                                     "%@ (%@ Version %1.1f)\nsize: %@ x %@\n%i stitches including %i jumps\n"
+                                     "%i color changes with %i different colors");
+    }
+    [[nodiscard]] std::string shown(const Text& text) const { return console_.shown(text.value_or("")); }
+    [[nodiscard]] std::string number(std::int64_t count) const { return digits_.writing(std::to_string(count)); }
+    static float tenths(std::int32_t count) noexcept { return static_cast<float>(count / 10.0); }
+    [[nodiscard]] std::string length(float millimetres) const { return digits_.writing(lengths_.text(millimetres)); }
+    /// "Janome A (110.0 mm x 110.0 mm)"; the size alone of a hoop without a name; empty where there is no hoop.
+    [[nodiscard]] std::string hoopInWords() const {
+        const VLMHoopHandle& hoop = design_.designHoop();
+        if (!hoop) return "";
+        const std::string width = length(static_cast<float>(hoop->width()));
+        const std::string size =
+            hoop->isRounded() ? "\u2300 " + width : width + " x " + length(static_cast<float>(hoop->height()));
+        const std::string vendor = shown(hoop->vendor());
+        const std::string name = shown(hoop->name());
+        return vendor.empty() || name.empty() ? size : vendor + ' ' + name + " (" + size + ')';
+    }
+    /// "2. Sky Blue, 019": the palette's name only where the thread belongs to one.
+    [[nodiscard]] std::string threadLine(std::int32_t index) const {
+        const VLMThread& thread = design_.threads()[static_cast<std::size_t>(index)];
+        const std::string palette = shown(thread.palette());
+        std::string line = '\n' + number(index + 1) + ". ";
+        line += thread.name() ? shown(thread.name()) : nameOf(thread.color());
+        if (!palette.empty() && palette != "Undefined") line += ", " + palette;
+        return line;
+    }
+    static std::string nameOf(const VLMColor& color) {
+        return fillPattern(designText("COLOR_INDIVIDUAL", "Individual color (%1.0f, %1.0f, %1.0f)"),
+                           {color.red() * 255, color.green() * 255, color.blue() * 255});
+    }
+
+    const VLMDesign& design_;
+    const Console& console_;
+    LengthFormatter lengths_ = LengthFormatter::ofUser();
+    LocaleDigits digits_ = LocaleDigits(numberLocaleOfUser());
+};
+
+}  // namespace
+
+std::string designInWords(const VLMDesign& design, const Console& console) {
+    return DesignWords(design, console).text();
+}
+
+}  // namespace velamo
