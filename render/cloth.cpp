@@ -1,6 +1,7 @@
 #include "render/cloth.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -9,6 +10,10 @@ namespace velamo {
 namespace {
 
 constexpr int fullLight = 256;
+constexpr int tileSide = 32;  // in pixels of the cloth
+constexpr std::size_t patienceOfAll = 1U << 22U;
+constexpr std::uint32_t endless = std::numeric_limits<std::uint32_t>::max();
+constexpr std::size_t sewnOfLate = 1U << 12U;
 constexpr double fullTurn = 2 * std::numbers::pi;
 
 int byteOf(double component) noexcept {
@@ -33,7 +38,40 @@ struct Interval {
         low = std::max(low, std::min(one, other));
         high = std::min(high, std::max(one, other));
     }
+    /// The same for any offset from one to another.
+    void narrow(double inverseSlope, double oneOffset, double otherOffset, double least, double most) noexcept {
+        narrow(inverseSlope, 0, least - std::max(oneOffset, otherOffset), most - std::min(oneOffset, otherOffset));
+    }
+    /// Widens it to hold another one, unless that is empty.
+    void include(const Interval& other) noexcept {
+        if (!(other.low <= other.high)) return;
+        low = std::min(low, other.low);
+        high = std::max(high, other.high);
+    }
 };
+
+/// Where a level line at the height `y` above its centre cuts a circle; an empty interval when it passes it by.
+Interval chordOf(double centerX, double y, double radius) noexcept {
+    const double square = radius * radius - y * y;
+    if (!(square >= 0)) return {1, 0};
+    const double half = std::sqrt(square);
+    return {centerX - half, centerX + half};
+}
+
+/// Leaves out, at the height `y`, what lies beside the round ends of a line, but for a pixel against inexact borders.
+template <class Line>
+void narrowToRound(Interval& interval, double y, const Line& line) noexcept {
+    constexpr double slack = 1;
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    Interval body = interval;
+    body.narrow(line.inverseOfX, y * line.along.y, 0, line.length);
+    Interval whole{infinity, -infinity};
+    whole.include(body);
+    whole.include(chordOf(0, y, line.radius));
+    whole.include(chordOf(line.length * line.along.x, y - line.length * line.along.y, line.radius));
+    interval.low = std::max(interval.low, whole.low - slack);
+    interval.high = std::min(interval.high, whole.high + slack);
+}
 
 /// Pixels from `first` up to `end`.
 struct Pixels {
@@ -74,8 +112,47 @@ Cloth::Cloth(int pictureWidth, int pictureHeight, int grain, double relief)
       height_(pictureHeight * grain),
       relief_(relief),
       pixels_(static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_)),
-      covered_(pixels_.size()) {
+      covered_(pixels_.size()),
+      tilesAcross_((width_ + tileSide - 1) / tileSide),
+      sewn_(sewnOfLate) {
     for (std::size_t i = 0; i < directions; ++i) profiles_[i] = profileOf(i);
+    layTiles();
+}
+
+/// A finer grain is taken for so few stitches only that no patience is needed.
+void Cloth::layTiles() {
+    const int tilesDown = (height_ + tileSide - 1) / tileSide;
+    openTiles_ = static_cast<std::size_t>(tilesAcross_) * static_cast<std::size_t>(tilesDown);
+    openTilesOfRow_.assign(static_cast<std::size_t>(tilesDown), tilesAcross_);
+    const auto patience = static_cast<std::uint32_t>(std::max<std::size_t>(1, patienceOfAll / openTiles_));
+    tiles_.reserve(openTiles_);
+    for (int row = 0; row < tilesDown; ++row)
+        for (int column = 0; column < tilesAcross_; ++column) {
+            const int wide = std::min(tileSide, width_ - column * tileSide);
+            const int high = std::min(tileSide, height_ - row * tileSide);
+            tiles_.push_back({static_cast<std::uint32_t>(wide * high), grain_ == 1 ? patience : endless});
+        }
+}
+
+Cloth::Tile& Cloth::tileAt(int row, int column) noexcept {
+    return tiles_[static_cast<std::size_t>(row / tileSide * tilesAcross_ + column / tileSide)];
+}
+
+void Cloth::closeTile(int row) noexcept {
+    --openTilesOfRow_[static_cast<std::size_t>(row / tileSide)];
+    --openTiles_;
+}
+
+/// A stitch that was sewn before finds all its pixels covered. False, too, for one that was sewn long ago.
+bool Cloth::isSewn(const Sewn& stitch) noexcept {
+    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15;
+    std::uint64_t hash = 0;
+    for (const double number : {stitch.start.x, stitch.start.y, stitch.end.x, stitch.end.y})
+        hash = (std::rotl(hash, 23) ^ std::bit_cast<std::uint64_t>(number)) * factor;
+    Sewn& place = sewn_[hash >> 32U & (sewnOfLate - 1)];
+    if (place == stitch) return true;
+    place = stitch;
+    return false;
 }
 
 double Cloth::scalarProduct(const Vector& one, const Vector& other) noexcept {
@@ -151,27 +228,56 @@ const Cloth::Inks& Cloth::inksOf(VLMPoint along) noexcept {
 }
 
 void Cloth::sewBelow(VLMPoint start, VLMPoint end, double threadWidth) noexcept {
+    constexpr double wideEnd = 4;
+    constexpr double farAway = 1e6;  // from where on places are too inexact to tell where round ends lie
     const double x = (end.x - start.x) * grain_;
     const double y = (end.y - start.y) * grain_;
     const double length = std::sqrt(x * x + y * y);
-    if (!(length > 0 && std::isfinite(length))) return;
+    if (!(length > 0 && std::isfinite(length)) || isSewn({start, end, threadWidth})) return;
     const double radius = threadWidth / 2 * grain_;
-    const Line line{.start = {start.x * grain_, start.y * grain_},
-                    .along = {x / length, y / length},
-                    .inverseOfX = inverseOf(x / length),
-                    .inverseOfY = inverseOf(-y / length),
-                    .length = length,
-                    .radius = radius,
-                    .placesOfPixel = static_cast<float>(placesAcross / (2 * radius)),
-                    .depthsOfPixel = static_cast<float>(depths / std::min(length / 2, 2 * radius))};
-    const Inks& inks = inksOf(line.along);
+    Line line{.start = {start.x * grain_, start.y * grain_},
+              .along = {x / length, y / length},
+              .inverseOfX = inverseOf(x / length),
+              .inverseOfY = inverseOf(-y / length),
+              .length = length,
+              .radius = radius,
+              .placesOfPixel = static_cast<float>(placesAcross / (2 * radius)),
+              .depthsOfPixel = static_cast<float>(depths / std::min(length / 2, 2 * radius))};
+    line.hasWideEnds = radius > wideEnd && std::max({std::abs(line.start.x), std::abs(line.start.y), length}) < farAway;
     const Pixels rows = pixelsBetween(line.start.y + std::min(y, 0.0) - line.radius,
                                       line.start.y + std::max(y, 0.0) + line.radius, height_);
-    for (int row = rows.first; row < rows.end; ++row) drawRow(row, line, inks);
+    for (int row = rows.first; row < rows.end;) {
+        const int endRow = std::min(rows.end, (row / tileSide + 1) * tileSide);
+        if (touchesOpenTile(row, endRow, line))
+            for (; row < endRow; ++row) drawRow(row, line);
+        row = endRow;
+    }
+}
+
+/// Whether the line may come, in rows of one row of tiles, to an open one. Each that it comes to loses patience.
+bool Cloth::touchesOpenTile(int firstRow, int endRow, const Line& line) noexcept {
+    constexpr double slack = 1;  // a pixel, against inexact borders
+    if (openTilesOfRow_[static_cast<std::size_t>(firstRow / tileSide)] == 0) return false;
+    const double first = firstRow - line.start.y;
+    const double last = endRow - line.start.y;
+    Interval interval{-line.start.x, width_ - line.start.x};
+    interval.narrow(line.inverseOfX, first * line.along.y, last * line.along.y, -line.radius,
+                    line.length + line.radius);
+    interval.narrow(line.inverseOfY, first * line.along.x, last * line.along.x, -line.radius, line.radius);
+    const Pixels columns =
+        pixelsBetween(line.start.x + interval.low - slack, line.start.x + interval.high + slack, width_);
+    bool isAnyOpen = false;
+    for (int column = columns.first; column < columns.end; column = (column / tileSide + 1) * tileSide) {
+        Tile& tile = tileAt(firstRow, column);
+        if (tile.bare == 0 || tile.patience == 0) continue;
+        isAnyOpen = true;
+        if (tile.patience != endless && --tile.patience == 0) closeTile(firstRow);
+    }
+    return isAnyOpen;
 }
 
 /// Where the row meets the thread is measured along the thread and across it.
-void Cloth::drawRow(int row, const Line& line, const Inks& inks) noexcept {
+void Cloth::drawRow(int row, Line& line) noexcept {
     const VLMPoint start = line.start;
     const VLMPoint along = line.along;
     const double length = line.length;
@@ -180,6 +286,7 @@ void Cloth::drawRow(int row, const Line& line, const Inks& inks) noexcept {
     Interval interval{-start.x, width_ - start.x};
     interval.narrow(line.inverseOfX, y * along.y, -radius, length + radius);
     interval.narrow(line.inverseOfY, y * along.x, -radius, radius);
+    if (line.hasWideEnds) narrowToRound(interval, y, line);
     const Pixels columns = pixelsBetween(start.x + interval.low, start.x + interval.high, width_);
     const auto rowStart = static_cast<std::size_t>(row) * static_cast<std::size_t>(width_);
     std::uint32_t* const pixels = pixels_.data() + rowStart;
@@ -193,8 +300,11 @@ void Cloth::drawRow(int row, const Line& line, const Inks& inks) noexcept {
         if (inside < 0 && inside * inside + across * across > radius * radius) continue;  // beside the round end
         const std::size_t place = stepAt(static_cast<float>(across + radius) * line.placesOfPixel, placesAcross);
         const std::size_t depth = stepAt(static_cast<float>(inside) * line.depthsOfPixel, depths);
-        pixels[column] = inks[depth][place];
+        if (line.inks == nullptr) line.inks = &inksOf(along);
+        pixels[column] = (*line.inks)[depth][place];
         covered[column] = 1;
+        Tile& tile = tileAt(row, column);
+        if (--tile.bare == 0 && tile.patience != 0) closeTile(row);
     }
 }
 

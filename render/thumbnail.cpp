@@ -21,23 +21,30 @@ struct Line {
     std::size_t thread = 0;
 };
 
-/// What every drawing of a design shows as stitches: neither jumps nor the first stitch behind each.
-std::vector<Line> linesOf(const VLMDesign& design) {
-    std::vector<Line> lines;
-    lines.reserve(design.stitches().size());
+/// Where a walk through a design's stitches stands.
+struct Place {
+    std::size_t stitch = 0;
     std::size_t blocks = 0;
-    VLMPoint start;
+    VLMPoint position;
     bool isAfterStitch = false;
-    for (const VLMStitch& stitch : design.stitches()) {
-        if (blocks == 0 || stitch.isColorChange()) ++blocks;
-        if (blocks > design.threads().size()) break;
-        const VLMPoint end{start.x + stitch.deltaX(), start.y + stitch.deltaY()};
-        if (isAfterStitch && !stitch.isJumpStitch() && !stitch.isNullStitch())
-            lines.push_back({start, end, blocks - 1});
-        isAfterStitch = !stitch.isJumpStitch() && !stitch.isColorChange();
-        start = end;
+};
+
+/// Hands over what every drawing of a design shows as stitches, neither jumps nor the first stitch behind each, and
+/// goes on up to the stitch `end`. False where no thread is left.
+template <class Visit>
+bool walk(const VLMDesign& design, Place& place, std::size_t end, Visit&& visit) {
+    const auto& stitches = design.stitches().all();
+    for (; place.stitch < end; ++place.stitch) {
+        const VLMStitch& stitch = stitches[place.stitch];
+        if (place.blocks == 0 || stitch.isColorChange()) ++place.blocks;
+        if (place.blocks > design.threads().size()) return false;
+        const VLMPoint next{place.position.x + stitch.deltaX(), place.position.y + stitch.deltaY()};
+        if (place.isAfterStitch && !stitch.isJumpStitch() && !stitch.isNullStitch())
+            visit(Line{place.position, next, place.blocks - 1});
+        place.isAfterStitch = !stitch.isJumpStitch() && !stitch.isColorChange();
+        place.position = next;
     }
-    return lines;
+    return true;
 }
 
 /// How a design lies in its picture.
@@ -83,14 +90,30 @@ private:
     int height_ = 0;
 };
 
+/// The places from where parts of the design are drawn, the last of them first, and the rows of pixels of all lines. So
+/// the lines of a part are held, and not those of millions of stitches.
+struct Parts {
+    static constexpr std::size_t stitches = 1U << 14U;
+    std::vector<Place> places;
+    double rows = 0;
+
+    Parts(const VLMDesign& design, const Frame& frame) {
+        const std::size_t count = design.stitches().size();
+        bool isThreadLeft = true;
+        for (Place place; isThreadLeft && place.stitch < count;) {
+            places.push_back(place);
+            isThreadLeft = walk(design, place, std::min(count, place.stitch + stitches),
+                                [&](const Line& line) { rows += frame.rowsOf(line); });
+        }
+    }
+};
+
 /// As fine as can be seen, but coarser where that takes long: in large pictures, and where stitches lie on each other
 /// by the thousand.
-int grainFor(const Frame& frame, const std::vector<Line>& lines) noexcept {
+int grainFor(const Frame& frame, double rows) noexcept {
     constexpr double mostWork = 1U << 24U;
     constexpr int finest = 4;
     const double pixels = static_cast<double>(frame.width()) * frame.height();
-    double rows = 0;
-    for (const Line& line : lines) rows += frame.rowsOf(line);
     int grain = finest;
     while (grain > 1 && !((rows + pixels * grain) * grain <= mostWork)) grain /= 2;
     return grain;
@@ -113,12 +136,21 @@ VLMColor colorOf(const VLMDesign& design, std::size_t thread) {
     return VLMColor::initWithRedgreenblue(grey, grey, grey);
 }
 
-void sewAll(Cloth& cloth, const VLMDesign& design, const std::vector<Line>& lines, const Frame& frame) {
-    const Line* above = nullptr;
-    for (std::size_t i = lines.size(); i-- > 0; above = &lines[i]) {
-        const Line& line = lines[i];
-        if (above == nullptr || line.thread != above->thread) cloth.takeThread(colorOf(design, line.thread));
-        cloth.sewBelow(frame.placeOf(line.start), frame.placeOf(line.end), frame.pixelsOfThread());
+void sewAll(Cloth& cloth, const VLMDesign& design, const Parts& parts, const Frame& frame) {
+    std::vector<Line> lines;
+    std::optional<std::size_t> thread;
+    const std::size_t count = design.stitches().size();
+    for (std::size_t part = parts.places.size(); part-- > 0 && !cloth.isClosed();) {
+        lines.clear();
+        Place place = parts.places[part];
+        static_cast<void>(walk(design, place, std::min(count, place.stitch + Parts::stitches),
+                               [&lines](const Line& line) { lines.push_back(line); }));
+        for (std::size_t i = lines.size(); i-- > 0;) {
+            const Line& line = lines[i];
+            if (line.thread != thread) cloth.takeThread(colorOf(design, line.thread));
+            thread = line.thread;
+            cloth.sewBelow(frame.placeOf(line.start), frame.placeOf(line.end), frame.pixelsOfThread());
+        }
     }
 }
 
@@ -136,9 +168,9 @@ std::optional<Bitmap> thumbnailOf(const VLMDesign& design, std::int32_t pixels) 
         if (!frame.hasSize()) return false;
         bitmap = Bitmap::make(frame.width(), frame.height());
         if (!bitmap) return false;
-        const auto lines = linesOf(design);
-        Cloth cloth(frame.width(), frame.height(), grainFor(frame, lines), reliefFor(frame.truePixelsOfThread()));
-        sewAll(cloth, design, lines, frame);
+        const Parts parts(design, frame);
+        Cloth cloth(frame.width(), frame.height(), grainFor(frame, parts.rows), reliefFor(frame.truePixelsOfThread()));
+        sewAll(cloth, design, parts, frame);
         cloth.show(*bitmap);
         return !isEmpty(*bitmap);
     });

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <limits>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -230,6 +232,47 @@ TEST(Thumbnail, ShowsWhatIsSewnOverAndOver) {
     ASSERT_TRUE(bitmap);
     EXPECT_EQ(pixelAt(*bitmap, 512, bitmap->height() / 2).alpha, 255);
     EXPECT_EQ(pixelAt(*bitmap, 0, 0).alpha, 0);
+}
+
+/// Seconds of the processor that the picture of a million stitches takes, from place to place within a design.
+template <class PlaceOf>
+double secondsOfMillion(float side, const PlaceOf& placeOf) {
+    constexpr std::size_t count = 1000000;
+    std::vector<VLMStitch> stitches;
+    stitches.reserve(count);
+    VLMPoint needle;
+    for (std::size_t i = 0; i < count; ++i) {
+        const VLMPoint next = placeOf(i);
+        stitches.push_back(stitch(static_cast<float>(next.x - needle.x), static_cast<float>(next.y - needle.y)));
+        needle = {needle.x + stitches.back().deltaX(), needle.y + stitches.back().deltaY()};
+    }
+    const auto design = designOf(std::move(stitches), {0, 0, side, side});
+    const std::clock_t start = std::clock();
+    EXPECT_TRUE(thumbnailOf(design, 1024));
+    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+/// A file manager waits for each of them; stitches that all cost what the first one costs would take minutes.
+TEST(ThumbnailOfAMillionStitches, TakesSecondsWhateverTheyCross) {
+    constexpr double most = 10;  // it is well below one, but for sanitizers
+    std::mt19937 random(1);
+    const auto any = [&random](double side) { return static_cast<double>(random()) / 4294967296.0 * side; };
+    const auto anywhere = [&](float side) {
+        return secondsOfMillion(side, [&](auto) { return VLMPoint{any(side), any(side)}; });
+    };
+    EXPECT_LT(secondsOfMillion(1, [](std::size_t i) { return VLMPoint{i % 2 == 0 ? 0.0 : 1.0, 0}; }), most);
+    for (const float side : {1.0F, 30.0F, 300.0F, 2000.0F, 30000.0F, 1e9F}) EXPECT_LT(anywhere(side), most) << side;
+    EXPECT_LT(secondsOfMillion(1000,  // chords, which leave the middle bare
+                               [&](std::size_t i) {
+                                   const double angle = static_cast<double>(i) * 0.3;
+                                   return VLMPoint{500 + 500 * std::cos(angle), 500 + 500 * std::sin(angle)};
+                               }),
+              most);
+    EXPECT_LT(secondsOfMillion(1000,  // along the lower edge of squares that they never close
+                               [&](std::size_t i) {
+                                   return VLMPoint{i % 2 == 0 ? 0.0 : 1000.0, any(4)};
+                               }),
+              most);
 }
 
 struct EmptyRow {
