@@ -20,10 +20,6 @@ using FolderId = Catalogue::FolderId;
 
 constexpr std::size_t batchesPerReader = 4;
 
-bool hasDesignName(const std::string& name) {
-    return formatWithExtension(extensionOf(name)) != nullptr;
-}
-
 /// Whether `path` is `top` or lies below it.
 bool isWithin(const Path& path, const Path& top) {
     const std::string& inner = path.native();

@@ -30,8 +30,4 @@ void reportWrongUsage(const Console& console, std::string_view message) {
     console.problems << "velamo: " << shownOn(console.problemsIsTerminal, message) << '\n';
 }
 
-std::string counted(std::int64_t count, std::string_view thing) {
-    return std::to_string(count) + ' ' + std::string(thing) + (count == 1 ? "" : "s");
-}
-
 }  // namespace velamo

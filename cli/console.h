@@ -9,6 +9,7 @@
 
 #include "model/error.h"
 #include "platform/terminal.h"
+#include "platform/text.h"
 
 namespace velamo {
 
@@ -38,8 +39,5 @@ void reportProblem(const Console& console, std::string_view file, std::string_vi
 
 /// One line: "velamo: MESSAGE".
 void reportWrongUsage(const Console& console, std::string_view message);
-
-/// "1 design", "2 designs".
-[[nodiscard]] std::string counted(std::int64_t count, std::string_view thing);
 
 }  // namespace velamo

@@ -34,10 +34,6 @@ struct Outcome {
     VLMError error;
 };
 
-bool hasDesignName(const std::string& name) {
-    return formatWithExtension(extensionOf(name)) != nullptr;
-}
-
 Problem systemProblem(const fs::path& file, std::error_code code) {
     Problem problem{file, {}};
     failWithSystemError(code.value(), &problem.error);

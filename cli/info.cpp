@@ -8,6 +8,7 @@
 #include "cli/design_json.h"
 #include "cli/design_words.h"
 #include "cli/terminal_picture.h"
+#include "formats/design_attributes.h"
 #include "platform/harmless_output.h"
 #include "reading/read_design.h"
 #include "render/design_picture.h"
@@ -16,12 +17,12 @@ namespace velamo {
 namespace {
 
 Json infoJson(const std::string& file, const VLMDesign& design) {
-    const auto millimetres = [](std::int32_t tenths) { return static_cast<float>(tenths) / 10.0F; };
+    const DesignAttributes attributes = attributesOfDesign(design);
     return {{"file", file},
-            {"width", jsonNumber(millimetres(design.designWidth()))},
-            {"height", jsonNumber(millimetres(design.designHeight()))},
-            {"stitches", design.numberOfStitches()},
-            {"colors", design.numberOfDifferentColors()},
+            {"width", jsonNumber(attributes.widthInMillimetres)},
+            {"height", jsonNumber(attributes.heightInMillimetres)},
+            {"stitches", jsonCount(attributes.stitches)},
+            {"colors", jsonCount(attributes.colors)},
             {"statistics", statisticsJson(design)}};
 }
 

@@ -1,10 +1,10 @@
 #include "editing/optimize.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include "editing/optimized_stitches.h"
+#include "model/written_types.h"
 
 namespace velamo {
 namespace {
@@ -84,21 +84,9 @@ OptimizedStitches::OptimizedStitches(std::string_view designType, std::size_t co
 }
 
 OptimizedStitches::Limits OptimizedStitches::limitsOf(std::string_view designType) noexcept {
-    struct Row {
-        std::string_view designType;
-        Limits limits;
-    };
-    static constexpr std::array<Row, 6> rows{{
-        {"JEF", {126, 126}},
-        {"PES", {62, 2046}},
-        {"PEC", {62, 2046}},
-        {"EXP", {126, 126}},
-        {"DST", {120, 120}},
-        {"PCS", {1150, 1150}},
-    }};
-    for (const Row& row : rows)
-        if (row.designType == designType) return row.limits;
-    return {999999, 999999};
+    constexpr float none = 999999;
+    const WrittenType* type = writtenTypeNamed(designType);
+    return type == nullptr ? Limits{none, none} : Limits{type->longestStitch, type->longestJump};
 }
 
 /// A run of jumps and colour changes becomes one move, then its colour changes on the spot.

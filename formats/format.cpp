@@ -12,26 +12,37 @@
 #include "formats/pes.h"
 #include "formats/sew.h"
 #include "formats/vp3.h"
+#include "model/written_types.h"
 #include "platform/text.h"
 
 namespace velamo {
 namespace {
 
+/// A file of Janome's is read by its extension.
+constexpr Format::BytesReader readJefFile = [](VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error) {
+    return readJef(design, file, "jef", error);
+};
+constexpr Format::BytesReader readJefPlusFile = [](VLMDesign& design, std::span<const std::uint8_t> file,
+                                                   VLMError* error) { return readJef(design, file, "jef+", error); };
+
 constexpr std::array<Format, 13> formats{{
-    {"jef", "JEF", importJefDesignFromURLerror, exportJefDesignToURLerror},
-    {"jef+", "JEF+", importJefDesignFromURLerror},
-    {"jpx", "JPX", importJpxDesignFromURLerror},
-    {"pes", "PES", importPesDesignFromURLerror, exportPesDesignToURLerror},
-    {"pec", "PEC", importPecDesignFromURLerror, exportPecDesignToURLerror},
-    {"sew", "SEW", importSewDesignFromURLerror},
-    {"exp", "EXP", importExpDesignFromURLerror, exportExpDesignToURLerror},
-    {"dst", "DST", importDstDesignFromURLerror, exportDstDesignToURLerror},
-    {"vp3", "VP3", importVp3DesignFromURLerror},
-    {"ksm", "KSM", importKsmDesignFromURLerror},
-    {"pcs", "PCS", importPcxDesignFromURLerror, exportPcsDesignToURLerror},
-    {"pcd", "PCD", importPcxDesignFromURLerror},
-    {"pcq", "PCQ", importPcxDesignFromURLerror},
+    {"jef", "JEF", importJefDesignFromURLerror, readJefFile, exportJefDesignToURLerror},
+    {"jef+", "JEF+", importJefDesignFromURLerror, readJefPlusFile},
+    {"jpx", "JPX", importJpxDesignFromURLerror, readJpx},
+    {"pes", "PES", importPesDesignFromURLerror, readPes, exportPesDesignToURLerror},
+    {"pec", "PEC", importPecDesignFromURLerror, readPec, exportPecDesignToURLerror},
+    {"sew", "SEW", importSewDesignFromURLerror, readSew},
+    {"exp", "EXP", importExpDesignFromURLerror, readExp, exportExpDesignToURLerror},
+    {"dst", "DST", importDstDesignFromURLerror, readDst, exportDstDesignToURLerror},
+    {"vp3", "VP3", importVp3DesignFromURLerror, readVp3},
+    {"ksm", "KSM", importKsmDesignFromURLerror, readKsm},
+    {"pcs", "PCS", importPcxDesignFromURLerror, readPcx, exportPcsDesignToURLerror},
+    {"pcd", "PCD", importPcxDesignFromURLerror, readPcx},
+    {"pcq", "PCQ", importPcxDesignFromURLerror, readPcx},
 }};
+static_assert(std::all_of(formats.begin(), formats.end(), [](const Format& format) {
+    return (format.writer != nullptr) == (writtenTypeNamed(format.type) != nullptr);
+}));
 
 }  // namespace
 
@@ -57,6 +68,10 @@ std::string extensionOf(const std::filesystem::path& url) {
     if (!extension.empty()) extension.erase(0, 1);
     std::transform(extension.begin(), extension.end(), extension.begin(), lowerCase);
     return extension;
+}
+
+bool hasDesignName(const std::filesystem::path& url) {
+    return formatWithExtension(extensionOf(url)) != nullptr;
 }
 
 }  // namespace velamo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <span>
 #include <string_view>
@@ -16,10 +17,12 @@ struct Format {
                             const ImportOptions& options) noexcept;
     using Writer = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                             const ExportOptions& options) noexcept;
+    using BytesReader = bool (*)(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);
 
     std::string_view extension;  // lower case
     std::string_view type;       // the design type that its reader sets
     Reader reader;
+    BytesReader bytesReader;  // the same from memory; may throw std::bad_alloc
     Writer writer = nullptr;  // null: such files are only read
 };
 
@@ -34,5 +37,8 @@ struct Format {
 
 /// The extension of a file name without its dot, in lower case, or "".
 [[nodiscard]] std::string extensionOf(const std::filesystem::path& url);
+
+/// Whether a file is a design by its name: whether its extension is one of ours.
+[[nodiscard]] bool hasDesignName(const std::filesystem::path& url);
 
 }  // namespace velamo

@@ -25,6 +25,14 @@ bool askSideFile(VLMDesign& design, const std::filesystem::path& url, VLMError* 
     });
 }
 
+/// What the design of a file must have, whatever its format.
+bool finish(VLMDesign& design, VLMError* error) {
+    if (design.stitches().empty()) return fail(errorTexts, noStitches, error);
+    if (design.threads().empty()) return fail(errorTexts, noThreads, error);
+    design.setDisplayRange({0, design.stitches().size()});
+    return true;
+}
+
 }  // namespace
 
 bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
@@ -46,10 +54,19 @@ bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& ur
             if (error != nullptr) *error = std::move(isRead ? sideFileError : readerError);
             return false;
         }
-        if (design.stitches().empty()) return fail(errorTexts, noStitches, error);
-        if (design.threads().empty()) return fail(errorTexts, noThreads, error);
-        design.setDisplayRange({0, design.stitches().size()});
-        return true;
+        return finish(design, error);
+    });
+}
+
+bool importDesignFromMemory(VLMDesign& design, const std::filesystem::path& url, std::span<const std::uint8_t> file,
+                            VLMError* error) noexcept {
+    return operation(error, [&] {
+        design.threads().clear();
+        design.stitches().clear();
+        const Format* format = formatWithExtension(extensionOf(fileNameOf(url)));
+        if (format == nullptr) return fail(errorTexts, unknownFormat, error);
+        design.setDesignType(std::string(format->type));
+        return format->bytesReader(design, file, error) && finish(design, error);
     });
 }
 

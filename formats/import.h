@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <span>
 
 #include "formats/loading.h"
 #include "model/design.h"
@@ -18,5 +20,10 @@ namespace velamo {
 /// than mostBytesOfFile, the error is the system's. The design then keeps what was set so far.
 [[nodiscard]] bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                             const ImportOptions& options = {}) noexcept;
+
+/// The same from the bytes that such a file holds, without the disk: sets the design's type, threads, stitches and
+/// bounds, the display range, and the hoop where the file names one. Name, location and useThreadFile stay.
+[[nodiscard]] bool importDesignFromMemory(VLMDesign& design, const std::filesystem::path& url,
+                                          std::span<const std::uint8_t> file, VLMError* error) noexcept;
 
 }  // namespace velamo

@@ -91,12 +91,16 @@ bool importThreadsForDesign(VLMDesign& design, const std::filesystem::path& url)
     return operation(nullptr, [&] { return takeThreadsOfSideFile(design, url); });
 }
 
+std::vector<std::uint8_t> threadFileWith(const std::vector<VLMThread>& threads) {
+    PropertyList::Array entries;
+    entries.reserve(threads.size());
+    for (const VLMThread& thread : threads) entries.push_back(entryOf(thread));
+    return xmlPropertyList(PropertyList(std::move(entries)));
+}
+
 bool exportThreadsForDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept {
-    static_cast<void>(operation(nullptr, [&] {
-        PropertyList::Array entries;
-        for (const VLMThread& thread : design.threads()) entries.push_back(entryOf(thread));
-        return !replaceFile(threadFileOf(url), xmlPropertyList(PropertyList(std::move(entries))));
-    }));
+    static_cast<void>(
+        operation(nullptr, [&] { return !replaceFile(threadFileOf(url), threadFileWith(design.threads().all())); }));
     return true;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <vector>
 
 #include "model/design.h"
 
@@ -26,6 +28,9 @@ namespace velamo {
 
 /// Writes the side file beside `url`, atomically. Always true: a design is saved even where its side file cannot be.
 bool exportThreadsForDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept;
+
+/// The bytes of a side file with the threads. May throw std::bad_alloc.
+[[nodiscard]] std::vector<std::uint8_t> threadFileWith(const std::vector<VLMThread>& threads);
 
 /// Removes the side file beside `url`. True when there was none or it could be removed.
 bool deleteThreadsFromDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept;

@@ -4,15 +4,9 @@
 #include <charconv>
 #include <cmath>
 
+#include "platform/text.h"
+
 namespace velamo {
-namespace {
-
-std::string counted(float count, const char* one, const char* many) {
-    const std::int64_t number = nearestWhole(count);
-    return std::to_string(number) + ' ' + (number == 1 ? one : many);
-}
-
-}  // namespace
 
 std::int64_t nearestWhole(float number) noexcept {
     return std::llround(number);
@@ -25,11 +19,11 @@ std::string withOneDecimal(float number) {
 }
 
 std::string stitchesInWords(const DesignAttributes& design) {
-    return counted(design.stitches, "stitch", "stitches");
+    return counted(nearestWhole(design.stitches), "stitch", "stitches");
 }
 
 std::string colorsInWords(const DesignAttributes& design) {
-    return counted(design.colors, "colour", "colours");
+    return counted(nearestWhole(design.colors), "colour", "colours");
 }
 
 std::string attributesInWords(const DesignAttributes& design) {

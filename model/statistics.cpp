@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <array>
 #include <unordered_set>
 
 #include "model/design.h"
+#include "model/written_types.h"
 #include "platform/resources.h"
 #include "render/value_transformer.h"
 
@@ -10,7 +10,6 @@ namespace velamo {
 namespace {
 
 constexpr std::int32_t pesVersionThatIsWritten = 10;
-constexpr std::array<std::string_view, 6> writableTypes{"JEF", "PES", "PEC", "DST", "EXP", "PCS"};
 
 /// Truncation toward zero. Bounds without stitches give a size far outside 32 bits, which then stays at the edge.
 std::int32_t truncated(float value) noexcept {
@@ -123,7 +122,7 @@ std::string VLMDesign::designPaletteName() const {
 
 bool VLMDesign::isWritable() const noexcept {
     if (!designType_ || (*designType_ == "PES" && designVersion_ != pesVersionThatIsWritten)) return false;
-    return std::find(writableTypes.begin(), writableTypes.end(), *designType_) != writableTypes.end();
+    return writtenTypeNamed(*designType_) != nullptr;
 }
 
 const VLMColor& VLMDesign::colorOfThread(std::int32_t index) const {

@@ -161,6 +161,13 @@ std::string locationText(const std::filesystem::path& path) {
     return text;
 }
 
+std::string counted(std::int64_t count, std::string_view one, std::string_view many) {
+    std::string text = std::to_string(count) + ' ';
+    if (count == 1 || many.empty()) text += one;
+    if (count != 1) text += many.empty() ? "s" : many;
+    return text;
+}
+
 std::string validUtf8(std::string_view text) {
     std::string valid;
     valid.reserve(text.size());

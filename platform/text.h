@@ -35,6 +35,9 @@ using PatternArgument = std::variant<Text, std::int64_t, double>;
 /// that is absolute.
 [[nodiscard]] std::string locationText(const std::filesystem::path& path);
 
+/// "1 design", "2 designs"; the word for many is that for one with an "s" where none is given.
+[[nodiscard]] std::string counted(std::int64_t count, std::string_view one, std::string_view many = {});
+
 /// The text with every byte that is no UTF-8 replaced by U+FFFD.
 [[nodiscard]] std::string validUtf8(std::string_view text);
 

@@ -200,5 +200,12 @@ TEST(Formats, AreFoundByTheirExtensionInAnyCase) {
     EXPECT_EQ(formatWithExtension(""), nullptr);
 }
 
+TEST(DesignNames, EndInAnExtensionOfOurs) {
+    for (const char* name : {"rose.dst", "Rose.DST", "a/rose.jef+", ".old.pes"})
+        EXPECT_TRUE(hasDesignName(name)) << name;
+    for (const char* name : {"", "rose", "dst", ".dst", "rose.threads", "rose.dst/", "rose.dst.old"})
+        EXPECT_FALSE(hasDesignName(name)) << name;
+}
+
 }  // namespace
 }  // namespace velamo

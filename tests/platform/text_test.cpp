@@ -79,5 +79,24 @@ TEST(LocationText, IsThatOfAUrl) {
     EXPECT_EQ(locationText("rose.dst"), "rose.dst");
 }
 
+struct CountRow {
+    const char* name;
+    std::int64_t count;
+    const char* one;
+    const char* many;
+    const char* text;
+};
+class Counts : public testing::TestWithParam<CountRow> {};
+TEST_P(Counts, AreSaidWithTheirWord) {
+    EXPECT_EQ(counted(GetParam().count, GetParam().one, GetParam().many), GetParam().text);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, Counts,
+                         testing::Values(CountRow{"None", 0, "stitch", "stitches", "0 stitches"},
+                                         CountRow{"One", 1, "stitch", "stitches", "1 stitch"},
+                                         CountRow{"Two", 2, "stitch", "stitches", "2 stitches"},
+                                         CountRow{"OneDesign", 1, "design", "", "1 design"},
+                                         CountRow{"TwoDesigns", 2, "design", "", "2 designs"}),
+                         [](const auto& row) { return row.param.name; });
+
 }  // namespace
 }  // namespace velamo
