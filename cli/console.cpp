@@ -26,6 +26,11 @@ void reportProblem(const Console& console, const std::filesystem::path& file, co
     reportProblem(console, file.native(), error.message(), error.code);
 }
 
+void reportNote(const Console& console, std::string_view file, std::string_view message) {
+    console.problems << "velamo: " << shownOn(console.problemsIsTerminal, file) << ": "
+                     << shownOn(console.problemsIsTerminal, message) << '\n';
+}
+
 void reportWrongUsage(const Console& console, std::string_view message) {
     console.problems << "velamo: " << shownOn(console.problemsIsTerminal, message) << '\n';
 }

@@ -6,6 +6,7 @@
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "model/error.h"
 #include "platform/terminal.h"
@@ -27,6 +28,8 @@ struct Console {
     TerminalSize size{};
     /// The room on `problems`, asked for whenever something fills it: a person may change a window.
     std::function<TerminalSize()> roomForProblems = [] { return TerminalSize{}; };
+    /// Why `out` failed, where the system's reason is known.
+    const std::error_code* outFailure = nullptr;
 
     /// A name as it may be written to `out`: on a terminal it stays on its line. That nothing in it is obeyed there is
     /// seen to where the streams meet the terminal (see runCommandLine), whatever is written.
@@ -36,6 +39,9 @@ struct Console {
 /// One line: "velamo: FILE: MESSAGE (error CODE)".
 void reportProblem(const Console& console, const std::filesystem::path& file, const VLMError& error);
 void reportProblem(const Console& console, std::string_view file, std::string_view message, int code);
+
+/// One line, of something that is no failure: "velamo: FILE: MESSAGE".
+void reportNote(const Console& console, std::string_view file, std::string_view message);
 
 /// One line: "velamo: MESSAGE".
 void reportWrongUsage(const Console& console, std::string_view message);

@@ -8,7 +8,7 @@
 #include "cli/commands.h"
 #include "cli/design_json.h"
 #include "cli/jobs_option.h"
-#include "formats/export.h"
+#include "cli/save_design.h"
 #include "formats/format.h"
 #include "reading/read_design.h"
 
@@ -71,12 +71,16 @@ ExitStatus run(const Options& options, const Console& console) {
 ExitStatus convert(const ConvertRequest& request, const Console& console) {
     VLMDesign design;
     VLMError error;
-    const bool isRead = readDesign(design, request.source, &error);
-    const bool isDone = isRead && exportDesignToURLerror(design, request.target, &error, request.options);
-    if (request.isDumped) writeDesignJson(console.out, design, isDone ? nullptr : &error);
-    if (isDone) return ExitStatus::success;
-    reportProblem(console, isRead ? request.target : request.source, error);
-    return ExitStatus::failure;
+    if (!readDesign(design, request.source, &error)) {
+        if (request.isDumped) writeDesignJson(console.out, design, &error);
+        reportProblem(console, request.source, error);
+        return ExitStatus::failure;
+    }
+    const DesignOrigin origin{request.source, design.useThreadFile()};
+    const SaveOutcome outcome = saveDesign(design, request.target, origin, request.options);
+    if (request.isDumped) writeDesignJson(console.out, design, outcome.isSaved ? nullptr : &outcome.error);
+    report(outcome, console);
+    return outcome.isSaved ? ExitStatus::success : ExitStatus::failure;
 }
 
 void describeConvert(CLI::App& program, Action& chosen) {

@@ -16,8 +16,8 @@ struct ConvertRequest {
     bool isDumped = false;
 };
 
-/// Imports the design and exports it to the target, whose extension decides the format. Where it is dumped, prints the
-/// design as it is in memory afterwards, whether that went well or not.
+/// Imports the design and saves it to the target, whose extension decides the format, as saveDesign does. Where it is
+/// dumped, prints the design as it is in memory afterwards, whether that went well or not.
 [[nodiscard]] ExitStatus convert(const ConvertRequest& request, const Console& console);
 
 struct ConvertAllRequest {
@@ -30,8 +30,9 @@ struct ConvertAllRequest {
 
 /// Converts every design in the folder and below it, several at a time, into the same places below `outFolder`. Designs
 /// of one name, such as rose.dst and rose.exp, keep their extension in the new one, rose.dst.pes; so does one whose new
-/// name belongs to a design of the folder. A failure stops none of the others; all are listed at the end. The folder's
-/// files stay as they are, side files included.
+/// name belongs to a design of the folder (see planConversions). What lies below `outFolder` is not read. A failure
+/// stops none of the others; all are listed at the end, behind what the files lost. The folder's files stay as they
+/// are; side files are kept in step beside the new ones, see saveDesign.
 [[nodiscard]] ExitStatus convertAll(const ConvertAllRequest& request, const Console& console);
 
 }  // namespace velamo

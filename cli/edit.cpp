@@ -1,14 +1,15 @@
 #include "cli/edit.h"
 
 #include <CLI/CLI.hpp>
-#include <fstream>
 #include <memory>
+#include <optional>
 #include <ostream>
 
 #include "cli/commands.h"
 #include "cli/design_json.h"
 #include "cli/edit_words.h"
-#include "formats/export.h"
+#include "cli/save_design.h"
+#include "platform/text_input.h"
 #include "reading/read_design.h"
 
 namespace velamo {
@@ -24,13 +25,22 @@ std::string helpOnWords() {
     return help;
 }
 
-std::vector<EditCommand> commandsOf(const EditRequest& request) {
+/// The script's text, or "" without one; nothing, and a problem reported, where it cannot be read.
+std::optional<std::string> scriptOf(const EditRequest& request, const Console& console) {
+    if (!request.script) return "";
+    const bool isInput = *request.script == "-";
+    std::error_code failure;
+    std::string text = isInput ? textOfStandardInput(failure) : textOfFile(*request.script, failure);
+    if (!failure) return text;
+    VLMError error;
+    failWithSystemError(failure.value(), &error);
+    reportProblem(console, isInput ? "standard input" : *request.script, error);
+    return std::nullopt;
+}
+
+std::vector<EditCommand> commandsOf(const EditRequest& request, const std::string& scriptText) {
     std::vector<EditCommand> commands;
-    if (request.script) {
-        std::ifstream in(*request.script);
-        if (!in) throw EditSyntaxError("the script '" + *request.script + "' cannot be read");
-        commands = parseEditScript(in, *request.script);
-    }
+    if (request.script) commands = parseEditScript(scriptText, *request.script);
     const auto more = parseEditLines(request.commands);
     commands.insert(commands.end(), more.begin(), more.end());
     return commands;
@@ -46,19 +56,23 @@ void printOutcome(const Json& results, const VLMDesign* dumped, const Console& c
 }
 
 ExitStatus editDesign(const EditRequest& request, const Console& console) {
-    const auto commands = commandsOf(request);
+    const auto scriptText = scriptOf(request, console);
+    if (!scriptText) return ExitStatus::failure;
+    const auto commands = commandsOf(request, *scriptText);
     VLMDesign design;
     VLMError error;
     if (!readDesign(design, request.file, &error)) {
         reportProblem(console, request.file, error);
         return ExitStatus::failure;
     }
+    const DesignOrigin origin{request.file, design.useThreadFile()};
     const EditOutcome outcome = carryOut(commands, design);
     bool isDone = !outcome.refusal;
     if (outcome.refusal) reportProblem(console, request.file, *outcome.refusal);
-    if (isDone && request.target && !exportDesignToURLerror(design, *request.target, &error)) {
-        reportProblem(console, *request.target, error);
-        isDone = false;
+    if (isDone && request.target) {
+        const SaveOutcome saved = saveDesign(design, *request.target, origin, {});
+        report(saved, console);
+        isDone = saved.isSaved;
     }
     printOutcome(outcome.results, request.isDumped ? &design : nullptr, console);
     return isDone ? ExitStatus::success : ExitStatus::failure;
@@ -81,7 +95,8 @@ void describeEdit(CLI::App& program, Action& chosen) {
     const auto request = std::make_shared<EditRequest>();
     command->add_option("IN", request->file, "The design")->required();
     command->add_option("-e", request->commands, "A command; may be given several times")->allow_extra_args(false);
-    command->add_option("-f", request->script, "A script: a command a line; # starts a comment");
+    command->add_option("-f", request->script,
+                        "A script, - for the standard input: a command a line; # starts a comment");
     command->add_option("-o", request->target, "Write the design to this file; its extension decides the format");
     command->add_flag("--dump", request->isDumped, "Print the design as well, as 'velamo dump' does");
     command->footer(helpOnWords());

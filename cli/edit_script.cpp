@@ -1,7 +1,6 @@
 #include "cli/edit_script.h"
 
 #include <algorithm>
-#include <istream>
 #include <optional>
 
 #include "cli/design_json.h"
@@ -66,11 +65,13 @@ EditCommand parseEditCommand(std::string_view line) {
     return word.parse(EditArguments(word, std::span(arguments).subspan(1)));
 }
 
-std::vector<EditCommand> parseEditScript(std::istream& script, const std::string& name) {
+std::vector<EditCommand> parseEditScript(std::string_view script, const std::string& name) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (script.starts_with(byteOrderMark)) script.remove_prefix(byteOrderMark.size());
     std::vector<EditCommand> commands;
-    int number = 0;
-    for (std::string line; std::getline(script, line);) {
-        ++number;
+    for (int number = 1; !script.empty(); ++number) {
+        const std::string_view line = script.substr(0, script.find('\n'));
+        script.remove_prefix(std::min(line.size() + 1, script.size()));
         const std::string_view command = withoutComment(line);
         if (command.find_first_not_of(blanks) == command.npos) continue;
         try {
@@ -79,7 +80,6 @@ std::vector<EditCommand> parseEditScript(std::istream& script, const std::string
             throw EditSyntaxError(name + ", line " + std::to_string(number) + ": " + error.what());
         }
     }
-    if (script.bad()) throw EditSyntaxError("the script '" + name + "' cannot be read");
     return commands;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <iosfwd>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -39,8 +38,9 @@ private:
 /// together.
 [[nodiscard]] EditCommand parseEditCommand(std::string_view line);
 
-/// The commands of a script: one a line; "#" starts a comment. An error names the line.
-[[nodiscard]] std::vector<EditCommand> parseEditScript(std::istream& script, const std::string& name);
+/// The commands of a script: one a line; "#" starts a comment, and a byte-order mark at the start is none of its text.
+/// An error names the line.
+[[nodiscard]] std::vector<EditCommand> parseEditScript(std::string_view script, const std::string& name);
 
 /// The commands of lines given on the command line; an error names the line.
 [[nodiscard]] std::vector<EditCommand> parseEditLines(std::span<const std::string> lines);

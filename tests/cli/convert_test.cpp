@@ -72,7 +72,7 @@ TEST_F(Convert, DumpsWhatFailedToo) {
 
 TEST_F(Convert, NamesTheFileThatIsToBlame) {
     EXPECT_THAT(call({"convert", "/nowhere/rose.dst", at("leaf.exp")}).problems,
-                HasSubstr("velamo: /nowhere/rose.dst: Unable to import DST file (missing header). (error 123)"));
+                HasSubstr("velamo: /nowhere/rose.dst: No such file or directory (error 2)"));
     EXPECT_THAT(call({"convert", source_.native(), "/nowhere/leaf.exp"}).problems,
                 HasSubstr("velamo: /nowhere/leaf.exp: "));
     EXPECT_FALSE(fs::exists(at("leaf.exp")));
@@ -158,14 +158,6 @@ TEST_F(ConvertAll, GoesOnPastFailuresAndListsThemAtTheEnd) {
     EXPECT_EQ(namesIn(out_), (std::vector<std::string>{"rose.exp"}));
 }
 
-TEST_F(ConvertAll, LeavesSideFilesAlone) {
-    const auto sideFile = folder_.write("rose.threads", bytes(1, 2, 3));
-    EXPECT_EQ(toExp().status, 0);
-    EXPECT_TRUE(fs::exists(sideFile));
-    EXPECT_EQ(call({"convert", source_.native(), at("leaf.exp")}).status, 0);
-    EXPECT_FALSE(fs::exists(sideFile));
-}
-
 TEST_F(ConvertAll, PutsNoDesignInThePlaceOfItsSource) {
     const auto outcome =
         call({"convert", "--all", folder_.path().native(), "--to", "dst", "--out", folder_.path().native()});
@@ -196,6 +188,37 @@ TEST_F(ConvertAll, RefusesASourceUnderAnotherName) {
     const auto outcome = toExp();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.problems, HasSubstr("leaf.exp: File exists (error 17)"));
+}
+
+TEST_F(ConvertAll, FollowsNoLinkOntoASource) {
+    const Bytes other = bytes(5, 5, 1, 1);
+    const fs::path leaf = folder_.write("leaf.exp", other);
+    fs::create_directory(out_);
+    fs::create_symlink(leaf, fs::path(out_) / "rose.exp");
+    fs::create_symlink("rose.exp", fs::path(out_) / "leaf.exp");
+    const auto outcome = toExp();
+    EXPECT_EQ(outcome.out, "2 designs converted, 0 failed\n") << outcome.problems;
+    EXPECT_EQ(fileText(leaf), std::string(other.begin(), other.end()));
+    EXPECT_EQ(namesIn(out_), (std::vector<std::string>{"leaf.exp", "leaf.exp.exp", "rose.dst.exp", "rose.exp"}));
+    EXPECT_FALSE(fs::is_symlink(fs::path(out_) / "rose.dst.exp"));
+}
+
+TEST_F(ConvertAll, LeavesOutItsOwnOutput) {
+    fs::create_directory(folder_.path() / "garden");
+    folder_.write("garden/leaf.dst", test::diagonalDst);
+    out_ = at("new");
+    fs::create_directory_symlink(out_, at("same"));
+    for (int run = 0; run < 3; ++run) {
+        EXPECT_EQ(toExp().out, "2 designs converted, 0 failed\n");
+        EXPECT_EQ(namesIn(out_), (std::vector<std::string>{"garden/leaf.exp", "rose.exp"}));
+    }
+}
+
+TEST_F(ConvertAll, NamesTheTargetWhoseDiskIsFull) {
+    fs::create_directories(fs::path(out_) / "rose.exp");
+    const auto outcome = toExp();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.problems, "velamo: " + (fs::path(out_) / "rose.exp").native() + ": Is a directory (error 21)\n");
 }
 
 TEST_F(ConvertAll, SaysWhatItCannotLookAt) {

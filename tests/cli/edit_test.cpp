@@ -1,8 +1,11 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "cli/edit_words.h"
 #include "tests/cli/support.h"
+#include "tests/support/standard_stream.h"
 
 namespace velamo {
 namespace {
@@ -229,10 +232,57 @@ TEST_F(Edit, NamesTheLineOfAScriptThatIsWrong) {
     const auto outcome = edited({}, {"-f", script});
     EXPECT_EQ(outcome.status, 2);
     EXPECT_THAT(outcome.problems, HasSubstr(script.native() + ", line 4: expected 'fits VENDOR CODE'"));
-    EXPECT_EQ(edited({}, {"-f", "/nowhere/script"}).status, 2);
-    const auto folder = edited({}, {"-f", folder_.path().native()});
-    EXPECT_EQ(folder.status, 2);
-    EXPECT_THAT(folder.problems, HasSubstr("cannot be read"));
+}
+
+TEST_F(Edit, SaysWhyAScriptCannotBeRead) {
+    const std::string folder = folder_.path().native();
+    for (const auto& [script, reason] :
+         {std::pair<std::string, std::string>{"/nowhere/script", "No such file or directory (error 2)"},
+          {folder, "Is a directory (error 21)"},
+          {"/proc/self/mem", "Input/output error (error 5)"}}) {
+        const auto outcome = edited({"center"}, {"-f", script, "-o", folder + "/new.dst"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.problems, "velamo: " + script + ": " + reason + "\n");
+        EXPECT_FALSE(std::filesystem::exists(folder + "/new.dst"));
+    }
+}
+
+TEST_F(Edit, ReadsAScriptFromTheStandardInput) {
+    const auto script = folder_.write("script", "hoop Janome 28\nfits Janome 28");
+    {
+        const test::StandardStreamOf input(STDIN_FILENO, script, O_RDONLY);
+        EXPECT_EQ(edited({}, {"-f", "-"}).json()["results"].dump(), "[true,true]");
+    }
+    const test::StandardStreamOf input(STDIN_FILENO, folder_.path(), O_RDONLY);
+    const auto outcome = edited({}, {"-f", "-"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.problems, "velamo: standard input: Is a directory (error 21)\n");
+}
+
+struct Script {
+    const char* name;
+    std::string text;
+    const char* results;
+};
+class Scripts : public Edit, public testing::WithParamInterface<Script> {};
+TEST_P(Scripts, AreReadByTheirLines) {
+    const auto outcome = edited({}, {"-f", folder_.write("script", GetParam().text)});
+    EXPECT_EQ(outcome.status, 0) << outcome.problems;
+    EXPECT_EQ(outcome.json()["results"].dump(), GetParam().results);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, Scripts,
+                         testing::Values(Script{"Empty", "", "[]"}, Script{"OneBreak", "\n", "[]"},
+                                         Script{"WithoutLastBreak", "\nhoop Janome 28", "[true]"},
+                                         Script{"ByteOrderMark", "\xEF\xBB\xBFhoop Janome 28\n", "[true]"},
+                                         Script{"ByteOrderMarkOfAComment", "\xEF\xBB\xBF# hoop\n", "[]"},
+                                         Script{"ByteOrderMarkAlone", "\xEF\xBB\xBF", "[]"}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(Edit, TakesAByteOrderMarkInTheMiddleForText) {
+    const auto outcome = edited({}, {"-f", folder_.write("script", "\n\xEF\xBB\xBFhoop Janome 28\n")});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.problems, HasSubstr("line 2: there is no command"));
 }
 
 TEST_F(Edit, OfAnUnreadableDesignFails) {

@@ -1,0 +1,92 @@
+#include "cli/save_design.h"
+
+#include <optional>
+#include <ostream>
+
+#include "cli/format_loss.h"
+#include "formats/export.h"
+#include "formats/import.h"
+#include "platform/files.h"
+
+namespace velamo {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// One design on its way to its file.
+class Saving {
+public:
+    Saving(VLMDesign& design, const fs::path& target, const DesignOrigin& origin)
+        : design_(design), target_(target), origin_(origin), threads_(design.threads().all()) {
+        outcome_.file = target;
+    }
+
+    SaveOutcome run(ExportOptions options) {
+        // A design without a location has no side file that the export would touch.
+        design_.setDesignLocation(std::nullopt);
+        options.save = [this](const fs::path& url, std::span<const std::uint8_t> file, VLMError* error) {
+            return save(url, file, error);
+        };
+        outcome_.isSaved = exportDesignToURLerror(design_, target_, &outcome_.error, options);
+        design_.setDesignLocation(target_);
+        if (outcome_.isSaved) keepSideFileInStep();
+        return std::move(outcome_);
+    }
+
+private:
+    bool save(const fs::path& url, std::span<const std::uint8_t> file, VLMError* error) {
+        VLMDesign readBack;
+        if (!importDesignFromMemory(readBack, url, file, error)) {
+            error->recoverySuggestion = "The new file could not be read again: " + error->message();
+            return false;
+        }
+        plan_ = planSideFile(target_, origin_, design_, threads_, readBack);
+        noteLoss(lossOf({threads_, design_, readBack, plan_->result}));
+        const auto failure = replaceFile(url, file);
+        return !failure || failWithSystemError(failure.value(), error);
+    }
+
+    void noteLoss(const std::string& loss) {
+        std::string text = loss.empty() ? "" : "written " + loss;
+        if (plan_->isInTheWay)
+            text += (text.empty() ? "" : "; ") + ("'" + plan_->file.native() + "' is in the way of its threads");
+        if (!text.empty()) outcome_.notes.push_back({target_, text});
+    }
+
+    void keepSideFileInStep() {
+        const SideFileOutcome done = carryOut(*plan_, threads_);
+        if (!done.newName.empty())
+            outcome_.notes.push_back({plan_->file, "has other threads, and is '" + done.newName.native() + "' now"});
+        if (!done.error) return;
+        outcome_.isSaved = false;
+        outcome_.file = plan_->file;
+        failWithSystemError(done.error.value(), &outcome_.error);
+    }
+
+    VLMDesign& design_;
+    const fs::path& target_;
+    const DesignOrigin& origin_;
+    const std::vector<VLMThread> threads_;
+    std::optional<SideFilePlan> plan_;
+    SaveOutcome outcome_;
+};
+
+}  // namespace
+
+SaveOutcome saveDesign(VLMDesign& design, const fs::path& target, const DesignOrigin& origin,
+                       const ExportOptions& options) {
+    SaveOutcome outcome = Saving(design, target, origin).run(options);
+    if (!outcome.isSaved && outcome.file == target) outcome.notes.clear();  // nothing of it came true
+    return outcome;
+}
+
+void report(const SaveOutcome& outcome, const Console& console) {
+    for (const Note& note : outcome.notes) report(note, console);
+    if (!outcome.isSaved) reportProblem(console, outcome.file, outcome.error);
+}
+
+void report(const Note& note, const Console& console) {
+    reportNote(console, note.file.native(), note.text);
+}
+
+}  // namespace velamo

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "model/design.h"
+
+namespace velamo {
+
+/// Where a design came from, which its side file may have come from as well.
+struct DesignOrigin {
+    std::filesystem::path file;
+    bool tookSideFile = false;
+};
+
+/// What is to be done with the side file of a new design file, so that the design's own colors travel beside it and
+/// nothing else that is there is lost.
+struct SideFilePlan {
+    std::filesystem::path file;
+    bool isSetAside = false;        // what is there gets another name
+    bool isWritten = false;         // then the design's threads are put there
+    bool isInTheWay = false;        // the design's threads belong there, but something else is there and stays
+    std::vector<VLMThread> result;  // the threads that the new file will be read with
+};
+
+/// Looks at what is there, and changes nothing. `design` is what is written, `threads` are those that it should have,
+/// and `readBack` is what the new file alone gives.
+///
+/// What is beside the new file stays where it says what would be written, and where the new file would not take it
+/// (it is damaged, cannot be read, or is of another number of threads). Only the design's own, which was read with it,
+/// makes room for one of another number.
+[[nodiscard]] SideFilePlan planSideFile(const std::filesystem::path& target, const DesignOrigin& origin,
+                                        const VLMDesign& design, const std::vector<VLMThread>& threads,
+                                        const VLMDesign& readBack);
+
+/// What carrying out a plan did.
+struct SideFileOutcome {
+    std::filesystem::path newName;  // of what was set aside, or empty
+    std::error_code error;          // about the plan's file
+};
+
+/// Carries the plan out for the threads. On failure nothing is lost: what was there is there, or is set aside.
+[[nodiscard]] SideFileOutcome carryOut(const SideFilePlan& plan, const std::vector<VLMThread>& threads);
+
+}  // namespace velamo
