@@ -71,7 +71,8 @@ ExitStatus run(std::vector<std::string> arguments, const Console& console) {
 ExitStatus finish(ExitStatus status, const Console& console) {
     if (console.out.flush()) return status;
     VLMError error;
-    failWithSystemError(EIO, &error);
+    const bool isReasonKnown = console.outFailure != nullptr && *console.outFailure;
+    failWithSystemError(isReasonKnown ? console.outFailure->value() : EIO, &error);
     reportProblem(console, std::filesystem::path("standard output"), error);
     return ExitStatus::failure;
 }

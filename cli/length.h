@@ -24,7 +24,8 @@ void describeUnit(CLI::App& command, std::optional<std::int32_t>& unit);
 /// Prints a length in millimetres as text in the unit.
 [[nodiscard]] ExitStatus formatLength(double millimetres, std::optional<std::int32_t> unit, const Console& console);
 
-/// Prints the length that a text states in millimetres, with enough digits to be read back exactly.
+/// Prints the length that a text states in millimetres, with enough digits to be read back exactly: whatever
+/// formatLength prints, and more. A text without a number is a failure.
 [[nodiscard]] ExitStatus parseLength(const std::string& text, std::optional<std::int32_t> unit, const Console& console);
 
 }  // namespace velamo

@@ -2,6 +2,7 @@
 
 #include "cli/command_line.h"
 #include "platform/interruption.h"
+#include "platform/output_buffer.h"
 #include "platform/standard_streams.h"
 #include "platform/terminal.h"
 
@@ -10,11 +11,14 @@ int main(int argumentCount, char** arguments) {
     velamo::openStandardStreams();
     std::ios::sync_with_stdio(false);
     velamo::adoptUserLanguage();
-    velamo::Console console{.out = std::cout,
+    velamo::OutputBuffer output(velamo::StandardStream::output);
+    std::ostream out(&output);
+    velamo::Console console{.out = out,
                             .problems = std::cerr,
                             .outIsTerminal = isTerminal(velamo::StandardStream::output),
                             .problemsIsTerminal = isTerminal(velamo::StandardStream::error)};
     console.roomForProblems = [] { return terminalSize(velamo::StandardStream::error); };
+    console.outFailure = &output.failure();
     if (console.outIsTerminal) {
         console.pictures = velamo::announcedPictures();
         console.size = velamo::terminalSize(velamo::StandardStream::output);

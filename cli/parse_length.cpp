@@ -1,16 +1,63 @@
 #include <CLI/CLI.hpp>
 #include <array>
+#include <cerrno>
 #include <charconv>
+#include <cmath>
 #include <memory>
 #include <ostream>
+#include <utility>
 
 #include "cli/commands.h"
 #include "cli/length.h"
+#include "platform/number_format.h"
+#include "platform/user.h"
 
 namespace velamo {
 
+namespace {
+
+constexpr std::string_view inchMark = "\"";
+
+/// What a person writes: the number, and the unit that stands behind it, if it is one of these. The transformer would
+/// take the unit for a part of a fraction's last number.
+struct Length {
+    std::string number;
+    std::optional<std::int32_t> unit;
+};
+
+Length lengthIn(std::string_view text) {
+    constexpr auto inches = static_cast<std::int32_t>(MeasurementUnit::decimalInches);
+    constexpr auto millimetres = static_cast<std::int32_t>(MeasurementUnit::millimetres);
+    text = withoutWhiteSpaceAround(text);
+    for (const auto& [end, unit] : {std::pair{inchMark, inches}, std::pair{std::string_view("in"), inches},
+                                    std::pair{std::string_view("mm"), millimetres}}) {
+        if (!text.ends_with(end)) continue;
+        text.remove_suffix(end.size());
+        return {std::string(withoutWhiteSpaceAround(text)), unit};
+    }
+    return {std::string(text), std::nullopt};
+}
+
+/// Whether the transformer finds a number where it looks for one; else it takes 0.
+bool hasNumber(const std::string& text) {
+    const PlainNumberFormatter formatter(numberLocaleOfUser());
+    const std::size_t slash = text.find('/');
+    if (slash == text.npos) return scanNumber(text, formatter.marks()).has_value();
+    const std::string_view whole = withoutWhiteSpaceAround(std::string_view(text).substr(0, slash));
+    const std::size_t blank = whole.find(' ');
+    return formatter.parse(whole.substr(0, blank)) && (blank == whole.npos || formatter.parse(whole.substr(blank + 1)));
+}
+
+}  // namespace
+
 ExitStatus parseLength(const std::string& text, std::optional<std::int32_t> unit, const Console& console) {
-    const auto millimetres = transformerFor(unit).reverseTransformedValue(text).number().value_or(0);
+    const Length length = lengthIn(text);
+    const VLMValueTransformer transformer = transformerFor(length.unit ? length.unit : unit);
+    const double millimetres = transformer.reverseTransformedValue(length.number).number().value_or(0);
+    if (!hasNumber(length.number) || !std::isfinite(millimetres)) {
+        reportProblem(console, "'" + text + "'", "There is no number in this.", EINVAL);
+        return ExitStatus::failure;
+    }
     std::array<char, 32> digits{};
     const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), millimetres);
     console.out << std::string_view(digits.data(), static_cast<std::size_t>(written.ptr - digits.data())) << '\n';

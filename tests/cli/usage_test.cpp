@@ -81,7 +81,11 @@ TEST(Output, ThatCannotBeWrittenIsAFailure) {
     std::ostream out(&full);
     std::ostringstream problems;
     EXPECT_EQ(runCommandLine({"--version"}, {.out = out, .problems = problems}), 1);
-    EXPECT_THAT(problems.str(), HasSubstr("velamo: standard output: "));
+    EXPECT_THAT(problems.str(), HasSubstr("velamo: standard output: Input/output error (error 5)"));
+    const std::error_code reason = std::make_error_code(std::errc::no_space_on_device);
+    out.clear();
+    EXPECT_EQ(runCommandLine({"--version"}, {.out = out, .problems = problems, .outFailure = &reason}), 1);
+    EXPECT_THAT(problems.str(), HasSubstr("velamo: standard output: No space left on device (error 28)"));
 }
 
 }  // namespace
