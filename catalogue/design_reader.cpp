@@ -135,10 +135,11 @@ std::vector<DesignReader> pluginReaders(const std::filesystem::path& module, std
     return readers;
 }
 
-std::int64_t readerNumber(const std::filesystem::path& module) noexcept {
+std::int64_t readerNumber(const std::filesystem::path& module) {
     constexpr std::uint64_t spread = 0x9E3779B97F4A7C15U;
     std::error_code error;
     const FileState state = stateOfFile(module, error);
+    if (error) throw std::system_error(error);
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(state.modified) * spread ^
                                      static_cast<std::uint64_t>(state.size));
 }

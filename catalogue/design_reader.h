@@ -33,7 +33,8 @@ using DesignReader = std::function<std::vector<ReadOutcome>(std::span<const std:
 [[nodiscard]] std::vector<DesignReader> pluginReaders(const std::filesystem::path& module, std::size_t count,
                                                       const WorkerLimits& limits = {});
 
-/// A number that changes when the module does, so that files are read again after an update.
-[[nodiscard]] std::int64_t readerNumber(const std::filesystem::path& module) noexcept;
+/// A number that changes when the module does, so that files are read again after an update. std::system_error when
+/// that cannot be told.
+[[nodiscard]] std::int64_t readerNumber(const std::filesystem::path& module);
 
 }  // namespace velamo

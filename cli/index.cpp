@@ -36,7 +36,9 @@ ExitStatus runIndexer(Catalogue& catalogue, const IndexOptions& options, const C
     const auto module = PluginHost::findModule();
     if (module.empty()) return reportNoModule(console, "it is not there; $VELAMO_IMPORTER may name it");
     std::vector<DesignReader> readers;
+    std::int64_t number = 0;
     try {
+        number = readerNumber(module);
         readers = pluginReaders(module, options.jobs);
     } catch (const std::runtime_error& error) {
         return reportNoModule(console, error.what());
@@ -50,7 +52,7 @@ ExitStatus runIndexer(Catalogue& catalogue, const IndexOptions& options, const C
                 reportProblem(console, file, error);
             },
         .progress = [&bar](const IndexProgress& progress) { bar.show(progress.finishedShare, progress.files); }};
-    const auto summary = indexFolders(catalogue, {options.folders}, std::move(readers), readerNumber(module), observer);
+    const auto summary = indexFolders(catalogue, {options.folders}, std::move(readers), number, observer);
     bar.hide();
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     console.out << summaryText(summary, seconds.count()) << '\n';

@@ -89,6 +89,8 @@ TEST(ReaderNumber, ChangesWithTheModule) {
     EXPECT_EQ(readerNumber(module), before);
     folder.write("importer", std::string("another"));
     EXPECT_NE(readerNumber(module), before);
+    std::filesystem::remove(module);
+    EXPECT_THROW(static_cast<void>(readerNumber(module)), std::system_error);
 }
 
 TEST(PluginReaders, OfNoModuleAreARuntimeError) {
