@@ -13,9 +13,8 @@ struct ImportOptions {
     bool givesSystemReason = false;
 };
 
-/// The bytes of a design file, of which no format has more than mostBytesOfFile. Throws the reason as a
-/// std::system_error where reading breaks off or the file is larger, and where the options say so. May throw
-/// std::bad_alloc.
+/// The bytes of a design file. Throws the reason as a std::system_error where reading breaks off or the file has more
+/// than 256 MB (mostBytesOfFile, see platform/files.h), and where the options say so. May throw std::bad_alloc.
 [[nodiscard]] std::vector<std::uint8_t> loadFile(const std::filesystem::path& url, const ImportOptions& options);
 
 }  // namespace velamo
