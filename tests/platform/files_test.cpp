@@ -311,6 +311,7 @@ TEST_P(EndedWriters, LeaveNoSecondName) {
         if (child == 0) {
             prepareForSignals();
             std::vector<std::thread> writers;
+            writers.reserve(3);
             for (const char* name : {"one", "two", "three"})
                 writers.emplace_back([file = folder.path() / name] {
                     for (;;) static_cast<void>(replaceFile(file, bytes("some bytes")));
@@ -445,8 +446,9 @@ constexpr uid_t nobody = 65534;
 /// Replaces the file as somebody of the groups 65534 and 5678; true when that went well.
 bool replaceAsNobody(const std::filesystem::path& file) {
     const int status = statusOfChild([&] {
-        const gid_t groups[] = {nobody, 5678};
-        if (::setgroups(std::size(groups), groups) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0) ::_exit(1);
+        const std::array<gid_t, 2> groups{nobody, 5678};
+        if (::setgroups(groups.size(), groups.data()) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0)
+            ::_exit(1);
         ::_exit(replaceFile(file, bytes("new")) ? 2 : 0);
     });
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;

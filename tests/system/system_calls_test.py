@@ -31,7 +31,7 @@ from tracing import CANNOT_TRACE, may_trace
 
 ERRORS = ("EIO", "ENOSPC", "ESTALE", "EPERM", "EINTR")
 SECONDS_OF_A_RUN = 120
-SECONDS_OF_A_SAMPLE = 45
+SECONDS_OF_A_SAMPLE = 35
 
 # Calls that a kernel lets fail for no reason of a disk, or never.
 LEFT_OUT = {
