@@ -76,7 +76,7 @@ SaveOutcome convertSafely(const Conversion& conversion, const ExportOptions& opt
         outcome = convertOne(conversion, options);
         return true;
     });
-    return isDone ? outcome : failureAt(conversion.target, std::move(error));
+    return isDone ? std::move(outcome) : failureAt(conversion.target, std::move(error));
 }
 
 using Converters = WorkerPool<Conversion, SaveOutcome>;

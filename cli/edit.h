@@ -18,8 +18,9 @@ struct EditRequest {
 };
 
 /// Imports the design, carries out the commands in order and prints {"results": [...]} with one result a command, and
-/// with "design", the design as in a dump, where that is asked for; before, the design is exported to the target, if
-/// there is one. A command that fails ends the run: its result is {"error": ...}, and nothing is exported.
+/// with "design", the design as in a dump, where that is asked for; before, the design is saved to the target, if there
+/// is one, as saveDesign does. The script "-" is the standard input; one that cannot be read is a failure. A command
+/// that fails ends the run: its result is {"error": ...}, and nothing is exported.
 [[nodiscard]] ExitStatus edit(const EditRequest& request, const Console& console);
 
 }  // namespace velamo

@@ -13,10 +13,20 @@
 #include "platform/user.h"
 
 namespace velamo {
-
 namespace {
 
 constexpr std::string_view inchMark = "\"";
+
+/// The text with a single blank between its words, where the transformer would take two for a missing number.
+std::string withSingleBlanks(std::string_view text) {
+    constexpr std::string_view blanks = " \t";
+    std::string words;
+    for (const char letter : text) {
+        const bool isBlank = blanks.find(letter) != blanks.npos;
+        if (!isBlank || !words.ends_with(' ')) words += isBlank ? ' ' : letter;
+    }
+    return words;
+}
 
 /// What a person writes: the number, and the unit that stands behind it, if it is one of these. The transformer would
 /// take the unit for a part of a fraction's last number.
@@ -51,7 +61,7 @@ bool hasNumber(const std::string& text) {
 }  // namespace
 
 ExitStatus parseLength(const std::string& text, std::optional<std::int32_t> unit, const Console& console) {
-    const Length length = lengthIn(text);
+    const Length length = lengthIn(withSingleBlanks(text));
     const VLMValueTransformer transformer = transformerFor(length.unit ? length.unit : unit);
     const double millimetres = transformer.reverseTransformedValue(length.number).number().value_or(0);
     if (!hasNumber(length.number) || !std::isfinite(millimetres)) {

@@ -72,6 +72,31 @@ const PictureKind& kindOf(const std::filesystem::path& picture) {
     return *found;
 }
 
+/// Sides, in millimetres, up to which a picture in true size is good: pages of PDF files have 200 inches at most, and
+/// programs that show SVG files tell hundredths of a millimetre apart in single precision.
+struct TrueSizeLimit {
+    std::string_view extension;
+    double mostMillimetres;
+};
+constexpr std::array<TrueSizeLimit, 2> trueSizeLimits{{{"pdf", 5080}, {"svg", 100000}}};
+
+/// Whether the picture is larger than such a file can be, which is reported then.
+bool isBeyondLimit(const RenderRequest& request, const PictureKind& kind, const VLMDesign& design,
+                   const Console& console) {
+    constexpr double tenthsOfMillimetre = 10;
+    const VLMRect rect = pictureRectOf(design);
+    const bool isBeyond = std::any_of(trueSizeLimits.begin(), trueSizeLimits.end(), [&](const TrueSizeLimit& limit) {
+        return limit.extension == kind.extension &&
+               std::max(rect.width, rect.height) > limit.mostMillimetres * tenthsOfMillimetre;
+    });
+    if (!isBeyond) return false;
+    std::ostringstream message;
+    message << std::setprecision(0) << std::fixed << "A picture of " << rect.width / tenthsOfMillimetre << " by "
+            << rect.height / tenthsOfMillimetre << " mm cannot be drawn.";
+    reportProblem(console, request.picture.native(), message.str(), EFBIG);
+    return true;
+}
+
 void checkThread(const RenderRequest& request, const VLMDesign& design) {
     const std::int32_t count = design.numberOfThreads();
     if (!request.thread || (*request.thread >= -1 && *request.thread < count)) return;
@@ -124,6 +149,7 @@ ExitStatus renderDesign(const RenderRequest& request, const Console& console) {
     }
     for (const EditCommand& command : commands) command(design);
     checkThread(request, design);
+    if (isBeyondLimit(request, kind, design, console)) return ExitStatus::failure;
     return writePicture(request, kind, design, console);
 }
 

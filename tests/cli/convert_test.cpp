@@ -214,7 +214,7 @@ TEST_F(ConvertAll, LeavesOutItsOwnOutput) {
     }
 }
 
-TEST_F(ConvertAll, NamesTheTargetWhoseDiskIsFull) {
+TEST_F(ConvertAll, NamesTheTargetThatCannotBeWritten) {
     fs::create_directories(fs::path(out_) / "rose.exp");
     const auto outcome = toExp();
     EXPECT_EQ(outcome.status, 1);

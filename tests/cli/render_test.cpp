@@ -111,6 +111,30 @@ TEST_F(Render, TellsPicturesThatAreTooLarge) {
     EXPECT_EQ(rendered("out.svg", {"--scale", "1000"}).status, 0);
 }
 
+struct LargeRow {
+    const char* name;
+    const char* file;
+    const char* jump;  // in tenths of a millimetre
+    const char* size;  // as it is said, or null where it can be drawn
+};
+class LargePictures : public Render, public testing::WithParamInterface<LargeRow> {};
+TEST_P(LargePictures, SayHowLargeTheyAre) {
+    const auto& [name, file, jump, size] = GetParam();
+    const auto outcome = rendered(file, {"-e", std::string("insert-jump ") + jump + " 0 2", "-e", "optimize VP3"});
+    EXPECT_EQ(outcome.status, size == nullptr ? 0 : 1);
+    EXPECT_EQ(outcome.problems, size == nullptr ? ""
+                                                : "velamo: " + (folder_.path() / file).native() + ": A picture of " +
+                                                      size + " cannot be drawn. (error 27)\n");
+    EXPECT_EQ(std::filesystem::exists(folder_.path() / file), size == nullptr);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, LargePictures,
+                         testing::Values(LargeRow{"PageOfFiveMetres", "out.pdf", "50000", nullptr},
+                                         LargeRow{"PageOfSixMetres", "out.pdf", "60000", "6012 by 14 mm"},
+                                         LargeRow{"LinesOfSixMetres", "out.svg", "60000", nullptr},
+                                         LargeRow{"LinesOfTwoHundredMetres", "out.svg", "2e6", "200012 by 14 mm"},
+                                         LargeRow{"Pixels", "out.png", "60000", "60120 by 141 pixels"}),
+                         [](const auto& row) { return row.param.name; });
+
 TEST_F(Render, TellsWhatCannotBeWritten) {
     const std::string out = folder_.path() / "nowhere" / "out.png";
     const auto outcome = call({"render", design_, out});
