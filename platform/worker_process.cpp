@@ -1,36 +1,42 @@
 #include "platform/worker_process.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/time.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <optional>
-#include <system_error>
+#include <utility>
 
 #include "platform/confinement.h"
+#include "platform/signals.h"
 
 namespace velamo {
 namespace {
 
 constexpr std::size_t longestMessage = 65536;
-constexpr int socketOfGuardian = 3;  // the first behind the standard streams
+constexpr int placeOfSocket = 3;  // the first behind the standard streams
+constexpr int placeOfAttachment = 4;
 
-enum class Kind : char { request, answer, death };
+enum class Kind : char { request, answer, death, ready };
 
 /// What passes the socket: a header, and a text behind it. Numbers tell to which request an answer belongs: the death
 /// of a worker that had answered already belongs to none that is still waited for.
 struct Header {
     std::uint64_t number = 0;
     Kind kind = Kind::request;
-    int signal = 0;
+    bool isConfined = false;  // of a worker that is ready
+    int signal = 0;           // of a death
 };
 
 struct Message {
@@ -38,8 +44,8 @@ struct Message {
     std::string text;
 };
 
-[[noreturn]] void throwLastError(const char* what) {
-    throw std::system_error(errno, std::generic_category(), what);
+std::system_error lastError(const char* what) {
+    return {errno, std::generic_category(), what};
 }
 
 /// One message, whole; false, with errno, when it is too long or the other side is gone.
@@ -89,45 +95,64 @@ void setTimer(std::chrono::milliseconds time) {
     ::setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
-/// The worker: serves until its owner is gone. The alarm's signal, which nobody catches, ends it.
-[[noreturn]] void serve(const WorkerProcess::Service& service, const WorkerLimits& limits,
-                        SharedNumber& current) noexcept {
+/// Ends this process with the one that made it, which may be gone already.
+void endWith(pid_t maker) noexcept {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    confineToReading(limits.memory);
-    while (auto request = receive(socketOfGuardian)) {
+    if (::getppid() != maker) ::_exit(0);
+}
+
+/// Takes from this process what it got from its maker: how signals are taken, and all open files but the socket and the
+/// attachment (-1: none), which get their places. Sockets of other guardians would else never close.
+void breakAway(int socket, int attachment) noexcept {
+    constexpr int aboveAllPlaces = 16;
+    restoreUsualSignals();
+    ::signal(SIGXFSZ, SIG_IGN);  // a full attachment is an error
+    const int movedSocket = ::fcntl(socket, F_DUPFD, aboveAllPlaces);
+    const int movedAttachment = attachment < 0 ? -1 : ::fcntl(attachment, F_DUPFD, aboveAllPlaces);
+    const int nowhere = ::open("/dev/null", O_RDWR);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (nowhere != stream && ::dup2(nowhere, stream) < 0) ::close(stream);
+    ::dup2(movedSocket, placeOfSocket);
+    if (movedAttachment >= 0) ::dup2(movedAttachment, placeOfAttachment);
+    ::closefrom(movedAttachment < 0 ? placeOfAttachment : placeOfAttachment + 1);
+}
+
+/// The worker: serves until its owner is gone. The alarm's signal, which nobody catches, ends it.
+[[noreturn]] void serve(const WorkerTask& task, SharedNumber& current, pid_t guardian) noexcept {
+    endWith(guardian);
+    const int attachment = task.hasAttachment ? placeOfAttachment : -1;
+    const Confinement confinement =
+        confineToReading({.memory = task.limits.memory, .socket = placeOfSocket, .attachment = attachment});
+    const bool isConfined = confinement.areCallsRefused;
+    send(placeOfSocket, {.header = {.kind = Kind::ready, .isConfined = isConfined}, .text = {}});
+    if (task.limits.isConfinedOnly && !isConfined) ::_exit(0);
+    while (auto request = receive(placeOfSocket)) {
         current = request->header.number;
-        setTimer(limits.time);
+        setTimer(task.limits.time);
+        AttachmentWriter writer(attachment);
         Message answer{.header = {.number = request->header.number, .kind = Kind::answer},
-                       .text = service(request->text)};
+                       .text = task.service(request->text, writer)};
         setTimer(std::chrono::milliseconds(0));
-        if (!send(socketOfGuardian, answer)) break;
+        if (!send(placeOfSocket, answer)) break;
     }
     ::_exit(0);
 }
 
-/// Keeps the socket of the guardian and the standard streams, and nothing else of what the owner has open: neither its
-/// files nor the sockets of other guardians, whose owner's end would never close.
-void keepOnlySocket(int socket) {
-    if (socket != socketOfGuardian) ::dup2(socket, socketOfGuardian);
-    ::close_range(socketOfGuardian + 1, ~0U, 0);
-}
-
 /// The guardian: one worker after the other, until one ends because the owner is gone. One that dies before it took
 /// another request would go on dying.
-[[noreturn]] void guard(int socket, const WorkerProcess::Service& service, const WorkerLimits& limits) noexcept {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    keepOnlySocket(socket);
+[[noreturn]] void guard(const WorkerTask& task) noexcept {
     SharedNumber* const current = makeSharedNumber();
+    const pid_t self = ::getpid();
     std::uint64_t buried = 0;
     while (current != nullptr) {
         const pid_t worker = ::fork();
-        if (worker == 0) serve(service, limits, *current);
+        if (worker == 0) serve(task, *current, self);
         int status = 0;
         while (worker > 0 && ::waitpid(worker, &status, 0) < 0 && errno == EINTR) continue;
         if (worker < 0 || status == 0 || *current == buried) break;
         buried = *current;
         const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-        send(socketOfGuardian, {.header = {.number = buried, .kind = Kind::death, .signal = signal}, .text = {}});
+        send(placeOfSocket, {.header = {.number = buried, .kind = Kind::death, .signal = signal}, .text = {}});
     }
     ::_exit(0);
 }
@@ -138,45 +163,108 @@ bool WorkerDeath::isTimeout() const noexcept {
     return signal == SIGALRM;
 }
 
+bool WorkerDeath::isFromOutside() const noexcept {
+    constexpr std::array signals{SIGKILL, SIGTERM, SIGINT, SIGHUP, SIGQUIT};
+    return std::find(signals.begin(), signals.end(), signal) != signals.end();
+}
+
 std::string WorkerDeath::description() const {
     const char* const words = signal == 0 ? nullptr : ::sigdescr_np(signal);
     return words == nullptr ? "ended" : words;
 }
 
-WorkerProcess::WorkerProcess(const Service& service, const WorkerLimits& limits) {
-    std::array<int, 2> sockets{};
-    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets.data()) != 0) throwLastError("socketpair");
+std::error_code AttachmentWriter::append(std::span<const std::byte> bytes) noexcept {
+    while (!bytes.empty()) {
+        const ssize_t count = ::pwrite(file_, bytes.data(), bytes.size(), size_);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return {errno, std::generic_category()};
+        size_ += count;
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return {};
+}
+
+WorkerTask::WorkerTask(Service answer, const WorkerLimits& bounds)
+    : service([answer = std::move(answer)](const std::string& request, AttachmentWriter&) { return answer(request); }),
+      limits(bounds),
+      hasAttachment(false) {}
+
+WorkerTask::WorkerTask(AttachingService attach, const WorkerLimits& bounds)
+    : service(std::move(attach)), limits(bounds), hasAttachment(true) {}
+
+/// What an owner and a guardian have in common: both ends of a socket, and a file without a name.
+struct WorkerProcess::Ends {
+    explicit Ends(bool hasAttachment) {
+        std::array<int, 2> sockets{};
+        if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets.data()) != 0) throw lastError("socketpair");
+        own = sockets[0];
+        guardians = sockets[1];
+        if (!hasAttachment) return;
+        attachment = ::memfd_create("velamo", MFD_CLOEXEC);
+        if (attachment < 0) throw closed("memfd_create");
+    }
+    /// Closes all, and makes an exception of the last failure.
+    [[nodiscard]] std::system_error closed(const char* what) const {
+        const std::system_error failure = lastError(what);
+        for (const int descriptor : {own, guardians, attachment})
+            if (descriptor >= 0) ::close(descriptor);
+        return failure;
+    }
+
+    int own = -1;
+    int guardians = -1;
+    int attachment = -1;
+};
+
+WorkerProcess::WorkerProcess(const Ends& ends) noexcept : socket_(ends.own), attachment_(ends.attachment) {}
+
+WorkerProcess::WorkerProcess(const WorkerTask& task) {
+    const Ends ends(task.hasAttachment);
+    const pid_t self = ::getpid();
     guardian_ = ::fork();
-    if (guardian_ == 0) guard(sockets[1], service, limits);
-    const int failure = errno;
-    ::close(sockets[1]);
-    socket_ = sockets[0];
-    if (guardian_ > 0) return;
-    ::close(socket_);
-    errno = failure;
-    throwLastError("fork");
+    if (guardian_ < 0) throw ends.closed("fork");
+    if (guardian_ == 0) {
+        breakAway(ends.guardians, ends.attachment);
+        ::setsid();
+        endWith(self);
+        guard(task);
+    }
+    ::close(ends.guardians);
+    socket_ = ends.own;
+    attachment_ = ends.attachment;
 }
 
 WorkerProcess::~WorkerProcess() {
     ::close(socket_);
-    while (::waitpid(guardian_, nullptr, 0) < 0 && errno == EINTR) continue;
+    if (attachment_ >= 0) ::close(attachment_);
+    while (guardian_ > 0 && ::waitpid(guardian_, nullptr, 0) < 0 && errno == EINTR) continue;
 }
 
-void WorkerProcess::sendRequest(const std::string& request) {
-    if (!send(socket_, {.header = {.number = ++number_}, .text = request})) throwLastError("worker");
+bool WorkerProcess::isConfined() {
+    if (!isConfined_) {
+        const auto message = receive(socket_);
+        errno = ECONNRESET;
+        if (!message || message->header.kind != Kind::ready) throw lastError("worker");
+        isConfined_ = message->header.isConfined;
+    }
+    return *isConfined_;
 }
 
-WorkerProcess::Reply WorkerProcess::receiveReply(std::uint64_t number) {
-    for (;;) {
-        auto message = receive(socket_);
-        if (!message) {
-            errno = ECONNRESET;
-            throwLastError("worker");
-        }
-        if (message->header.number != number) continue;
+/// False when the other side is gone.
+bool WorkerProcess::sendRequest(const std::string& request) {
+    if (send(socket_, {.header = {.number = ++number_}, .text = request})) return true;
+    if (errno == EMSGSIZE) throw lastError("worker");
+    return false;
+}
+
+std::optional<WorkerProcess::Reply> WorkerProcess::receiveReply(std::uint64_t number) {
+    while (auto message = receive(socket_)) {
+        if (message->header.kind == Kind::ready) isConfined_ = message->header.isConfined;
+        if (message->header.kind == Kind::ready || message->header.number != number) continue;
         if (message->header.kind == Kind::death) return WorkerDeath{message->header.signal};
         return std::move(message->text);
     }
+    return std::nullopt;
 }
 
 std::vector<WorkerProcess::Reply> WorkerProcess::ask(std::span<const std::string> requests) {
@@ -189,13 +277,139 @@ std::vector<WorkerProcess::Reply> WorkerProcess::ask(std::span<const std::string
         // No more than the socket holds: else both sides might wait for each other.
         for (std::size_t sent = number_ - before; sent < requests.size() && sent - replies.size() < mostAhead; ++sent) {
             if (sizeAhead > 0 && sizeAhead + requests[sent].size() > longestMessage) break;
-            sendRequest(requests[sent]);
+            if (!sendRequest(requests[sent])) break;  // what was answered before the loss can still be had
             sizeAhead += requests[sent].size();
         }
         sizeAhead -= requests[replies.size()].size();
-        replies.push_back(receiveReply(before + replies.size() + 1));
+        auto reply = receiveReply(before + replies.size() + 1);
+        if (!reply) break;
+        replies.push_back(std::move(*reply));
     }
     return replies;
+}
+
+std::error_code WorkerProcess::readAttachment(std::span<std::byte> bytes, std::uint64_t offset) const noexcept {
+    while (!bytes.empty()) {
+        const ssize_t count = ::pread(attachment_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return {count < 0 ? errno : EIO, std::generic_category()};
+        offset += static_cast<std::uint64_t>(count);
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return {};
+}
+
+std::uint64_t WorkerProcess::sizeOfAttachment() const noexcept {
+    struct stat status = {};
+    return ::fstat(attachment_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+void WorkerProcess::clearAttachment() noexcept {
+    static_cast<void>(::ftruncate(attachment_, 0));
+}
+
+namespace {
+
+/// A message to the nursery: descriptors travel beside a byte.
+union DescriptorRoom {
+    cmsghdr alignment;
+    std::array<char, CMSG_SPACE(2 * sizeof(int))> bytes;
+};
+
+bool sendDescriptors(int socket, std::span<const int> descriptors) noexcept {
+    char byte = 0;
+    iovec content{.iov_base = &byte, .iov_len = 1};
+    DescriptorRoom room{.bytes = {}};
+    msghdr message = {};
+    message.msg_iov = &content;
+    message.msg_iovlen = 1;
+    message.msg_control = room.bytes.data();
+    message.msg_controllen = CMSG_SPACE(descriptors.size_bytes());
+    cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(descriptors.size_bytes());
+    std::memcpy(CMSG_DATA(header), descriptors.data(), descriptors.size_bytes());
+    ssize_t sent = 0;
+    do {
+        sent = ::sendmsg(socket, &message, MSG_NOSIGNAL);
+    } while (sent < 0 && errno == EINTR);
+    return sent == 1;
+}
+
+/// False when the owner is gone.
+bool receiveDescriptors(int socket, std::span<int> descriptors) noexcept {
+    char byte = 0;
+    iovec content{.iov_base = &byte, .iov_len = 1};
+    DescriptorRoom room{.bytes = {}};
+    msghdr message = {};
+    message.msg_iov = &content;
+    message.msg_iovlen = 1;
+    message.msg_control = room.bytes.data();
+    message.msg_controllen = room.bytes.size();
+    ssize_t count = 0;
+    do {
+        count = ::recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
+    } while (count < 0 && errno == EINTR);
+    const cmsghdr* const header = count == 1 ? CMSG_FIRSTHDR(&message) : nullptr;
+    if (header == nullptr || header->cmsg_len != CMSG_LEN(descriptors.size_bytes())) return false;
+    std::memcpy(descriptors.data(), CMSG_DATA(header), descriptors.size_bytes());
+    return true;
+}
+
+/// The nursery: a guardian for each pair of descriptors that arrive, until the owner is gone. Then all of them end,
+/// whatever they do: they are the nursery's group of processes. They do not end with the nursery itself, so that its
+/// loss is no loss of workers.
+[[noreturn]] void nurse(const WorkerTask& task) noexcept {
+    std::array<int, 2> descriptors{-1, -1};
+    const std::span<int> used = std::span(descriptors).first(task.hasAttachment ? 2 : 1);
+    ::signal(SIGCHLD, SIG_IGN);  // nobody waits for guardians
+    while (receiveDescriptors(placeOfSocket, used)) {
+        const pid_t guardian = ::fork();
+        const int failure = guardian < 0 ? errno : 0;
+        if (guardian == 0) {
+            breakAway(descriptors[0], descriptors[1]);
+            guard(task);
+        }
+        for (const int descriptor : used) ::close(descriptor);
+        Message answer{.header = {.kind = Kind::answer, .signal = failure}, .text = {}};
+        if (!send(placeOfSocket, answer)) break;
+    }
+    ::kill(0, SIGKILL);
+    ::_exit(0);
+}
+
+}  // namespace
+
+WorkerNursery::WorkerNursery(const WorkerTask& task) : hasAttachment_(task.hasAttachment) {
+    constexpr bool withoutAttachment = false;
+    const WorkerProcess::Ends ends(withoutAttachment);
+    process_ = ::fork();
+    if (process_ < 0) throw ends.closed("fork");
+    if (process_ == 0) {
+        breakAway(ends.guardians, ends.attachment);
+        ::setsid();
+        nurse(task);
+    }
+    ::close(ends.guardians);
+    socket_ = ends.own;
+}
+
+WorkerNursery::~WorkerNursery() {
+    ::close(socket_);
+    while (::waitpid(process_, nullptr, 0) < 0 && errno == EINTR) continue;
+}
+
+std::unique_ptr<WorkerProcess> WorkerNursery::makeWorker() {
+    const WorkerProcess::Ends ends(hasAttachment_);
+    const std::array descriptors{ends.guardians, ends.attachment};
+    const std::lock_guard lock(mutex_);
+    const bool isAsked = sendDescriptors(socket_, std::span(descriptors).first(hasAttachment_ ? 2 : 1));
+    const auto answer = isAsked ? receive(socket_) : std::nullopt;
+    errno = answer ? answer->header.signal : ECONNRESET;
+    if (errno != 0) throw ends.closed("fork");
+    ::close(ends.guardians);
+    return std::unique_ptr<WorkerProcess>(new WorkerProcess(ends));
 }
 
 }  // namespace velamo

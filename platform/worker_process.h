@@ -1,10 +1,15 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
 #include <span>
 #include <string>
+#include <system_error>
 #include <variant>
 #include <vector>
 
@@ -14,6 +19,7 @@ namespace velamo {
 struct WorkerLimits {
     std::chrono::milliseconds time{30'000};         // by the wall clock
     std::uint64_t memory = std::uint64_t{2} << 30;  // bytes of address space; more cannot be allocated
+    bool isConfinedOnly = false;                    // where the system cannot confine it, it ends before any request
 };
 
 /// How a worker process ended in the middle of a request.
@@ -22,38 +28,106 @@ struct WorkerDeath {
     friend bool operator==(const WorkerDeath&, const WorkerDeath&) = default;
     /// It took more than its time.
     [[nodiscard]] bool isTimeout() const noexcept;
+    /// Somebody else ended it: the signal is none that comes of what a process does. (The system does that when memory
+    /// runs out, to whatever process it likes.)
+    [[nodiscard]] bool isFromOutside() const noexcept;
     /// The system's words for the signal.
     [[nodiscard]] std::string description() const;
 };
 
-/// Answers requests in a process of its own, so that whatever happens there happens to one request: the process is
-/// replaced when it dies or takes too long. It can read files, but not write any, open no network connection and start
-/// no program. A small guardian process watches it and stands in for it when it is gone; both end with their owner.
-class WorkerProcess {
+/// Where a worker puts what is too long for an answer.
+class AttachmentWriter {
 public:
+    explicit AttachmentWriter(int file) noexcept : file_(file) {}
+    /// Appends the bytes. The system's reason when there is no room for them (see WorkerLimits::memory).
+    [[nodiscard]] std::error_code append(std::span<const std::byte> bytes) noexcept;
+
+private:
+    int file_;
+    std::int64_t size_ = 0;
+};
+
+/// What a worker process does.
+struct WorkerTask {
     /// Texts of at most 64 kB, minus a few bytes. What it throws ends the process.
     using Service = std::function<std::string(const std::string& request)>;
+    using AttachingService = std::function<std::string(const std::string& request, AttachmentWriter& attachment)>;
+
+    WorkerTask(Service service, const WorkerLimits& limits = {});
+    WorkerTask(AttachingService service, const WorkerLimits& limits = {});
+
+    AttachingService service;
+    WorkerLimits limits;
+    bool hasAttachment;
+};
+
+/// Answers requests in a process of its own, so that whatever happens there happens to one request: the process is
+/// replaced when it dies or takes too long. It can read files and nothing else (see confinement.h), has nothing open
+/// that its owner has, and belongs to no terminal. A small guardian process watches it and stands in for it when it is
+/// gone; both end with their owner.
+class WorkerProcess {
+public:
+    using Service = WorkerTask::Service;
 
     /// Must be called while the process has one thread: a copy of a process has only that. std::system_error when there
     /// is no process to be had.
-    explicit WorkerProcess(const Service& service, const WorkerLimits& limits = {});
+    explicit WorkerProcess(const WorkerTask& task);
+    explicit WorkerProcess(const Service& service, const WorkerLimits& limits = {})
+        : WorkerProcess(WorkerTask(service, limits)) {}
     ~WorkerProcess();
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
 
+    /// Whether the system refuses the process everything but reading. Waits until the process is ready;
+    /// std::system_error when it was lost before.
+    [[nodiscard]] bool isConfined();
+
     using Reply = std::variant<std::string, WorkerDeath>;
-    /// A reply to each request, in order. The worker finds the next request there when it is done with one, so many at
-    /// once are much faster than one by one. One thread at a time asks. std::system_error when the guardian is gone or
-    /// a request too long.
+    /// A reply to each request, in order; to the first ones only where the guardian is gone, and so the worker with it.
+    /// The worker finds the next request there when it is done with one, so many at once are much faster than one by
+    /// one. One thread at a time asks. std::system_error when a request is too long.
     [[nodiscard]] std::vector<Reply> ask(std::span<const std::string> requests);
 
+    /// Bytes of the attachment of the last answer, from the offset on, as many as there are; for a task that has one.
+    /// It is the worker's to change: read it once. The system's reason when it cannot be read, EIO behind its end.
+    [[nodiscard]] std::error_code readAttachment(std::span<std::byte> bytes, std::uint64_t offset) const noexcept;
+    [[nodiscard]] std::uint64_t sizeOfAttachment() const noexcept;
+    /// Gives its memory back.
+    void clearAttachment() noexcept;
+
 private:
-    void sendRequest(const std::string& request);
-    [[nodiscard]] Reply receiveReply(std::uint64_t number);
+    friend class WorkerNursery;
+    struct Ends;
+    explicit WorkerProcess(const Ends& ends) noexcept;
+    [[nodiscard]] bool sendRequest(const std::string& request);
+    [[nodiscard]] std::optional<Reply> receiveReply(std::uint64_t number);
 
     int socket_ = -1;
-    int guardian_ = -1;
-    std::uint64_t number_ = 0;  // of the last request that was sent
+    int attachment_ = -1;
+    int guardian_ = -1;               // -1: another process's child
+    std::uint64_t number_ = 0;        // of the last request that was sent
+    std::optional<bool> isConfined_;  // as the process said
+};
+
+/// Makes worker processes of one kind at any time, for a process that may have many threads by then: a process of one
+/// thread, copied from this one at the start, makes them.
+class WorkerNursery {
+public:
+    /// Must be called while the process has one thread. std::system_error when there is no process to be had.
+    explicit WorkerNursery(const WorkerTask& task);
+    /// Ends all workers that it made.
+    ~WorkerNursery();
+    WorkerNursery(const WorkerNursery&) = delete;
+    WorkerNursery& operator=(const WorkerNursery&) = delete;
+
+    /// Any thread may ask. std::system_error when there is no process to be had.
+    [[nodiscard]] std::unique_ptr<WorkerProcess> makeWorker();
+
+private:
+    int socket_ = -1;
+    int process_ = -1;
+    bool hasAttachment_;
+    std::mutex mutex_;
 };
 
 }  // namespace velamo

@@ -5,11 +5,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <system_error>
 #include <thread>
@@ -35,7 +38,7 @@ std::string obey(const std::string& order) {
     if (order == "abort") std::abort();
     if (order == "throw") throw std::runtime_error("careless");
     if (order == "exit") ::_exit(7);
-    if (order == "hang") std::this_thread::sleep_for(std::chrono::hours(1));
+    for (volatile bool isHanging = order == "hang"; isHanging;) continue;
     if (order == "process") return std::to_string(::getpid());
     return order + "!";
 }
@@ -130,17 +133,11 @@ TEST(Worker, ReadsFilesAndChangesNothing) {
         if (std::ofstream(path + ".new")) done += " create";
         if (std::ofstream(path, std::ios::app)) done += " append";
         if (std::ofstream(path)) done += " replace";
-        if (::unlink(path.c_str()) == 0) done += " remove";
-        if (::rename(path.c_str(), (path + "2").c_str()) == 0) done += " rename";
-        if (::socket(AF_INET, SOCK_STREAM, 0) >= 0) done += " network";
-        if (::socket(AF_UNIX, SOCK_STREAM, 0) >= 0) done += " socket";
-        if (::kill(::getppid(), 0) == 0) done += " kill";
-        if (::fork() >= 0) done += " fork";
-        ::execl("/bin/true", "true", nullptr);
         return done;
     };
     WorkerProcess worker(tryAll);
     EXPECT_EQ(ask(worker, ""), Reply("petals"));
+    EXPECT_TRUE(worker.isConfined());
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
@@ -174,6 +171,119 @@ TEST(Worker, EndsWhenItsOwnerIsKilled) {
     EXPECT_NE(::kill(process, 0), 0);
     ::close(pipe[0]);
     ::close(pipe[1]);
+}
+
+TEST(Worker, AttachesWhatIsTooLongForAnAnswer) {
+    const auto attach = [](const std::string& letters, AttachmentWriter& attachment) -> std::string {
+        for (const char letter : letters) {
+            const std::vector<char> bytes(100'000, letter);
+            if (const auto failure = attachment.append(std::as_bytes(std::span(bytes))))
+                return std::to_string(failure.value());
+        }
+        return "attached";
+    };
+    WorkerProcess worker{WorkerTask(attach)};
+    for (const std::string letters : {"abc", "d", ""}) {
+        EXPECT_EQ(ask(worker, letters), Reply("attached"));
+        EXPECT_EQ(worker.sizeOfAttachment(), letters.size() * 100'000);
+        for (std::size_t i = 0; i < letters.size(); ++i) {
+            std::vector<char> bytes(100'000);
+            EXPECT_FALSE(worker.readAttachment(std::as_writable_bytes(std::span(bytes)), i * 100'000));
+            EXPECT_EQ(bytes, std::vector<char>(100'000, letters[i]));
+        }
+        std::array<std::byte, 2> beyond{};
+        EXPECT_EQ(worker.readAttachment(beyond, letters.empty() ? 0 : worker.sizeOfAttachment() - 1).value(), EIO);
+        worker.clearAttachment();
+    }
+}
+
+TEST(Worker, AttachesNoMoreThanItsMemory) {
+    constexpr std::uint64_t most = std::uint64_t{64} << 20;
+    const auto attach = [](const std::string& text, AttachmentWriter& attachment) -> std::string {
+        const std::vector<char> bytes(1 << 20, 'x');
+        for (int i = 0; i < std::stoi(text); ++i)
+            if (const auto failure = attachment.append(std::as_bytes(std::span(bytes))))
+                return std::to_string(failure.value());
+        return "attached";
+    };
+    WorkerProcess worker{WorkerTask(attach, {.memory = canLimitMemory() ? most * 4 : most})};
+    const std::string tooMuch = canLimitMemory() ? "257" : "65";
+    EXPECT_EQ(ask(worker, tooMuch), Reply(std::to_string(EFBIG)));
+    worker.clearAttachment();
+    EXPECT_EQ(ask(worker, "1"), Reply("attached"));
+}
+
+/// What the caller of a program ignores or blocks, its workers do not.
+TEST(Worker, TakesSignalsInTheUsualWay) {
+    const pid_t caller = ::fork();
+    if (caller == 0) {
+        sigset_t all;
+        sigfillset(&all);
+        for (const int signal : {SIGALRM, SIGCHLD, SIGPIPE}) std::signal(signal, SIG_IGN);
+        sigprocmask(SIG_BLOCK, &all, nullptr);
+        WorkerProcess worker(obey, {.time = milliseconds(200)});
+        const std::vector<std::string> requests{"hang", "a", "exit", "b"};
+        const std::vector<Reply> replies{WorkerDeath{SIGALRM}, "a!", WorkerDeath{}, "b!"};
+        ::_exit(worker.ask(requests) == replies ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(caller, &status, 0), caller);
+    EXPECT_EQ(status, 0);
+}
+
+/// The processes that `process` made.
+std::vector<pid_t> childrenOf(pid_t process) {
+    const std::string number = std::to_string(process);
+    std::ifstream in("/proc/" + number + "/task/" + number + "/children");
+    return {std::istream_iterator<pid_t>(in), {}};
+}
+
+TEST(Worker, ThatIsLostAnswersNoMore) {
+    WorkerProcess worker(obey);
+    EXPECT_EQ(ask(worker, "a"), Reply("a!"));
+    ASSERT_EQ(childrenOf(::getpid()).size(), 1U);
+    ::kill(childrenOf(::getpid())[0], SIGKILL);
+    const std::vector<std::string> requests{"b", "c"};
+    for (int i = 0; i < 200 && !worker.ask(requests).empty(); ++i) std::this_thread::sleep_for(milliseconds(10));
+    EXPECT_TRUE(worker.ask(requests).empty());
+    EXPECT_TRUE(worker.ask({}).empty());
+}
+
+TEST(WorkerNursery, MakesWorkersWhileThereAreThreads) {
+    WorkerNursery nursery{WorkerTask(obey, {.time = milliseconds(200)})};
+    std::vector<std::thread> threads;
+    std::atomic<int> answers = 0;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&] {
+            for (int turn = 0; turn < 5; ++turn) {
+                const auto worker = nursery.makeWorker();
+                answers += ask(*worker, "rose") == Reply("rose!") && ask(*worker, "exit") == Reply(WorkerDeath{}) &&
+                           ask(*worker, "lily") == Reply("lily!");
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(answers, 20);
+}
+
+TEST(WorkerNursery, EndsItsWorkersWithItself) {
+    pid_t process = 0;
+    {
+        WorkerNursery nursery{WorkerTask(obey)};
+        process = std::stoi(std::get<std::string>(ask(*nursery.makeWorker(), "process")));
+    }
+    for (int i = 0; i < 200 && ::kill(process, 0) == 0; ++i) std::this_thread::sleep_for(milliseconds(10));
+    EXPECT_NE(::kill(process, 0), 0);
+}
+
+TEST(WorkerNursery, ThatIsLostMakesNoMoreAndHarmsNone) {
+    WorkerNursery nursery{WorkerTask(obey)};
+    const auto worker = nursery.makeWorker();
+    ASSERT_EQ(childrenOf(::getpid()).size(), 1U);
+    ::kill(childrenOf(::getpid())[0], SIGKILL);
+    siginfo_t end = {};
+    ::waitid(P_PID, static_cast<id_t>(childrenOf(::getpid())[0]), &end, WEXITED | WNOWAIT);
+    EXPECT_EQ(ask(*worker, "rose"), Reply("rose!"));
+    EXPECT_THROW(static_cast<void>(nursery.makeWorker()), std::system_error);
 }
 
 }  // namespace

@@ -1,0 +1,293 @@
+#include "reading/design_bytes.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string>
+#include <type_traits>
+#include <unordered_map>
+#include <vector>
+
+namespace velamo {
+namespace {
+
+constexpr std::array errorDomains{std::string_view(), designErrorDomain, systemErrorDomain};
+
+/// Values one behind the other, as they stand in memory: both processes are the same program.
+class ValueWriter {
+public:
+    template <class Value>
+    void put(const Value& value) {
+        static_assert(std::is_arithmetic_v<Value>);
+        bytes_.append(reinterpret_cast<const char*>(&value), sizeof(Value));
+    }
+    void put(const std::string& text) {
+        put(std::uint64_t{text.size()});
+        bytes_ += text;
+    }
+    void put(const Text& text) {
+        put(text.has_value());
+        if (text) put(*text);
+    }
+    void putRaw(const std::string& bytes) { bytes_ += bytes; }
+    [[nodiscard]] const std::string& bytes() const noexcept { return bytes_; }
+
+private:
+    std::string bytes_;
+};
+
+/// Reads them again. What is not there, or no value of its type, is zero and makes ok() false from then on.
+class ValueReader {
+public:
+    explicit ValueReader(const ByteSource& source) : source_(source), buffer_(bufferSize) {}
+
+    [[nodiscard]] bool ok() const noexcept { return ok_; }
+    [[nodiscard]] std::uint64_t remaining() const noexcept { return source_.size - offset_ + (end_ - begin_); }
+
+    template <class Value>
+    Value take() {
+        static_assert(std::is_arithmetic_v<Value> && !std::is_same_v<Value, bool>);
+        Value value{};
+        const auto bytes = takeBytes(sizeof(Value));
+        if (!bytes.empty()) std::memcpy(&value, bytes.data(), sizeof(Value));
+        return value;
+    }
+    bool takeBool() {
+        const auto byte = take<std::uint8_t>();
+        ok_ = ok_ && byte <= 1;
+        return ok_ && byte == 1;
+    }
+    std::string takeString() {
+        auto rest = takeCount(1);
+        std::string text;
+        text.reserve(rest);
+        while (ok_ && rest > 0) {
+            const auto bytes = takeBytes(std::min<std::size_t>(rest, bufferSize));
+            text.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+            rest -= bytes.size();
+        }
+        return text;
+    }
+    Text takeText() { return takeBool() ? Text(takeString()) : Text(); }
+    /// A number of elements of at least so many bytes each, which must be there.
+    std::size_t takeCount(std::size_t bytesOfEach) {
+        const auto count = take<std::uint64_t>();
+        ok_ = ok_ && count <= remaining() / bytesOfEach;
+        return ok_ ? count : 0;
+    }
+    /// So many bytes, at most a buffer's; none when they are not there. They stay until the next call.
+    std::span<const std::byte> takeBytes(std::size_t count) {
+        if (end_ - begin_ < count) fill(count);
+        if (!ok_) return {};
+        const auto bytes = std::span(buffer_).subspan(begin_, count);
+        begin_ += count;
+        return bytes;
+    }
+    void refuse() noexcept { ok_ = false; }
+
+    static constexpr std::size_t bufferSize = 12 * 4096;  // whole stitches
+
+private:
+    void fill(std::size_t count) {
+        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+        end_ -= begin_;
+        begin_ = 0;
+        const auto size = std::min<std::uint64_t>(bufferSize - end_, source_.size - offset_);
+        ok_ = ok_ && end_ + size >= count && !source_.read(std::span(buffer_).subspan(end_, size), offset_);
+        if (!ok_) return;
+        end_ += size;
+        offset_ += size;
+    }
+
+    const ByteSource& source_;
+    std::vector<std::byte> buffer_;
+    std::size_t begin_ = 0;
+    std::size_t end_ = 0;
+    std::uint64_t offset_ = 0;  // behind what is in the buffer
+    bool ok_ = true;
+};
+
+void putError(ValueWriter& out, const VLMError& error) {
+    const auto domain = std::find(errorDomains.begin(), errorDomains.end(), error.domain);
+    out.put(static_cast<std::uint8_t>(domain - errorDomains.begin()));
+    out.put(error.code);
+    out.put(error.recoverySuggestion);
+    out.put(error.failureReason);
+}
+
+VLMError takeError(ValueReader& in) {
+    VLMError error;
+    const auto domain = in.take<std::uint8_t>();
+    if (domain >= errorDomains.size()) in.refuse();
+    if (in.ok()) error.domain = errorDomains.at(domain);
+    error.code = in.take<int>();
+    error.recoverySuggestion = in.takeString();
+    error.failureReason = in.takeString();
+    return error;
+}
+
+void putHoop(ValueWriter& out, const VLMHoopHandle& hoop) {
+    out.put(hoop != nullptr);
+    if (!hoop) return;
+    out.put(hoop->name());
+    out.put(hoop->vendor());
+    for (const std::int32_t number : {hoop->code(), hoop->width(), hoop->height()}) out.put(number);
+    for (const bool flag : {hoop->isMultiHoop(), hoop->isRounded(), hoop->isWritable()}) out.put(flag);
+}
+
+VLMHoopHandle takeHoop(ValueReader& in) {
+    if (!in.takeBool()) return nullptr;
+    const Text name = in.takeText();
+    const Text vendor = in.takeText();
+    const auto code = in.take<std::int32_t>();
+    const auto width = in.take<std::int32_t>();
+    const auto height = in.take<std::int32_t>();
+    const bool isMultiHoop = in.takeBool();
+    const bool isRounded = in.takeBool();
+    return std::make_shared<const VLMHoop>(VLMHoop::initWithHoopvendorcodewidthheightmultiHooproundHoopisWritable(
+        name, vendor, code, width, height, isMultiHoop, isRounded, in.takeBool()));
+}
+
+std::string bytesOf(const VLMThread& thread) {
+    ValueWriter out;
+    for (const double part : {thread.color().red(), thread.color().green(), thread.color().blue()}) out.put(part);
+    for (const Text* text : {&thread.name(), &thread.key(), &thread.palette(), &thread.paletteName()}) out.put(*text);
+    out.put(thread.length());
+    out.put(thread.tension());
+    out.put(thread.isShown());
+    return out.bytes();
+}
+constexpr std::size_t fewestBytesOfThread = 3 * sizeof(double) + 4 + sizeof(float) + sizeof(std::int32_t) + 1;
+
+VLMThread takeThread(ValueReader& in) {
+    const auto red = in.take<double>();
+    const auto green = in.take<double>();
+    const auto blue = in.take<double>();
+    Text name = in.takeText();
+    Text key = in.takeText();
+    Text palette = in.takeText();
+    Text paletteName = in.takeText();
+    auto thread = VLMThread::initWithColorandNameforKeyofPalettewithName(
+        VLMColor::initWithRedgreenblue(red, green, blue), std::move(name), std::move(key), std::move(palette),
+        std::move(paletteName));
+    thread.setLength(in.take<float>());
+    thread.setTension(in.take<std::int32_t>());
+    thread.setIsShown(in.takeBool());
+    return thread;
+}
+
+/// The different threads, and for each thread which of them it is: files may change between a few many thousand times.
+void putThreads(ValueWriter& out, const VLMThreadList& threads) {
+    std::unordered_map<std::string, std::uint32_t> numbers;
+    std::vector<std::uint32_t> order;
+    ValueWriter different;
+    order.reserve(threads.size());
+    for (const VLMThread& thread : threads) {
+        const auto [place, isNew] = numbers.try_emplace(bytesOf(thread), static_cast<std::uint32_t>(numbers.size()));
+        if (isNew) different.putRaw(place->first);
+        order.push_back(place->second);
+    }
+    out.put(std::uint64_t{numbers.size()});
+    out.putRaw(different.bytes());
+    out.put(std::uint64_t{order.size()});
+    for (const std::uint32_t number : order) out.put(number);
+}
+
+VLMThreadList takeThreads(ValueReader& in) {
+    std::vector<VLMThread> different;
+    const std::size_t differentCount = in.takeCount(fewestBytesOfThread);
+    different.reserve(differentCount);
+    while (in.ok() && different.size() < differentCount) different.push_back(takeThread(in));
+    std::vector<VLMThread> threads;
+    const std::size_t count = in.takeCount(sizeof(std::uint32_t));
+    threads.reserve(count);
+    while (in.ok() && threads.size() < count) {
+        const auto number = in.take<std::uint32_t>();
+        if (number >= different.size()) in.refuse();
+        if (in.ok()) threads.push_back(different[number]);
+    }
+    return threads;
+}
+
+void putFields(ValueWriter& out, const VLMDesign& design) {
+    out.put(design.designName());
+    out.put(design.designType());
+    out.put(design.designVersion());
+    out.put(design.useThreadFile());
+    out.put(design.selectionActive());
+    for (const std::uint64_t number : {design.displayRange().location, design.displayRange().length}) out.put(number);
+    for (const float bound : {design.xMin(), design.yMin(), design.xMax(), design.yMax()}) out.put(bound);
+    putHoop(out, design.designHoop());
+    putThreads(out, design.threads());
+}
+
+void takeFields(ValueReader& in, VLMDesign& design) {
+    design.setDesignName(in.takeText());
+    design.setDesignType(in.takeText());
+    design.setDesignVersion(in.take<std::int32_t>());
+    design.setUseThreadFile(in.takeBool());
+    design.setSelectionActive(in.takeBool());
+    const auto location = in.take<std::uint64_t>();
+    design.setDisplayRange({location, in.take<std::uint64_t>()});
+    design.setXMin(in.take<float>());
+    design.setYMin(in.take<float>());
+    design.setXMax(in.take<float>());
+    design.setYMax(in.take<float>());
+    design.setDesignHoop(takeHoop(in));
+    design.setThreads(takeThreads(in));
+}
+
+// Stitches are written as they lie in memory.
+static_assert(std::is_trivially_copyable_v<VLMStitch>);
+constexpr std::size_t bytesOfStitch = sizeof(VLMStitch);
+
+/// False where a flag is neither of its two values.
+bool appendStitches(std::span<const std::byte> bytes, std::vector<VLMStitch>& stitches) {
+    struct Raw {
+        float deltaX;
+        float deltaY;
+        std::array<std::uint8_t, 4> flags;  // and one that means nothing
+    };
+    static_assert(sizeof(Raw) == bytesOfStitch);
+    unsigned allFlags = 0;
+    for (; !bytes.empty(); bytes = bytes.subspan(bytesOfStitch)) {
+        Raw raw;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled in the next line
+        std::memcpy(&raw, bytes.data(), bytesOfStitch);
+        const auto [isJump, isChange, isSelected, nothing] = raw.flags;
+        allFlags |= static_cast<unsigned>(isJump | isChange | isSelected);
+        stitches.emplace_back(raw.deltaX, raw.deltaY, isJump != 0, isChange != 0, isSelected != 0);
+    }
+    return allFlags <= 1;
+}
+
+void takeStitches(ValueReader& in, std::vector<VLMStitch>& stitches) {
+    std::size_t bytesLeft = in.takeCount(bytesOfStitch) * bytesOfStitch;
+    stitches.reserve(bytesLeft / bytesOfStitch);
+    while (in.ok() && bytesLeft > 0) {
+        const auto bytes = in.takeBytes(std::min(bytesLeft, ValueReader::bufferSize));
+        if (!appendStitches(bytes, stitches)) in.refuse();
+        bytesLeft -= bytes.size();
+    }
+}
+
+}  // namespace
+
+std::error_code writeDesignBytes(const VLMDesign& design, const VLMError& error, const ByteSink& sink) {
+    ValueWriter out;
+    putError(out, error);
+    putFields(out, design);
+    const std::span stitches(design.stitches().all());
+    out.put(std::uint64_t{stitches.size()});
+    if (const auto failure = sink(std::as_bytes(std::span(out.bytes())))) return failure;
+    return sink(std::as_bytes(stitches));
+}
+
+bool parseDesignBytes(const ByteSource& source, ReadDesign& read) {
+    ValueReader in(source);
+    read.error = takeError(in);
+    takeFields(in, read.design);
+    takeStitches(in, read.design.stitches().all());
+    return in.ok() && in.remaining() == 0;
+}
+
+}  // namespace velamo
