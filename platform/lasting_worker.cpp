@@ -7,6 +7,16 @@ namespace {
 
 using Reply = WorkerProcess::Reply;
 
+/// What the body gives; having no process is a loss.
+template <class Body>
+auto orLoss(const Body& body) {
+    try {
+        return body();
+    } catch (const std::system_error& reason) {
+        throw WorkerLoss(reason);
+    }
+}
+
 bool isFromOutside(const Reply& reply) noexcept {
     const auto* const death = std::get_if<WorkerDeath>(&reply);
     return death != nullptr && death->isFromOutside();
@@ -17,14 +27,16 @@ bool isFromOutside(const Reply& reply) noexcept {
 LastingWorker::LastingWorker(const WorkerTask& task)
     : LastingWorker(Maker([task] { return std::make_unique<WorkerProcess>(task); })) {}
 
+LastingWorker::LastingWorker(Maker maker) : make_(std::move(maker)), process_(orLoss(make_)) {}
+
 std::vector<LastingWorker> LastingWorker::some(std::size_t count, const WorkerTask& task) {
-    const auto nursery = std::make_shared<WorkerNursery>(task);
+    const auto nursery = orLoss([&task] { return std::make_shared<WorkerNursery>(task); });
     std::vector<LastingWorker> workers;
     workers.reserve(count);
     while (workers.size() < count) {
         try {
             workers.push_back(LastingWorker(Maker([nursery] { return nursery->makeWorker(); })));
-        } catch (const std::system_error&) {
+        } catch (const WorkerLoss&) {
             if (workers.empty()) throw;
             break;
         }
@@ -33,12 +45,12 @@ std::vector<LastingWorker> LastingWorker::some(std::size_t count, const WorkerTa
 }
 
 WorkerProcess& LastingWorker::process() {
-    try {
-        if (!process_) process_ = make_();
-        return *process_;
-    } catch (const std::system_error& reason) {
-        throw WorkerLoss(reason);
-    }
+    if (!process_) process_ = orLoss(make_);
+    return *process_;
+}
+
+bool LastingWorker::isConfined() {
+    return orLoss([this] { return process().isConfined(); });
 }
 
 /// The second time.

@@ -34,6 +34,7 @@ enum class Kind : char { request, answer, death, ready };
 /// of a worker that had answered already belongs to none that is still waited for.
 struct Header {
     std::uint64_t number = 0;
+    std::uint64_t attached = 0;  // bytes of an answer's attachment: the file may hold more, from earlier ones
     Kind kind = Kind::request;
     bool isConfined = false;  // of a worker that is ready
     int signal = 0;           // of a death
@@ -133,6 +134,7 @@ void breakAway(int socket, int attachment) noexcept {
         Message answer{.header = {.number = request->header.number, .kind = Kind::answer},
                        .text = task.service(request->text, writer)};
         setTimer(std::chrono::milliseconds(0));
+        answer.header.attached = writer.size();
         if (!send(placeOfSocket, answer)) break;
     }
     ::_exit(0);
@@ -262,6 +264,7 @@ std::optional<WorkerProcess::Reply> WorkerProcess::receiveReply(std::uint64_t nu
         if (message->header.kind == Kind::ready) isConfined_ = message->header.isConfined;
         if (message->header.kind == Kind::ready || message->header.number != number) continue;
         if (message->header.kind == Kind::death) return WorkerDeath{message->header.signal};
+        attached_ = message->header.attached;
         return std::move(message->text);
     }
     return std::nullopt;
@@ -289,6 +292,7 @@ std::vector<WorkerProcess::Reply> WorkerProcess::ask(std::span<const std::string
 }
 
 std::error_code WorkerProcess::readAttachment(std::span<std::byte> bytes, std::uint64_t offset) const noexcept {
+    if (offset > attached_ || bytes.size() > attached_ - offset) return std::make_error_code(std::errc::io_error);
     while (!bytes.empty()) {
         const ssize_t count = ::pread(attachment_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
         if (count < 0 && errno == EINTR) continue;
@@ -301,7 +305,8 @@ std::error_code WorkerProcess::readAttachment(std::span<std::byte> bytes, std::u
 
 std::uint64_t WorkerProcess::sizeOfAttachment() const noexcept {
     struct stat status = {};
-    return ::fstat(attachment_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    const bool isThere = ::fstat(attachment_, &status) == 0;
+    return isThere ? std::min(attached_, static_cast<std::uint64_t>(status.st_size)) : 0;
 }
 
 void WorkerProcess::clearAttachment() noexcept {

@@ -41,6 +41,7 @@ public:
     explicit AttachmentWriter(int file) noexcept : file_(file) {}
     /// Appends the bytes. The system's reason when there is no room for them (see WorkerLimits::memory).
     [[nodiscard]] std::error_code append(std::span<const std::byte> bytes) noexcept;
+    [[nodiscard]] std::uint64_t size() const noexcept { return static_cast<std::uint64_t>(size_); }
 
 private:
     int file_;
@@ -89,7 +90,8 @@ public:
     [[nodiscard]] std::vector<Reply> ask(std::span<const std::string> requests);
 
     /// Bytes of the attachment of the last answer, from the offset on, as many as there are; for a task that has one.
-    /// It is the worker's to change: read it once. The system's reason when it cannot be read, EIO behind its end.
+    /// It is the worker's to change: read it once. The system's reason when it cannot be read, EIO behind the file's
+    /// end.
     [[nodiscard]] std::error_code readAttachment(std::span<std::byte> bytes, std::uint64_t offset) const noexcept;
     [[nodiscard]] std::uint64_t sizeOfAttachment() const noexcept;
     /// Gives its memory back.
@@ -106,6 +108,7 @@ private:
     int attachment_ = -1;
     int guardian_ = -1;               // -1: another process's child
     std::uint64_t number_ = 0;        // of the last request that was sent
+    std::uint64_t attached_ = 0;      // bytes, as the last answer said
     std::optional<bool> isConfined_;  // as the process said
 };
 

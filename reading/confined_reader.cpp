@@ -42,7 +42,6 @@ bool takeAttached(WorkerProcess& worker, VLMDesign& design, const std::filesyste
                             .size = worker.sizeOfAttachment()};
     ReadDesign read;
     const bool isDesign = parseDesignBytes(source, read);
-    worker.clearAttachment();
     if (!isDesign) return failWithSystemError(EBADMSG, error);
     design = std::move(read.design);
     design.setDesignLocation(file);
@@ -76,6 +75,7 @@ bool ConfinedReader::readDesign(VLMDesign& design, const std::filesystem::path& 
             } else {
                 isRead = takeAttached(worker_.process(), design, file, error);
             }
+            worker_.process().clearAttachment();
         } catch (const WorkerLoss& caught) {
             loss = caught;
         }
@@ -83,6 +83,11 @@ bool ConfinedReader::readDesign(VLMDesign& design, const std::filesystem::path& 
     });
     if (loss) throw WorkerLoss(*loss);
     return isDone && isRead;
+}
+
+std::optional<DesignAttributes> ConfinedReader::attributesOfFile(const std::filesystem::path& file) {
+    VLMDesign design;
+    return readDesign(design, file, nullptr) ? std::optional(attributesOfDesign(design)) : std::nullopt;
 }
 
 }  // namespace velamo

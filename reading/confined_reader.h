@@ -2,33 +2,43 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
+#include <string_view>
 #include <vector>
 
+#include "formats/design_attributes.h"
 #include "model/design.h"
 #include "platform/lasting_worker.h"
 
 namespace velamo {
+
+/// What a program says, once, where its reader is not confined.
+inline constexpr std::string_view unconfinedNotice =
+    "this system cannot refuse calls to the process that reads designs; it is only limited";
 
 /// Reads designs for a program in a process of its own that can do nothing but read (see WorkerProcess): what a file
 /// makes a reader do stays there, and a file that takes too much time or memory is refused. What comes back is checked
 /// as bytes of a stranger are. One thread at a time reads.
 class ConfinedReader {
 public:
-    /// Must be made while this process has one thread. std::system_error when there is no process to be had.
+    /// Must be made while this process has one thread. WorkerLoss when there is no process to be had.
     explicit ConfinedReader(const WorkerLimits& limits = {});
 
     /// At most `count` readers, for a thread each, but no more than there are processes to be had; at least one, or
-    /// std::system_error. Lost ones are replaced whatever threads there are. To be made as one is.
+    /// WorkerLoss. Lost ones are replaced whatever threads there are. To be made as one is.
     [[nodiscard]] static std::vector<ConfinedReader> some(std::size_t count, const WorkerLimits& limits = {});
 
-    /// Whether the system refuses the process everything but reading. Waits until the process is ready;
-    /// std::system_error when it is lost.
+    /// Whether the system refuses the process everything but reading. Waits until the process is ready; WorkerLoss when
+    /// it is lost.
     [[nodiscard]] bool isConfined() { return worker_.isConfined(); }
 
     /// Does what readDesign does. `error` may also be ETIMEDOUT or EFAULT where the file takes the reader too long or
     /// ends it, ENOMEM and EFBIG where it takes too much memory, and EBADMSG where what comes back is no design: then
     /// the design is as it was. WorkerLoss, and nothing else, is thrown: when there is no process to be had any more.
     [[nodiscard]] bool readDesign(VLMDesign& design, const std::filesystem::path& file, VLMError* error);
+
+    /// The attributes of the design in the file; nothing where it holds none that can be read. Throws as readDesign.
+    [[nodiscard]] std::optional<DesignAttributes> attributesOfFile(const std::filesystem::path& file);
 
 private:
     explicit ConfinedReader(LastingWorker worker) noexcept : worker_(std::move(worker)) {}

@@ -83,11 +83,19 @@ public:
         begin_ += count;
         return bytes;
     }
+    /// As many bytes as there is room for.
+    void takeInto(std::span<std::byte> room) {
+        const auto buffered = takeBytes(std::min(room.size(), end_ - begin_));
+        std::copy(buffered.begin(), buffered.end(), room.begin());
+        const auto rest = room.subspan(buffered.size());
+        ok_ = ok_ && rest.size() <= source_.size - offset_ && !source_.read(rest, offset_);
+        if (ok_) offset_ += rest.size();
+    }
     void refuse() noexcept { ok_ = false; }
 
-    static constexpr std::size_t bufferSize = 12 * 4096;  // whole stitches
-
 private:
+    static constexpr std::size_t bufferSize = 65536;
+
     void fill(std::size_t count) {
         std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
         end_ -= begin_;
@@ -237,37 +245,31 @@ void takeFields(ValueReader& in, VLMDesign& design) {
     design.setThreads(takeThreads(in));
 }
 
-// Stitches are written as they lie in memory.
+// Stitches are written, and read, as they lie in memory.
 static_assert(std::is_trivially_copyable_v<VLMStitch>);
-constexpr std::size_t bytesOfStitch = sizeof(VLMStitch);
 
-/// False where a flag is neither of its two values.
-bool appendStitches(std::span<const std::byte> bytes, std::vector<VLMStitch>& stitches) {
-    struct Raw {
-        float deltaX;
-        float deltaY;
-        std::array<std::uint8_t, 4> flags;  // and one that means nothing
-    };
-    static_assert(sizeof(Raw) == bytesOfStitch);
-    unsigned allFlags = 0;
-    for (; !bytes.empty(); bytes = bytes.subspan(bytesOfStitch)) {
-        Raw raw;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled in the next line
-        std::memcpy(&raw, bytes.data(), bytesOfStitch);
-        const auto [isJump, isChange, isSelected, nothing] = raw.flags;
-        allFlags |= static_cast<unsigned>(isJump | isChange | isSelected);
-        stitches.emplace_back(raw.deltaX, raw.deltaY, isJump != 0, isChange != 0, isSelected != 0);
-    }
-    return allFlags <= 1;
+/// Whether the flags of stitches whose bytes came from elsewhere are flags.
+bool haveFlags(std::span<const VLMStitch> stitches) noexcept {
+    constexpr std::size_t flagsPlace = 2 * sizeof(float);
+    const auto bytes = std::as_bytes(stitches);
+    std::byte all{};
+    for (std::size_t at = flagsPlace; at < bytes.size(); at += sizeof(VLMStitch))
+        all |= bytes[at] | bytes[at + 1] | bytes[at + 2];
+    return all <= std::byte{1};
 }
 
 void takeStitches(ValueReader& in, std::vector<VLMStitch>& stitches) {
-    std::size_t bytesLeft = in.takeCount(bytesOfStitch) * bytesOfStitch;
-    stitches.reserve(bytesLeft / bytesOfStitch);
-    while (in.ok() && bytesLeft > 0) {
-        const auto bytes = in.takeBytes(std::min(bytesLeft, ValueReader::bufferSize));
-        if (!appendStitches(bytes, stitches)) in.refuse();
-        bytesLeft -= bytes.size();
+    constexpr std::size_t mostAtOnce = 16384;  // they stay in the processor's cache until they were looked at
+    const std::size_t count = in.takeCount(sizeof(VLMStitch));
+    stitches.reserve(count);
+    while (in.ok() && stitches.size() < count) {
+        const std::size_t before = stitches.size();
+        stitches.resize(std::min(count, before + mostAtOnce));
+        const auto taken = std::span(stitches).subspan(before);
+        in.takeInto(std::as_writable_bytes(taken));
+        if (!haveFlags(taken)) in.refuse();
     }
+    if (!in.ok()) stitches.clear();  // what is no flag must not be taken for one
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
-#include <seccomp.h>
 #include <sys/inotify.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
@@ -28,9 +27,12 @@
 
 #include "platform/worker_process.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/without_filters.h"
 
 namespace velamo {
 namespace {
+
+using test::withoutFilters;
 
 /// What the worker may reach of its surroundings.
 struct Target {
@@ -82,7 +84,7 @@ TEST_P(Escapes, AreRefused) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
-long openFile(const Target& target, int flags) {
+int openFile(const Target& target, int flags) {
     return ::open(target.file.c_str(), flags, 0600);
 }
 
@@ -105,8 +107,7 @@ const std::vector<Escape> escapes{
      [](const Target& t) { return ::open(t.folder.c_str(), O_RDWR | O_TMPFILE, 0600); }},
     {"OpenInTheOldWay", EPERM, [](const Target& t) { return ::syscall(SYS_open, t.file.c_str(), O_RDWR); }},
     {"Openat2", ENOSYS, call(SYS_openat2, AT_FDCWD, "/", nullptr, 0)},
-    {"WritingWhereItMayRead", EPERM,
-     [](const Target& t) { return ::write(static_cast<int>(openFile(t, O_RDONLY)), "x", 1); }},
+    {"WritingWhereItMayRead", EPERM, [](const Target& t) { return ::write(openFile(t, O_RDONLY), "x", 1); }},
     {"ChangingAMode", EPERM, [](const Target& t) { return ::chmod(t.file.c_str(), 0); }},
     {"Fchmodat", EPERM, [](const Target& t) { return ::syscall(SYS_fchmodat, AT_FDCWD, t.file.c_str(), 0); }},
     {"Fchmodat2", ENOSYS, [](const Target& t) { return ::syscall(fchmodat2Call, AT_FDCWD, t.file.c_str(), 0, 0); }},
@@ -320,22 +321,6 @@ INSTANTIATE_TEST_SUITE_P(Rows, ConfinedLimits,
                                          LimitRow{"Files", RLIMIT_NOFILE, 32},
                                          LimitRow{"FileSize", RLIMIT_FSIZE, 1U << 30}),
                          [](const auto& row) { return row.param.name; });
-
-/// Runs the body in a process in which no filter of calls can be loaded any more, as in some containers and emulators.
-template <class Body>
-bool withoutFilters(const Body& body) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
-        seccomp_rule_add(filter, SCMP_ACT_ERRNO(EINVAL), SCMP_SYS(seccomp), 0);
-        seccomp_rule_add(filter, SCMP_ACT_ERRNO(EINVAL), SCMP_SYS(prctl), 1,
-                         scmp_arg_cmp{0, SCMP_CMP_EQ, PR_SET_SECCOMP, 0});
-        if (seccomp_load(filter) != 0) ::_exit(2);
-        ::_exit(body() ? 0 : 1);
-    }
-    int status = 0;
-    return ::waitpid(child, &status, 0) == child && status == 0;
-}
 
 TEST(Unconfined, WorkersSayThatTheyAre) {
     EXPECT_TRUE(withoutFilters([] {

@@ -12,7 +12,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <system_error>
 #include <thread>
@@ -20,12 +19,14 @@
 
 #include "platform/confinement.h"
 #include "platform/files.h"
+#include "tests/support/child_processes.h"
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {
 namespace {
 
 using std::chrono::milliseconds;
+using test::childrenOf;
 using Reply = WorkerProcess::Reply;
 
 Reply ask(WorkerProcess& worker, const std::string& request) {
@@ -193,8 +194,9 @@ TEST(Worker, AttachesWhatIsTooLongForAnAnswer) {
         }
         std::array<std::byte, 2> beyond{};
         EXPECT_EQ(worker.readAttachment(beyond, letters.empty() ? 0 : worker.sizeOfAttachment() - 1).value(), EIO);
-        worker.clearAttachment();
     }
+    worker.clearAttachment();
+    EXPECT_EQ(worker.sizeOfAttachment(), 0U);
 }
 
 TEST(Worker, AttachesNoMoreThanItsMemory) {
@@ -229,13 +231,6 @@ TEST(Worker, TakesSignalsInTheUsualWay) {
     int status = 0;
     ASSERT_EQ(::waitpid(caller, &status, 0), caller);
     EXPECT_EQ(status, 0);
-}
-
-/// The processes that `process` made.
-std::vector<pid_t> childrenOf(pid_t process) {
-    const std::string number = std::to_string(process);
-    std::ifstream in("/proc/" + number + "/task/" + number + "/children");
-    return {std::istream_iterator<pid_t>(in), {}};
 }
 
 TEST(Worker, ThatIsLostAnswersNoMore) {

@@ -89,7 +89,7 @@ TEST(Rooms, MeasurementsSeeOnlyThePlatform) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Layers,
-                         testing::Values("platform", "render", "model", "editing", "formats", "plugin", "catalogue",
+                         testing::Values("platform", "render", "model", "editing", "formats", "reading", "plugin", "catalogue",
                                          "cli", "samples", "integrations"),
                          [](const auto& layer) { return layer.param; });
 

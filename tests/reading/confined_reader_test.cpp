@@ -1,0 +1,137 @@
+#include "reading/confined_reader.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include "formats/format.h"
+#include "platform/confinement.h"
+#include "reading/read_design.h"
+#include "tests/reading/same_design.h"
+#include "tests/support/child_processes.h"
+#include "tests/support/samples.h"
+#include "tests/support/temporary_folder.h"
+
+namespace velamo {
+namespace {
+
+/// Reads the file here, and in a process of its own: the same must come of it.
+void expectSame(ConfinedReader& reader, const std::filesystem::path& file) {
+    VLMDesign here;
+    VLMDesign there;
+    VLMError hereError;
+    VLMError thereError;
+    const bool isRead = readDesign(here, file, &hereError);
+    EXPECT_EQ(reader.readDesign(there, file, &thereError), isRead) << file;
+    if (!isRead) {
+        EXPECT_EQ(thereError.domain, hereError.domain);
+        EXPECT_EQ(thereError.code, hereError.code);
+        EXPECT_EQ(thereError.recoverySuggestion, hereError.recoverySuggestion);
+        EXPECT_EQ(thereError.failureReason, hereError.failureReason);
+    }
+    test::expectSame(there, here);
+    EXPECT_EQ(there.designLocation(), here.designLocation());
+}
+
+class ConfinedReaderOfFormats : public testing::TestWithParam<Format> {};
+TEST_P(ConfinedReaderOfFormats, ReadsWhatIsReadHere) {
+    const test::TemporaryFolder folder;
+    const std::string extension(GetParam().extension);
+    const auto sample = test::sampleFile(extension);
+    ConfinedReader reader;
+    EXPECT_TRUE(reader.isConfined());
+    expectSame(reader, folder.write("x." + extension, sample));
+    for (std::size_t size = 0; size < sample.size(); size += 1 + sample.size() / 16)
+        expectSame(reader,
+                   folder.write("x." + extension,
+                                test::Bytes(sample.begin(), sample.begin() + static_cast<std::ptrdiff_t>(size))));
+}
+INSTANTIATE_TEST_SUITE_P(Each, ConfinedReaderOfFormats, testing::ValuesIn(allFormats().begin(), allFormats().end()),
+                         [](const auto& row) {
+                             return std::string(row.param.type == "JEF+" ? "JEFPlus" : row.param.type);
+                         });
+
+TEST(ConfinedReading, SaysWhatIsWrongWithAFile) {
+    const test::TemporaryFolder folder;
+    ConfinedReader reader;
+    expectSame(reader, folder.path() / "missing.dst");
+    expectSame(reader, folder.write("x.txt", std::string("text")));
+    std::filesystem::create_directory(folder.path() / "folder.dst");
+    expectSame(reader, folder.path() / "folder.dst");
+    VLMDesign design;
+    EXPECT_FALSE(reader.readDesign(design, folder.path() / "missing.dst", nullptr));
+    VLMError error;
+    EXPECT_FALSE(reader.readDesign(design, folder.path() / std::string(70'000, 'x'), &error));
+    EXPECT_EQ(error.code, EMSGSIZE);
+}
+
+TEST(ConfinedReading, TakesTheSideFile) {
+    const test::TemporaryFolder folder;
+    folder.write("x.dst", test::sampleFile("dst"));
+    folder.write("x.threads", std::string("<plist version=\"1.0\"><array><dict/><dict/></array></plist>"));
+    ConfinedReader reader;
+    expectSame(reader, folder.path() / "x.dst");
+}
+
+/// A design of a million stitches goes from process to process whole.
+TEST(ConfinedReading, TakesLargeDesigns) {
+    const test::TemporaryFolder folder;
+    test::Bytes stitches(2'000'000);
+    for (std::size_t i = 0; i < stitches.size(); ++i) stitches[i] = static_cast<std::uint8_t>(i % 251 % 100);
+    ConfinedReader reader;
+    expectSame(reader, folder.write("large.exp", stitches));
+}
+
+TEST(ConfinedReading, RefusesWhatTakesTooLong) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.write("large.exp", std::string());
+    std::filesystem::resize_file(file, std::uintmax_t{60} << 20);
+    ConfinedReader reader({.time = std::chrono::milliseconds(2)});
+    VLMDesign design;
+    VLMError error;
+    EXPECT_FALSE(reader.readDesign(design, file, &error));
+    EXPECT_EQ(error.code, ETIMEDOUT);
+    EXPECT_EQ(error.message(), "reading it takes too long");
+}
+
+TEST(ConfinedReading, RefusesWhatTakesTooMuchMemory) {
+    if (!canLimitMemory()) GTEST_SKIP() << "sanitizers need the address space";
+    const test::TemporaryFolder folder;
+    const auto file = folder.write("large.exp", std::string());
+    std::filesystem::resize_file(file, std::uintmax_t{100} << 20);
+    ConfinedReader reader({.memory = std::uint64_t{300} << 20});
+    VLMDesign design;
+    VLMError error;
+    EXPECT_FALSE(reader.readDesign(design, file, &error));
+    EXPECT_EQ(error.code, ENOMEM);
+    EXPECT_TRUE(reader.readDesign(design, folder.write("x.dst", test::sampleFile("dst")), &error));
+}
+
+TEST(ConfinedReaders, ReadInManyThreadsAndAreReplaced) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.write("x.dst", test::sampleFile("dst"));
+    auto readers = ConfinedReader::some(3);
+    const pid_t nursery = test::childrenOf(::getpid()).at(0);
+    std::atomic<int> read = 0;
+    std::vector<std::thread> threads;
+    for (ConfinedReader& reader : readers)
+        threads.emplace_back([&] {
+            for (int turn = 0; turn < 50; ++turn) {
+                VLMDesign design;
+                read += reader.readDesign(design, file, nullptr) ? 1 : 0;
+            }
+        });
+    for (int turn = 0; turn < 5; ++turn) {
+        for (const pid_t guardian : test::childrenOf(nursery)) ::kill(guardian, SIGKILL);
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_GE(read, 148);  // a file whose reader is lost twice at once is to blame
+}
+
+}  // namespace
+}  // namespace velamo
