@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
+#include <exception>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -13,15 +14,18 @@
 namespace velamo {
 
 /// Threads that turn jobs into results, in whatever order they get done. One thread, the owner's, submits and takes; so
-/// that it never waits for itself, it takes results while the pool is full.
+/// that it never waits for itself, it takes results while the pool is full. Where no thread is to be had, it works
+/// itself, when it takes.
 template <class Job, class Result>
 class WorkerPool {
 public:
     using Work = std::function<Result(Job&&)>;
 
-    /// One thread for each of `works`, which must not throw. At most `capacity` jobs are in the pool, done or not.
-    WorkerPool(std::vector<Work> works, std::size_t capacity) : capacity_(capacity) {
-        for (Work& work : works) threads_.emplace_back([this, work = std::move(work)] { serve(work); });
+    /// One thread for each of `works`, which must not throw, or fewer where the system gives no more; there must be one
+    /// work at least. At most `capacity` jobs are in the pool, done or not.
+    WorkerPool(std::vector<Work> works, std::size_t capacity) : capacity_(capacity), works_(std::move(works)) {
+        threads_.reserve(works_.size());
+        while (threads_.size() < works_.size() && startThread(works_[threads_.size()])) continue;
     }
     /// Drops the jobs that no thread has begun.
     ~WorkerPool() {
@@ -48,6 +52,7 @@ public:
     /// A result, waited for as long as there is a job; nothing when there is none.
     [[nodiscard]] std::optional<Result> take() {
         if (inside_ == 0) return std::nullopt;
+        if (threads_.empty()) return takeOwn();
         std::unique_lock lock(mutex_);
         resultArrived_.wait(lock, [this] { return !results_.empty(); });
         return takeFirst();
@@ -59,6 +64,21 @@ public:
     }
 
 private:
+    /// False when the system has no thread for it.
+    bool startThread(const Work& work) {
+        try {
+            threads_.emplace_back([this, &work] { serve(work); });
+            return true;
+        } catch (const std::exception&) {
+            return false;
+        }
+    }
+    std::optional<Result> takeOwn() {
+        Job job = std::move(jobs_.front());
+        jobs_.pop_front();
+        --inside_;
+        return works_.front()(std::move(job));
+    }
     std::optional<Result> takeFirst() {
         std::optional<Result> result(std::move(results_.front()));
         results_.pop_front();
@@ -87,6 +107,7 @@ private:
     std::deque<Job> jobs_;
     std::deque<Result> results_;
     bool isClosed_ = false;
+    std::vector<Work> works_;
     std::vector<std::thread> threads_;
 };
 
