@@ -7,7 +7,9 @@
 #include <utility>
 
 #include "platform/file_state.h"
+#include "platform/lasting_worker.h"
 #include "reading/read_design.h"
+#include "reading/reader_failures.h"
 
 namespace velamo {
 namespace {
@@ -38,13 +40,6 @@ ReadOutcome readWithin(PluginHost& host, const std::filesystem::path& file) {
         return true;
     });
     return isDone ? outcome : failureOf(error);
-}
-
-DesignFailure failureByDeath(const WorkerDeath& death) {
-    DesignFailure failure{.domain = std::string(systemErrorDomain), .code = EFAULT, .message = {}};
-    if (death.isTimeout()) failure.code = ETIMEDOUT;
-    failure.message = death.isTimeout() ? "reading it takes too long" : "reading it crashed: " + death.description();
-    return failure;
 }
 
 /// Outcomes on their way from one process to another of the same program: which it is, then its values one by one.
@@ -106,13 +101,13 @@ ReadOutcome outcomeOf(std::string_view bytes) {
     return DesignFailure{.domain = std::move(domain), .code = code, .message = reader.takeText(bytes.size())};
 }
 
-std::vector<ReadOutcome> readWith(WorkerProcess& worker, std::span<const std::filesystem::path> files) {
+std::vector<ReadOutcome> readWith(LastingWorker& worker, std::span<const std::filesystem::path> files) {
     const std::vector<std::string> paths(files.begin(), files.end());
     std::vector<ReadOutcome> outcomes;
     outcomes.reserve(paths.size());
     for (const auto& reply : worker.ask(paths)) {
         const auto* death = std::get_if<WorkerDeath>(&reply);
-        outcomes.push_back(death != nullptr ? failureByDeath(*death) : outcomeOf(std::get<std::string>(reply)));
+        outcomes.push_back(death != nullptr ? failureOf(errorOf(*death)) : outcomeOf(std::get<std::string>(reply)));
     }
     return outcomes;
 }
@@ -123,16 +118,16 @@ DesignFailure failureOf(const VLMError& error) {
     return {.domain = std::string(error.domain), .code = error.code, .message = error.message()};
 }
 
-std::vector<DesignReader> pluginReaders(const std::filesystem::path& module, std::size_t count,
-                                        const WorkerLimits& limits) {
+PluginReaders pluginReaders(const std::filesystem::path& module, std::size_t count, const WorkerLimits& limits) {
     const auto host = std::make_shared<PluginHost>(module);  // each process gets its own copy
-    const auto serve = [host](const std::string& file) { return bytesOf(readWithin(*host, file)); };
-    std::vector<DesignReader> readers;
-    readers.reserve(count);
-    for (std::size_t i = 0; i < count; ++i)
-        readers.emplace_back([worker = std::make_shared<WorkerProcess>(serve, limits)](
-                                 std::span<const std::filesystem::path> files) { return readWith(*worker, files); });
-    return readers;
+    const WorkerTask::Service serve = [host](const std::string& file) { return bytesOf(readWithin(*host, file)); };
+    auto workers = LastingWorker::some(count, {serve, limits});
+    PluginReaders made{.readers = {}, .areConfined = workers.front().isConfined()};
+    made.readers.reserve(workers.size());
+    for (LastingWorker& worker : workers)
+        made.readers.emplace_back([own = std::make_shared<LastingWorker>(std::move(worker))](
+                                      std::span<const std::filesystem::path> files) { return readWith(*own, files); });
+    return made;
 }
 
 std::int64_t readerNumber(const std::filesystem::path& module) {

@@ -84,32 +84,35 @@ using Batch = std::vector<Job>;
 constexpr std::size_t largestBatch = 16;
 struct BatchResult {
     Batch batch;
-    std::vector<ReadOutcome> outcomes;
+    std::vector<ReadOutcome> outcomes;  // none when nothing can be read any more
+    std::optional<WorkerLoss> loss;
 };
 using Readers = WorkerPool<Batch, BatchResult>;
 
-std::vector<ReadOutcome> readSafely(const DesignReader& reader, const Batch& batch) noexcept {
+BatchResult readSafely(const DesignReader& reader, Batch&& batch) noexcept {
     VLMError error;
-    std::vector<ReadOutcome> outcomes(batch.size());
+    BatchResult result{.batch = std::move(batch), .outcomes = {}, .loss = {}};
     const bool isDone = operation(&error, [&] {
         std::vector<Path> files;
-        files.reserve(batch.size());
-        for (const Job& job : batch) files.push_back(job.file);
-        outcomes = reader(files);
+        files.reserve(result.batch.size());
+        for (const Job& job : result.batch) files.push_back(job.file);
+        try {
+            result.outcomes = reader(files);
+        } catch (const WorkerLoss& loss) {
+            result.loss = loss;
+        }
         return true;
     });
-    if (!isDone) outcomes.assign(batch.size(), std::error_code(error.code, std::generic_category()));
-    return outcomes;
+    if (!isDone) result.outcomes.assign(result.batch.size(), std::error_code(error.code, std::generic_category()));
+    return result;
 }
 
 std::vector<Readers::Work> worksOf(std::vector<DesignReader> readers) {
     std::vector<Readers::Work> works;
     works.reserve(readers.size());
     for (DesignReader& reader : readers)
-        works.emplace_back([reader = std::move(reader)](Batch&& batch) {
-            auto outcomes = readSafely(reader, batch);
-            return BatchResult{std::move(batch), std::move(outcomes)};
-        });
+        works.emplace_back(
+            [reader = std::move(reader)](Batch&& batch) { return readSafely(reader, std::move(batch)); });
     return works;
 }
 
@@ -351,7 +354,12 @@ private:
         readers_.submit(std::exchange(batch_, {}));
     }
 
+    /// What the readers had done before they were lost stays in the catalogue.
     void record(const BatchResult& result) {
+        if (result.loss) {
+            catalogue_.commit();
+            throw WorkerLoss(*result.loss);
+        }
         for (std::size_t i = 0; i < result.batch.size(); ++i) record(result.batch[i], result.outcomes[i]);
     }
 

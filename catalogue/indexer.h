@@ -47,7 +47,8 @@ struct IndexObserver {
 /// cannot be read is told to the observer and never stops the run; below a folder that cannot be read, the catalogue
 /// keeps what it has. So it does with a folder of an earlier run that is not there (on a disk that is away, perhaps),
 /// which is told each time, with ENOENT; only where it was named is the run not complete. Throws CatalogueError when
-/// the catalogue cannot be written.
+/// the catalogue cannot be written, and WorkerLoss when no reader can read any more: what was read before is in the
+/// catalogue then.
 IndexSummary indexFolders(Catalogue& catalogue, const IndexRequest& request, std::vector<DesignReader> readers,
                           std::int64_t readerNumber, const IndexObserver& observer);
 

@@ -10,7 +10,6 @@
 #include "cli/jobs_option.h"
 #include "cli/save_design.h"
 #include "formats/format.h"
-#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -23,6 +22,7 @@ struct Options {
     std::string outFolder;
     ExportOptions exported;
     bool isDumped = false;
+    ReadingOptions reading;
     std::size_t jobs = usualJobs();
 };
 
@@ -62,16 +62,16 @@ std::string refuseDate(const std::string& date) {
 
 ExitStatus run(const Options& options, const Console& console) {
     if (options.folder.empty())
-        return convert({options.source, options.target, options.exported, options.isDumped}, console);
-    return convertAll({options.folder, options.extension, options.outFolder, options.exported, options.jobs}, console);
+        return convert({options.source, options.target, options.exported, options.isDumped, options.reading}, console);
+    return convertAll(
+        {options.folder, options.extension, options.outFolder, options.exported, options.jobs, options.reading},
+        console);
 }
 
-}  // namespace
-
-ExitStatus convert(const ConvertRequest& request, const Console& console) {
+ExitStatus convertDesign(const ConvertRequest& request, ConfinedReader& reader, const Console& console) {
     VLMDesign design;
     VLMError error;
-    if (!readDesign(design, request.source, &error)) {
+    if (!reader.readDesign(design, request.source, &error)) {
         if (request.isDumped) writeDesignJson(console.out, design, &error);
         reportProblem(console, request.source, error);
         return ExitStatus::failure;
@@ -81,6 +81,13 @@ ExitStatus convert(const ConvertRequest& request, const Console& console) {
     if (request.isDumped) writeDesignJson(console.out, design, outcome.isSaved ? nullptr : &outcome.error);
     report(outcome, console);
     return outcome.isSaved ? ExitStatus::success : ExitStatus::failure;
+}
+
+}  // namespace
+
+ExitStatus convert(const ConvertRequest& request, const Console& console) {
+    return withReader(request.reading, console,
+                      [&](ConfinedReader& reader) { return convertDesign(request, reader, console); });
 }
 
 void describeConvert(CLI::App& program, Action& chosen) {
@@ -102,6 +109,7 @@ void describeConvert(CLI::App& program, Action& chosen) {
         ->check(refuseDate)
         ->option_text("DATE");
     command->add_flag("--dump", options->isDumped, "Print the design as it is afterwards, as 'velamo dump' does");
+    addReadingOptions(*command, options->reading);
     command->callback([&chosen, options] {
         checkOptions(*options);
         chosen = [options](const Console& console) { return run(*options, console); };

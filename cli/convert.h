@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/console.h"
+#include "cli/reading.h"
 #include "formats/saving.h"
 
 namespace velamo {
@@ -14,6 +15,7 @@ struct ConvertRequest {
     std::filesystem::path target;
     ExportOptions options;
     bool isDumped = false;
+    ReadingOptions reading{};
 };
 
 /// Imports the design and saves it to the target, whose extension decides the format, as saveDesign does. Where it is
@@ -26,6 +28,7 @@ struct ConvertAllRequest {
     std::filesystem::path outFolder;
     ExportOptions options;
     std::size_t jobs = 1;
+    ReadingOptions reading{};
 };
 
 /// Converts every design in the folder and below it, several at a time, into the same places below `outFolder`. Designs

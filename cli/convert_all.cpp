@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <memory>
+#include <optional>
 #include <ostream>
 
 #include "catalogue/worker_pool.h"
@@ -10,7 +12,6 @@
 #include "cli/save_design.h"
 #include "formats/format.h"
 #include "platform/folder_walk.h"
-#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -20,6 +21,12 @@ namespace fs = std::filesystem;
 struct Problem {
     fs::path file;
     VLMError error;
+};
+
+/// What came of a conversion.
+struct Outcome {
+    SaveOutcome saved;
+    std::optional<WorkerLoss> loss;  // it was not tried
 };
 
 Problem systemProblem(const fs::path& file, std::error_code code) {
@@ -56,36 +63,44 @@ SaveOutcome systemFailureAt(const fs::path& file, int code) {
     return failureAt(file, std::move(error));
 }
 
-SaveOutcome convertOne(const Conversion& conversion, const ExportOptions& options) {
+SaveOutcome convertOne(const Conversion& conversion, const DesignSource& source, const ExportOptions& options) {
     std::error_code failure;
     if (fs::equivalent(conversion.source, conversion.target, failure))
         return systemFailureAt(conversion.target, EEXIST);
     VLMDesign design;
     VLMError error;
-    if (!readDesign(design, conversion.source, &error)) return failureAt(conversion.source, std::move(error));
+    if (!source(design, conversion.source, &error)) return failureAt(conversion.source, std::move(error));
     fs::create_directories(conversion.target.parent_path(), failure);
     if (failure) return systemFailureAt(conversion.target, failure.value());
     return saveDesign(design, conversion.target, {conversion.source, design.useThreadFile()}, options);
 }
 
 /// Whatever fails becomes an outcome: a thread has no one else to tell.
-SaveOutcome convertSafely(const Conversion& conversion, const ExportOptions& options) noexcept {
+SaveOutcome convertSafely(const Conversion& conversion, const DesignSource& source,
+                          const ExportOptions& options) noexcept {
     SaveOutcome outcome;
     VLMError error;
     const bool isDone = operation(&error, [&] {
-        outcome = convertOne(conversion, options);
+        outcome = convertOne(conversion, source, options);
         return true;
     });
     return isDone ? std::move(outcome) : failureAt(conversion.target, std::move(error));
 }
 
-using Converters = WorkerPool<Conversion, SaveOutcome>;
+using Converters = WorkerPool<Conversion, Outcome>;
 
-Converters startConverters(const ConvertAllRequest& request) {
-    const auto work = [&options = request.options](Conversion&& conversion) {
-        return convertSafely(conversion, options);
+Outcome outcomeOf(const Conversion& conversion, ConfinedReader& reader, const ExportOptions& options) {
+    Outcome outcome;
+    const DesignSource source = [&](VLMDesign& design, const fs::path& file, VLMError* error) {
+        try {
+            return reader.readDesign(design, file, error);
+        } catch (const WorkerLoss& loss) {
+            outcome.loss = loss;
+            return false;
+        }
     };
-    return {std::vector<Converters::Work>(request.jobs, work), 2 * request.jobs};
+    outcome.saved = convertSafely(conversion, source, options);
+    return outcome;
 }
 
 /// What there is to say in the end.
@@ -94,16 +109,28 @@ struct Findings {
     std::vector<Note> notes;
 };
 
-/// Carries the conversions out; those that fail become problems.
-void carryOut(std::vector<Conversion> conversions, const ConvertAllRequest& request, ProgressBar& bar,
-              Findings& findings) {
-    Converters converters = startConverters(request);
+Converters startConverters(std::vector<ConfinedReader> readers, const ExportOptions& options) {
+    const std::size_t capacity = 2 * readers.size();
+    std::vector<Converters::Work> works;
+    works.reserve(readers.size());
+    for (ConfinedReader& reader : readers)
+        works.emplace_back([&options, own = std::make_shared<ConfinedReader>(std::move(reader))](
+                               Conversion&& conversion) { return outcomeOf(conversion, *own, options); });
+    return {std::move(works), capacity};
+}
+
+/// Carries the conversions out; those that fail become problems. Throws WorkerLoss when nothing can be read any more.
+void carryOut(std::vector<Conversion> conversions, std::vector<ConfinedReader> readers, const ExportOptions& options,
+              ProgressBar& bar, Findings& findings) {
+    Converters converters = startConverters(std::move(readers), options);
     std::size_t done = 0;
     const auto take = [&] {
         auto outcome = converters.take();
         if (!outcome) return false;
-        std::move(outcome->notes.begin(), outcome->notes.end(), std::back_inserter(findings.notes));
-        if (!outcome->isSaved) findings.problems.push_back({outcome->file, std::move(outcome->error)});
+        if (outcome->loss) throw WorkerLoss(*outcome->loss);
+        SaveOutcome& saved = outcome->saved;
+        std::move(saved.notes.begin(), saved.notes.end(), std::back_inserter(findings.notes));
+        if (!saved.isSaved) findings.problems.push_back({saved.file, std::move(saved.error)});
         ++done;
         bar.show(static_cast<double>(done) / static_cast<double>(conversions.size()), static_cast<std::int64_t>(done));
         return true;
@@ -135,10 +162,14 @@ ExitStatus convertAll(const ConvertAllRequest& request, const Console& console) 
         planConversions(designsIn(request, problems), request.folder, request.outFolder, request.extension);
     const std::size_t count = conversions.size();
     const std::size_t unseen = problems.size();
-    {
-        ProgressBar bar(console);
-        carryOut(std::move(conversions), request, bar, findings);
-    }
+    const auto status =
+        withReaders(request.reading, std::clamp<std::size_t>(count, 1, request.jobs), console,
+                    [&](std::vector<ConfinedReader> readers) {
+                        ProgressBar bar(console);
+                        carryOut(std::move(conversions), std::move(readers), request.options, bar, findings);
+                        return ExitStatus::success;
+                    });
+    if (status != ExitStatus::success) return status;
     sortByFile(notes);
     sortByFile(problems);
     for (const Note& note : notes) report(note, console);

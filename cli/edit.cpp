@@ -10,7 +10,6 @@
 #include "cli/edit_words.h"
 #include "cli/save_design.h"
 #include "platform/text_input.h"
-#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -55,18 +54,17 @@ void printOutcome(const Json& results, const VLMDesign* dumped, const Console& c
     console.out << "}\n";
 }
 
-ExitStatus editDesign(const EditRequest& request, const Console& console) {
-    const auto scriptText = scriptOf(request, console);
-    if (!scriptText) return ExitStatus::failure;
-    const auto commands = commandsOf(request, *scriptText);
+ExitStatus editDesign(const EditRequest& request, std::span<const EditCommand> commands, ConfinedReader& reader,
+                      const Console& console) {
+    const DesignSource source = sourceOf(reader);
     VLMDesign design;
     VLMError error;
-    if (!readDesign(design, request.file, &error)) {
+    if (!source(design, request.file, &error)) {
         reportProblem(console, request.file, error);
         return ExitStatus::failure;
     }
     const DesignOrigin origin{request.file, design.useThreadFile()};
-    const EditOutcome outcome = carryOut(commands, design);
+    const EditOutcome outcome = carryOut(commands, design, source);
     bool isDone = !outcome.refusal;
     if (outcome.refusal) reportProblem(console, request.file, *outcome.refusal);
     if (isDone && request.target) {
@@ -83,7 +81,11 @@ ExitStatus editDesign(const EditRequest& request, const Console& console) {
 /// Everything is read before anything is done, so that a mistake in the last command changes nothing.
 ExitStatus edit(const EditRequest& request, const Console& console) {
     try {
-        return editDesign(request, console);
+        const auto scriptText = scriptOf(request, console);
+        if (!scriptText) return ExitStatus::failure;
+        const auto commands = commandsOf(request, *scriptText);
+        return withReader(request.reading, console,
+                          [&](ConfinedReader& reader) { return editDesign(request, commands, reader, console); });
     } catch (const EditSyntaxError& error) {
         reportWrongUsage(console, error.what());
         return ExitStatus::wrongUsage;
@@ -99,6 +101,7 @@ void describeEdit(CLI::App& program, Action& chosen) {
                         "A script, - for the standard input: a command a line; # starts a comment");
     command->add_option("-o", request->target, "Write the design to this file; its extension decides the format");
     command->add_flag("--dump", request->isDumped, "Print the design as well, as 'velamo dump' does");
+    addReadingOptions(*command, request->reading);
     command->footer(helpOnWords());
     command->callback(
         [&chosen, request] { chosen = [request](const Console& console) { return edit(*request, console); }; });

@@ -15,6 +15,7 @@ struct EditRequest {
     std::optional<std::string> script;
     std::optional<std::string> target;
     bool isDumped = false;
+    ReadingOptions reading{};
 };
 
 /// Imports the design, carries out the commands in order and prints {"results": [...]} with one result a command, and

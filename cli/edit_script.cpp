@@ -96,11 +96,11 @@ std::vector<EditCommand> parseEditLines(std::span<const std::string> lines) {
     return commands;
 }
 
-EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design) {
+EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design, const DesignSource& source) {
     EditOutcome outcome;
     for (const EditCommand& command : commands) {
         try {
-            outcome.results.push_back(command(design));
+            outcome.results.push_back(command(design, source));
         } catch (const EditRefusal& refusal) {
             outcome.results.push_back({{"error", errorJson(refusal.error())}});
             outcome.refusal = refusal.error();

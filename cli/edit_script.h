@@ -10,13 +10,14 @@
 #include <vector>
 
 #include "cli/json.h"
+#include "cli/reading.h"
 #include "model/design.h"
 
 namespace velamo {
 
 /// A command of the edit language, ready to be carried out: changes the design and gives the command's result. Throws
 /// EditRefusal when the edit fails, and EditSyntaxError when the design has not what the command names.
-using EditCommand = std::function<Json(VLMDesign&)>;
+using EditCommand = std::function<Json(VLMDesign& design, const DesignSource& source)>;
 
 /// A command that is none: says what was expected.
 class EditSyntaxError : public std::runtime_error {
@@ -51,6 +52,7 @@ struct EditOutcome {
     Json results = Json::array();
     std::optional<VLMError> refusal;
 };
-[[nodiscard]] EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design);
+[[nodiscard]] EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design,
+                                   const DesignSource& source);
 
 }  // namespace velamo

@@ -10,7 +10,6 @@
 #include "editing/selection.h"
 #include "editing/stitch_edits.h"
 #include "editing/transform.h"
-#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -20,7 +19,7 @@ using Arguments = EditArguments;
 /// True, or a refusal with the error that the edit gives.
 template <class Edit>
 EditCommand edit(Edit edit) {
-    return [edit](VLMDesign& design) -> Json {
+    return [edit](VLMDesign& design, const DesignSource&) -> Json {
         VLMError error;
         if (!edit(design, &error)) throw EditRefusal(std::move(error));
         return true;
@@ -30,7 +29,7 @@ EditCommand edit(Edit edit) {
 /// A command without a result.
 template <class Change>
 EditCommand change(Change change) {
-    return [change](VLMDesign& design) -> Json {
+    return [change](VLMDesign& design, const DesignSource&) -> Json {
         change(design);
         return nullptr;
     };
@@ -39,7 +38,7 @@ EditCommand change(Change change) {
 /// A command whose result is what it finds.
 template <class Find>
 EditCommand find(Find find) {
-    return [find](VLMDesign& design) -> Json { return find(design); };
+    return [find](VLMDesign& design, const DesignSource&) -> Json { return find(design); };
 }
 
 VLMPoint pointOf(const Arguments& arguments) {
@@ -73,7 +72,7 @@ EditCommand parseSelectRect(const Arguments& arguments) {
 }
 
 EditCommand parseOptimize(const Arguments& arguments) {
-    return [type = arguments.text(0)](VLMDesign& design) -> Json {
+    return [type = arguments.text(0)](VLMDesign& design, const DesignSource&) -> Json {
         VLMError error;
         if (!optimizeJumpsFor(design, type)) {
             failEdit(EditFailure::movesTooLarge, &error);
@@ -84,10 +83,13 @@ EditCommand parseOptimize(const Arguments& arguments) {
 }
 
 EditCommand parseAppend(const Arguments& arguments) {
-    return edit([file = arguments.text(0)](VLMDesign& design, VLMError* error) {
+    return [file = arguments.text(0)](VLMDesign& design, const DesignSource& source) -> Json {
         VLMDesign other;
-        return readDesign(other, file, error) && appendDesignerror(design, other, error);
-    });
+        VLMError error;
+        if (!source(other, file, &error) || !appendDesignerror(design, other, &error))
+            throw EditRefusal(std::move(error));
+        return true;
+    };
 }
 
 std::int32_t threadOf(const VLMDesign& design, std::int32_t index) {

@@ -35,14 +35,17 @@ Catalogue openCatalogue(const IndexOptions& options, const Console& console) {
 ExitStatus runIndexer(Catalogue& catalogue, const IndexOptions& options, const Console& console) {
     const auto module = PluginHost::findModule();
     if (module.empty()) return reportNoModule(console, "it is not there; $VELAMO_IMPORTER may name it");
-    std::vector<DesignReader> readers;
+    PluginReaders made;
     std::int64_t number = 0;
     try {
         number = readerNumber(module);
-        readers = pluginReaders(module, options.jobs);
+        made = pluginReaders(module, options.jobs, workerLimitsOf(options.reading));
+    } catch (const WorkerLoss&) {
+        throw;  // no fault of the plug-in's
     } catch (const std::runtime_error& error) {
         return reportNoModule(console, error.what());
     }
+    if (!reportConfinement(options.reading, made.areConfined, console)) return ExitStatus::failure;
     const auto start = std::chrono::steady_clock::now();
     ProgressBar bar(console);
     const IndexObserver observer{
@@ -52,7 +55,7 @@ ExitStatus runIndexer(Catalogue& catalogue, const IndexOptions& options, const C
                 reportProblem(console, file, error);
             },
         .progress = [&bar](const IndexProgress& progress) { bar.show(progress.finishedShare, progress.files); }};
-    const auto summary = indexFolders(catalogue, {options.folders}, std::move(readers), number, observer);
+    const auto summary = indexFolders(catalogue, {options.folders}, std::move(made.readers), number, observer);
     bar.hide();
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     console.out << summaryText(summary, seconds.count()) << '\n';
@@ -79,7 +82,7 @@ ExitStatus index(const IndexOptions& options, const Console& console) {
         // Folders that other names lead to may be meant for others.
         if (options.catalogue == catalogueOfUser()) closeToOthers(options.catalogue.parent_path());
         if (options.folders.empty() && catalogue.roots().empty()) return reportNoFolder(console);
-        return runIndexer(catalogue, options, console);
+        return withoutReaderLoss(console, [&] { return runIndexer(catalogue, options, console); });
     });
 }
 
@@ -88,6 +91,7 @@ void describeIndex(CLI::App& program, Action& chosen) {
         std::vector<std::string> folders;
         std::string catalogue = catalogueOfUser();
         std::size_t jobs = usualJobs();
+        ReadingOptions reading;
     };
     auto* command = program.add_subcommand("index", "Bring the catalogue of designs up to date");
     const auto options = std::make_shared<Options>();
@@ -96,11 +100,13 @@ void describeIndex(CLI::App& program, Action& chosen) {
                         "earlier runs are brought up to date");
     addJobsOption(*command, options->jobs, "How many files to read at a time");
     command->add_option("--catalogue", options->catalogue, "The catalogue's file")->capture_default_str();
+    addReadingOptions(*command, options->reading);
     command->callback([&chosen, options] {
         chosen = [options](const Console& console) {
             return index({.folders = {options->folders.begin(), options->folders.end()},
                           .catalogue = options->catalogue,
-                          .jobs = options->jobs},
+                          .jobs = options->jobs,
+                          .reading = options->reading},
                          console);
         };
     });

@@ -6,6 +6,7 @@
 
 #include "catalogue/indexer.h"
 #include "cli/console.h"
+#include "cli/reading.h"
 
 namespace velamo {
 
@@ -13,6 +14,7 @@ struct IndexOptions {
     std::vector<std::filesystem::path> folders;  // empty: those of earlier runs
     std::filesystem::path catalogue;
     std::size_t jobs = 1;
+    ReadingOptions reading{};
 };
 
 /// Brings the catalogue up to date and prints a summary. Broken files are reported and do not make it fail.

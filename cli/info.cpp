@@ -10,7 +10,6 @@
 #include "cli/terminal_picture.h"
 #include "formats/design_attributes.h"
 #include "platform/harmless_output.h"
-#include "reading/read_design.h"
 #include "render/design_picture.h"
 
 namespace velamo {
@@ -28,13 +27,13 @@ Json infoJson(const std::string& file, const VLMDesign& design) {
 
 /// Imports each file and hands it on; a problem is reported, and handed on as well.
 template <class OnDesign, class OnProblem>
-ExitStatus readEach(std::span<const std::string> files, const Console& console, OnDesign onDesign,
-                    OnProblem onProblem) {
+ExitStatus readEach(std::span<const std::string> files, ConfinedReader& reader, const Console& console,
+                    OnDesign onDesign, OnProblem onProblem) {
     auto status = ExitStatus::success;
     for (const std::string& file : files) {
         VLMDesign design;
         VLMError error;
-        if (readDesign(design, file, &error)) {
+        if (reader.readDesign(design, file, &error)) {
             onDesign(file, design);
             continue;
         }
@@ -53,7 +52,8 @@ void printPicture(const VLMDesign& design, const Console& console) {
 
 }  // namespace
 
-ExitStatus info(std::span<const std::string> files, bool withPicture, const Console& console) {
+ExitStatus info(std::span<const std::string> files, bool withPicture, const ReadingOptions& reading,
+                const Console& console) {
     const char* separator = "";
     const auto describe = [&](const std::string&, const VLMDesign& design) {
         console.out << separator;
@@ -61,19 +61,23 @@ ExitStatus info(std::span<const std::string> files, bool withPicture, const Cons
         console.out << designInWords(design, console) << '\n';
         separator = "\n";
     };
-    return readEach(files, console, describe, [](const std::string&, const VLMError&) {});
+    return withReader(reading, console, [&](ConfinedReader& reader) {
+        return readEach(files, reader, console, describe, [](const std::string&, const VLMError&) {});
+    });
 }
 
-ExitStatus infoAsJson(std::span<const std::string> files, const Console& console) {
+ExitStatus infoAsJson(std::span<const std::string> files, const ReadingOptions& reading, const Console& console) {
     Json list = Json::array();
-    const auto status = readEach(
-        files, console,
-        [&list](const std::string& file, const VLMDesign& design) { list.push_back(infoJson(file, design)); },
-        [&list](const std::string& file, const VLMError& error) {
-            list.push_back({{"file", file}, {"error", errorJson(error)}});
-        });
-    console.out << listTextOf(list);
-    return status;
+    return withReader(reading, console, [&](ConfinedReader& reader) {
+        const auto status = readEach(
+            files, reader, console,
+            [&list](const std::string& file, const VLMDesign& design) { list.push_back(infoJson(file, design)); },
+            [&list](const std::string& file, const VLMError& error) {
+                list.push_back({{"file", file}, {"error", errorJson(error)}});
+            });
+        console.out << listTextOf(list);
+        return status;
+    });
 }
 
 void describeInfo(CLI::App& program, Action& chosen) {
@@ -81,6 +85,7 @@ void describeInfo(CLI::App& program, Action& chosen) {
         std::vector<std::string> files;
         bool isJson = false;
         bool withPicture = false;
+        ReadingOptions reading;
     };
     auto* command = program.add_subcommand("info", "Describe designs");
     const auto options = std::make_shared<Options>();
@@ -93,10 +98,11 @@ void describeInfo(CLI::App& program, Action& chosen) {
                    "Show a small picture: in pixels on terminals that announce sixel or kitty graphics, else in blocks "
                    "of color, in a pipe as well; not on a dumb terminal")
         ->excludes(json);
+    addReadingOptions(*command, options->reading);
     command->callback([&chosen, options] {
         chosen = [options](const Console& console) {
-            return options->isJson ? infoAsJson(options->files, console)
-                                   : info(options->files, options->withPicture, console);
+            return options->isJson ? infoAsJson(options->files, options->reading, console)
+                                   : info(options->files, options->withPicture, options->reading, console);
         };
     });
 }

@@ -3,12 +3,14 @@
 #include "cli/command_line.h"
 #include "platform/interruption.h"
 #include "platform/output_buffer.h"
+#include "platform/signals.h"
 #include "platform/standard_streams.h"
 #include "platform/terminal.h"
 
 int main(int argumentCount, char** arguments) {
-    velamo::prepareForSignals();
     velamo::openStandardStreams();
+    velamo::restoreUsualSignals();
+    velamo::prepareForSignals();
     std::ios::sync_with_stdio(false);
     velamo::adoptUserLanguage();
     velamo::OutputBuffer output(velamo::StandardStream::output);

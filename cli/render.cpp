@@ -16,7 +16,6 @@
 #include "cli/edit_script.h"
 #include "formats/format.h"
 #include "platform/files.h"
-#include "reading/read_design.h"
 
 namespace velamo {
 namespace {
@@ -138,16 +137,17 @@ ExitStatus writePicture(const RenderRequest& request, const PictureKind& kind, c
     return ExitStatus::failure;
 }
 
-ExitStatus renderDesign(const RenderRequest& request, const Console& console) {
+ExitStatus renderDesign(const RenderRequest& request, ConfinedReader& reader, const Console& console) {
     const PictureKind& kind = kindOf(request.picture);
     const auto commands = parseEditLines(request.commands);
+    const DesignSource source = sourceOf(reader);
     VLMDesign design;
     VLMError error;
-    if (!readDesign(design, request.file, &error)) {
+    if (!source(design, request.file, &error)) {
         reportProblem(console, request.file, error);
         return ExitStatus::failure;
     }
-    for (const EditCommand& command : commands) command(design);
+    for (const EditCommand& command : commands) command(design, source);
     checkThread(request, design);
     if (isBeyondLimit(request, kind, design, console)) return ExitStatus::failure;
     return writePicture(request, kind, design, console);
@@ -164,7 +164,8 @@ std::string refuseScale(const std::string& text) {
 
 ExitStatus render(const RenderRequest& request, const Console& console) {
     try {
-        return renderDesign(request, console);
+        return withReader(request.reading, console,
+                          [&](ConfinedReader& reader) { return renderDesign(request, reader, console); });
     } catch (const RenderUsageError& error) {
         reportWrongUsage(console, error.what());
     } catch (const EditSyntaxError& error) {
@@ -195,6 +196,7 @@ void describeRender(CLI::App& program, Action& chosen) {
     command->add_option("--thread", request->thread, "Draw one thread alone; the first one is 0, and -1 draws all");
     command->add_option("-e", request->commands, "Carry out an edit command before; may be given several times")
         ->allow_extra_args(false);
+    addReadingOptions(*command, request->reading);
     command->footer("'velamo edit --help' tells the edit commands.");
     command->callback(
         [&chosen, request] { chosen = [request](const Console& console) { return render(*request, console); }; });

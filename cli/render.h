@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/console.h"
+#include "cli/reading.h"
 #include "render/design_picture.h"
 
 namespace velamo {
@@ -19,6 +20,7 @@ struct RenderRequest {
     DesignLook look;                     // its thread counts for nothing
     std::optional<std::int32_t> thread;  // the one to be drawn alone
     std::vector<std::string> commands;   // of the edit language, carried out before
+    ReadingOptions reading{};
 };
 
 /// Draws the design into the file `picture`, which is replaced in one step. Whatever goes wrong leaves that as it was.

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "fuzz/export_claims.h"
+#include "reading/read_design.h"
 
 namespace velamo::fuzz {
 namespace {
@@ -67,7 +68,7 @@ void checkScript(Input script) {
     const bool setsRange = withoutQuotes(std::string(textOf(script))).find("range") != std::string::npos;
     for (const EditCommand& command : commandsOf(script)) {
         try {
-            const auto outcome = carryOut({&command, 1}, design);
+            const auto outcome = carryOut({&command, 1}, design, readDesign);
             claim(outcome.results.size() == 1, "every command has its result");
         } catch (const EditSyntaxError& error) {
             claim(*error.what() != '\0', "a refusal says what was expected");

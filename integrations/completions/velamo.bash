@@ -45,12 +45,13 @@ _velamo() {
     --width | --height | --stitches | --colors | --limit | --jobs | --date | --scale | --size | --thread | -e) return ;;
     esac
     case $command in
-    info) options='--json --picture' ;;
-    index) options='--jobs --catalogue' ;;
+    info) options='--json --picture --confined-only' ;;
+    index) options='--jobs --catalogue --confined-only' ;;
+    dump) options='--confined-only' ;;
     search) options='--width --height --stitches --colors --sort --reverse --limit --folder --broken --json --print0 --catalogue' ;;
-    convert) options='--all --to --out --jobs --date --dump' ;;
-    edit) options='-e -f -o --dump' ;;
-    render) options='--scale --size --3d --jumps --structure --thread -e' ;;
+    convert) options='--all --to --out --jobs --date --dump --confined-only' ;;
+    edit) options='-e -f -o --dump --confined-only' ;;
+    render) options='--scale --size --3d --jumps --structure --thread -e --confined-only' ;;
     palettes) options='--json' ;;
     hoops) options='--vendor --json' ;;
     desktop)

@@ -87,6 +87,9 @@ complete -c velamo -n "__velamo_is format-length" -l unit -x -a "0 1 2" -d "Mill
 
 complete -c velamo -n "__velamo_is parse-length" -l unit -x -a "0 1 2" -d "Millimetres, decimal or fractional inches"
 
+for command in info index dump convert edit render
+    complete -c velamo -n "__velamo_is $command" -l confined-only -d "Read nothing where the system cannot confine it"
+end
 for command in info index dump convert edit
     complete -c velamo -n "__velamo_is $command" -a "(__velamo_files $readable)"
 end

@@ -1,11 +1,14 @@
 // Designs are read through the importer plug-in.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 
 #include "platform/confinement.h"
 #include "tests/catalogue/support.h"
+#include "tests/support/child_processes.h"
 #include "tests/support/other_user.h"
 
 namespace velamo {
@@ -18,7 +21,7 @@ ReadOutcome readOne(const DesignReader& reader, const std::filesystem::path& fil
 class PluginReader : public testing::Test {
 protected:
     test::TemporaryFolder folder_;
-    std::vector<DesignReader> readers_ = pluginReaders(PluginHost::findModule(), 2);
+    std::vector<DesignReader> readers_ = pluginReaders(PluginHost::findModule(), 2).readers;
 };
 
 TEST_F(PluginReader, GivesTheAttributes) {
@@ -59,13 +62,49 @@ TEST_F(PluginReader, FillsACatalogue) {
               (IndexSummary{.added = 2, .broken = 1}));
 }
 
+/// The nursery of this process's readers, and its guardians.
+pid_t nursery() {
+    return test::childrenOf(::getpid()).at(0);
+}
+
+class LostReaders : public testing::Test {
+protected:
+    LostReaders() {
+        for (int i = 0; i < designCount; ++i) folder_.write("designs/" + std::to_string(i) + ".dst", test::soundDst());
+    }
+    IndexSummary run() {
+        return indexFolders(catalogue_, {{folder_.path() / "designs"}}, readers_, 1, told_.observer());
+    }
+    static constexpr int designCount = 600;
+    test::TemporaryFolder folder_;
+    std::vector<DesignReader> readers_ = pluginReaders(PluginHost::findModule(), 2).readers;
+    Catalogue catalogue_ = Catalogue::openForIndexing(folder_.path() / "catalogue.sqlite");
+    test::Told told_;
+};
+
+TEST_F(LostReaders, AreReplacedAndNoFileIsToBlame) {
+    for (const pid_t guardian : test::childrenOf(nursery())) ::kill(guardian, SIGKILL);
+    EXPECT_EQ(run(), (IndexSummary{.added = designCount}));
+    EXPECT_TRUE(told_.problems.empty());
+}
+
+TEST_F(LostReaders, ThatCannotBeReplacedEndTheRun) {
+    const auto guardians = test::childrenOf(nursery());
+    ::kill(nursery(), SIGKILL);
+    for (const pid_t guardian : guardians) ::kill(guardian, SIGKILL);
+    EXPECT_THROW(static_cast<void>(run()), WorkerLoss);
+    EXPECT_TRUE(told_.problems.empty());
+    readers_ = pluginReaders(PluginHost::findModule(), 2).readers;
+    EXPECT_EQ(run().designs(), designCount);
+}
+
 /// What a reader needs memory for that it cannot have is written down as that file's failure.
 TEST(LimitedReader, RefusesWhatTakesTooMuchMemory) {
     if (!canLimitMemory()) GTEST_SKIP() << "sanitizers need the address space";
     const test::TemporaryFolder folder;
     const auto file = folder.write("huge.exp", std::string());
     std::filesystem::resize_file(file, std::uintmax_t{200} << 20);  // stitches on the spot
-    const auto readers = pluginReaders(PluginHost::findModule(), 1, {.memory = std::uint64_t{700} << 20});
+    const auto readers = pluginReaders(PluginHost::findModule(), 1, {.memory = std::uint64_t{700} << 20}).readers;
     const auto outcome = readOne(readers[0], file);
     ASSERT_TRUE(std::holds_alternative<DesignFailure>(outcome));
     EXPECT_EQ(std::get<DesignFailure>(outcome).code, ENOMEM);
@@ -77,7 +116,7 @@ TEST(LimitedReader, RefusesWhatTakesTooLong) {
     const test::TemporaryFolder folder;
     const auto file = folder.write("large.exp", std::string());
     std::filesystem::resize_file(file, std::uintmax_t{60} << 20);
-    const auto readers = pluginReaders(PluginHost::findModule(), 1, {.time = std::chrono::milliseconds(2)});
+    const auto readers = pluginReaders(PluginHost::findModule(), 1, {.time = std::chrono::milliseconds(2)}).readers;
     EXPECT_EQ(std::get<DesignFailure>(readOne(readers[0], file)),
               (DesignFailure{"NSPOSIXErrorDomain", ETIMEDOUT, "reading it takes too long"}));
 }
