@@ -1,16 +1,12 @@
 #include <iostream>
 
 #include "cli/command_line.h"
-#include "platform/interruption.h"
 #include "platform/output_buffer.h"
-#include "platform/signals.h"
-#include "platform/standard_streams.h"
+#include "platform/program_start.h"
 #include "platform/terminal.h"
 
 int main(int argumentCount, char** arguments) {
-    velamo::openStandardStreams();
-    velamo::restoreUsualSignals();
-    velamo::prepareForSignals();
+    velamo::startProgram();
     std::ios::sync_with_stdio(false);
     velamo::adoptUserLanguage();
     velamo::OutputBuffer output(velamo::StandardStream::output);

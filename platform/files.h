@@ -59,6 +59,8 @@ using ByteProducer = std::function<bool(const ByteSink&)>;
 
 /// The same with bytes that are written as they are made, so that a large file takes no memory. Where the first way of
 /// writing does not work, `produce` is asked once more. ECANCELED when it gives up although every piece was written.
+/// For programs of one thread: `produce` may run within an InterruptionPause, which forbids others to wait for each
+/// other.
 [[nodiscard]] std::error_code replaceFileBy(const std::filesystem::path& path, const ByteProducer& produce);
 
 }  // namespace velamo

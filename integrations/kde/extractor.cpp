@@ -4,7 +4,6 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "formats/design_attributes.h"
 #include "integrations/attribute_words.h"
 #include "platform/terminal.h"
 
@@ -50,11 +49,11 @@ ExtractorAnswer failure(const char* reason) {
 
 }  // namespace
 
-ExtractorAnswer answerExtractorRequest(std::istream& in) {
+ExtractorAnswer answerExtractorRequest(std::istream& in, ConfinedReader& reader) {
     const auto request = readInput(in);
     const auto path = request ? pathIn(*request) : std::nullopt;
     if (!path) return failure("The request names no file.");
-    const auto design = attributesOfFile(*path);
+    const auto design = reader.attributesOfFile(*path);
     if (!design) return failure("The file holds no embroidery design that can be read.");
     const Json answer{{"properties", propertiesOf(*design)}, {"status", "OK"}, {"error", ""}};
     return {.json = harmlessJson(answer.dump()), .isDesign = true};

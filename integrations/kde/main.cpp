@@ -3,16 +3,16 @@
 
 #include "integrations/kde/extractor.h"
 #include "model/error.h"
-#include "platform/interruption.h"
-#include "platform/standard_streams.h"
+#include "platform/program_start.h"
 
 /// Answers one request; whoever asks again starts the program again.
 int main() {
-    velamo::prepareForSignals();
-    velamo::openStandardStreams();
+    velamo::startProgram();
     std::ios::sync_with_stdio(false);
     const bool isDone = velamo::operation(nullptr, [] {
-        const auto answer = velamo::answerExtractorRequest(std::cin);
+        velamo::ConfinedReader reader;
+        if (!reader.isConfined()) std::cerr << "velamo-kfilemetadata: " << velamo::unconfinedNotice << '\n';
+        const auto answer = velamo::answerExtractorRequest(std::cin, reader);
         std::cout << answer.json << std::endl;
         return answer.isDesign && std::cout;
     });

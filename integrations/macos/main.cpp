@@ -6,7 +6,7 @@
 #include "integrations/macos/bundle_description.h"
 #include "model/error.h"
 #include "platform/files.h"
-#include "platform/standard_streams.h"
+#include "platform/program_start.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ bool writeDescription(const std::filesystem::path& contents, const std::string& 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-    velamo::openStandardStreams();
+    velamo::startProgram();
     if (argumentCount != 3) {
         std::cerr << "usage: " << arguments[0] << " CONTENTS VERSION\n";
         return EXIT_FAILURE;

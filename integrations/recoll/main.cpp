@@ -3,13 +3,12 @@
 
 #include "integrations/recoll/recoll_handler.h"
 #include "model/error.h"
-#include "platform/interruption.h"
-#include "platform/standard_streams.h"
+#include "platform/program_start.h"
 
 namespace {
 
-bool showPage(const char* file) {
-    const std::string page = velamo::recollPageOf(file);
+bool showPage(const char* file, velamo::ConfinedReader& reader) {
+    const std::string page = velamo::recollPageOf(file, reader);
     std::cout << page << std::flush;
     return !page.empty() && std::cout;
 }
@@ -18,12 +17,14 @@ bool showPage(const char* file) {
 
 /// Without an argument the persistent handler, with a file name the one that is started anew for each file.
 int main(int argumentCount, char** arguments) {
-    velamo::prepareForSignals();
-    velamo::openStandardStreams();
+    velamo::startProgram();
     std::ios::sync_with_stdio(false);
     const bool isDone = velamo::operation(nullptr, [&] {
         if (argumentCount > 2) return false;
-        return argumentCount == 2 ? showPage(arguments[1]) : velamo::answerRecollRequests(std::cin, std::cout);
+        velamo::ConfinedReader reader;
+        if (!reader.isConfined()) std::cerr << "velamo-recoll: " << velamo::unconfinedNotice << '\n';
+        return argumentCount == 2 ? showPage(arguments[1], reader)
+                                  : velamo::answerRecollRequests(std::cin, std::cout, reader);
     });
     return isDone ? EXIT_SUCCESS : EXIT_FAILURE;
 }

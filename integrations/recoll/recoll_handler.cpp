@@ -8,7 +8,6 @@
 #include <ostream>
 #include <utility>
 
-#include "formats/design_attributes.h"
 #include "integrations/attribute_words.h"
 #include "platform/text.h"
 
@@ -84,14 +83,14 @@ void append(std::string& message, const Field& field) {
 }
 
 /// A file name with a zero byte would open another file than it names.
-std::optional<DesignAttributes> attributesOf(const std::filesystem::path& file) {
-    return file.native().find('\0') == std::string::npos ? attributesOfFile(file) : std::nullopt;
+std::optional<DesignAttributes> attributesOf(const std::filesystem::path& file, ConfinedReader& reader) {
+    return file.native().find('\0') == std::string::npos ? reader.attributesOfFile(file) : std::nullopt;
 }
 
 }  // namespace
 
-std::string recollAnswerFor(const std::filesystem::path& file) {
-    const auto design = attributesOf(file);
+std::string recollAnswerFor(const std::filesystem::path& file, ConfinedReader& reader) {
+    const auto design = attributesOf(file, reader);
     if (!design) return "Document: 0\nFileerror: 0\n\n";
     std::string answer;
     append(answer, {"Document", sentenceOf(*design) + '\n'});
@@ -102,8 +101,8 @@ std::string recollAnswerFor(const std::filesystem::path& file) {
     return answer + '\n';
 }
 
-std::string recollPageOf(const std::filesystem::path& file) {
-    const auto design = attributesOf(file);
+std::string recollPageOf(const std::filesystem::path& file, ConfinedReader& reader) {
+    const auto design = attributesOf(file, reader);
     if (!design) return "";
     std::string page = "<html><head>\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=utf-8\">\n";
     for (const auto& [name, data] : numbersOf(*design))
@@ -111,11 +110,11 @@ std::string recollPageOf(const std::filesystem::path& file) {
     return page + "</head><body>\n<p>" + sentenceOf(*design) + "</p>\n</body></html>\n";
 }
 
-bool answerRecollRequests(std::istream& in, std::ostream& out) {
+bool answerRecollRequests(std::istream& in, std::ostream& out, ConfinedReader& reader) {
     while (out && in.peek() != std::istream::traits_type::eof()) {
         const auto fileName = readRequest(in);
         if (!fileName) return false;
-        out << recollAnswerFor(*fileName) << std::flush;
+        out << recollAnswerFor(*fileName, reader) << std::flush;
     }
     return out.good();
 }

@@ -4,6 +4,8 @@
 #include <iosfwd>
 #include <string>
 
+#include "reading/confined_reader.h"
+
 namespace velamo {
 
 /// What the indexer sends and is answered, on the handler's standard input and output. A message is a row of fields
@@ -13,13 +15,13 @@ namespace velamo {
 /// Answers one request after the other until the input ends, and flushes every answer. A file that holds no design is
 /// answered as such, and so is a request without a usable file name. False when the input ends inside a request or is
 /// no such message (nor is one with a field of more than 64 KiB), which leaves nothing to go on with, and when the
-/// answers cannot be written. May throw std::bad_alloc.
-[[nodiscard]] bool answerRecollRequests(std::istream& in, std::ostream& out);
+/// answers cannot be written. May throw std::bad_alloc, and WorkerLoss.
+[[nodiscard]] bool answerRecollRequests(std::istream& in, std::ostream& out, ConfinedReader& reader);
 
 /// The answer for a file, with its empty line.
-[[nodiscard]] std::string recollAnswerFor(const std::filesystem::path& file);
+[[nodiscard]] std::string recollAnswerFor(const std::filesystem::path& file, ConfinedReader& reader);
 
 /// The file as a web page, for handlers that are started anew for each file; empty when it holds no design.
-[[nodiscard]] std::string recollPageOf(const std::filesystem::path& file);
+[[nodiscard]] std::string recollPageOf(const std::filesystem::path& file, ConfinedReader& reader);
 
 }  // namespace velamo

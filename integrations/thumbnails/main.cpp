@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <iostream>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -11,8 +12,7 @@
 #include "model/error.h"
 #include "platform/file_state.h"
 #include "platform/files.h"
-#include "platform/interruption.h"
-#include "platform/standard_streams.h"
+#include "platform/program_start.h"
 
 namespace velamo {
 namespace {
@@ -27,7 +27,9 @@ bool writePicture(const std::filesystem::path& path, const std::vector<std::uint
 
 bool writeThumbnail(const std::filesystem::path& design, const std::filesystem::path& picture, int pixels) noexcept {
     return operation(nullptr, [&] {
-        const auto bitmap = thumbnailOfFile(design, pixels);
+        ConfinedReader reader;
+        if (!reader.isConfined()) std::cerr << "velamo-thumbnailer: " << unconfinedNotice << '\n';
+        const auto bitmap = thumbnailOfFile(design, pixels, reader);
         const auto png = bitmap ? bitmap->png() : std::nullopt;
         return png && writePicture(picture, *png);
     });
@@ -45,8 +47,7 @@ std::optional<int> pixelsIn(std::string_view text) noexcept {
 }  // namespace velamo
 
 int main(int argumentCount, char** arguments) {
-    velamo::prepareForSignals();
-    velamo::openStandardStreams();
+    velamo::startProgram();
     constexpr int wanted = 4;
     const auto pixels = argumentCount == wanted ? velamo::pixelsIn(arguments[3]) : std::nullopt;
     if (!pixels) {

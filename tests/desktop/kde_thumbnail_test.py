@@ -1,10 +1,12 @@
 """KDE's previews of designs, made by the plug-in of the build folder."""
 
+import os
 import unittest
 
 import desktop
 
 PLUGINS = desktop.BUILD / "integrations/kde-thumbnails/plugins"
+PROGRAMS = desktop.BUILD / "integrations/thumbnails"
 
 
 class KdeThumbnails(desktop.DesktopTest):
@@ -20,7 +22,8 @@ class KdeThumbnails(desktop.DesktopTest):
         folder = self.home / f"previews-{pixels}"
         folder.mkdir()
         failed = self.run_program("dbus-run-session", "--", self.program, folder, pixels, *files,
-                                  QT_QPA_PLATFORM="offscreen", QT_PLUGIN_PATH=str(PLUGINS)).stdout
+                                  QT_QPA_PLATFORM="offscreen", QT_PLUGIN_PATH=str(PLUGINS),
+                                  PATH=f"{PROGRAMS}:{os.environ['PATH']}").stdout
         return {file.stem: desktop.Picture(file) for file in folder.iterdir()}, failed.split()
 
     def test_every_format_is_drawn(self):

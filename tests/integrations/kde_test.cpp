@@ -15,7 +15,8 @@ using Json = nlohmann::json;
 
 ExtractorAnswer answerTo(const std::string& request) {
     std::istringstream in(request);
-    return answerExtractorRequest(in);
+    ConfinedReader reader;
+    return answerExtractorRequest(in, reader);
 }
 
 std::string requestFor(const std::string& path) {

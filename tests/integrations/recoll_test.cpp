@@ -41,7 +41,8 @@ void PrintTo(const Answers& answers, std::ostream* out) {
 Answers answersTo(const std::string& requests) {
     std::istringstream in(requests);
     std::ostringstream out;
-    const bool isDone = answerRecollRequests(in, out);
+    ConfinedReader reader;
+    const bool isDone = answerRecollRequests(in, out, reader);
     return {isDone, out.str()};
 }
 
@@ -68,7 +69,8 @@ TEST(RecollHandler, FlushesEveryAnswer) {
     std::istringstream in(field("filename", samples.design) + "\n" + field("filename", samples.poem) + "\n");
     CountingBuffer buffer;
     std::ostream out(&buffer);
-    EXPECT_TRUE(answerRecollRequests(in, out));
+    ConfinedReader reader;
+    EXPECT_TRUE(answerRecollRequests(in, out, reader));
     EXPECT_GE(buffer.flushes, 2);
 }
 
@@ -77,7 +79,8 @@ TEST(RecollHandler, EndsWhenNobodyTakesTheAnswers) {
     std::istringstream in(field("filename", samples.design) + "\n" + field("filename", samples.design) + "\n");
     std::ostringstream out;
     out.setstate(std::ios::badbit);
-    EXPECT_FALSE(answerRecollRequests(in, out));
+    ConfinedReader reader;
+    EXPECT_FALSE(answerRecollRequests(in, out, reader));
 }
 
 struct Row {
@@ -129,7 +132,8 @@ TEST(RecollRequests, MayEndAnywhere) {
 
 TEST(RecollPage, ShowsADesign) {
     const Samples samples;
-    EXPECT_EQ(recollPageOf(samples.design),
+    ConfinedReader reader;
+    EXPECT_EQ(recollPageOf(samples.design, reader),
               "<html><head>\n"
               "<meta http-equiv=\"Content-Type\" content=\"text/html; charset=utf-8\">\n"
               "<meta name=\"designwidth\" content=\"1\">\n"
@@ -143,8 +147,9 @@ TEST(RecollPage, ShowsADesign) {
 
 TEST(RecollPage, IsEmptyForWhatIsNoDesign) {
     const Samples samples;
+    ConfinedReader reader;
     for (const std::string& file : {samples.poem, samples.folder.path().native(), std::string("/absent.dst")})
-        EXPECT_EQ(recollPageOf(file), "") << file;
+        EXPECT_EQ(recollPageOf(file, reader), "") << file;
 }
 
 }  // namespace
