@@ -16,7 +16,7 @@ namespace velamo {
 ///
 /// Takes time and memory in proportion to the stitches before and after. False, with nothing changed, when the moves
 /// cannot be cut: one is not finite, is so large that taking the limit away from it changes nothing, or the list would
-/// grow beyond 2^26 stitches; also when there is no memory for the new list.
+/// grow beyond four times its length and 2^19 stitches more; also when there is no memory for the new list.
 bool optimizeJumpsFor(VLMDesign& design, std::string_view designType) noexcept;
 
 /// Takes jumps and colour changes at the beginning and the end of the selection out of it: from the first selected

@@ -16,12 +16,19 @@ namespace velamo {
 /// stitches straight in here, so that it needs no list of its own.
 class OptimizedStitches {
 public:
-    /// Far above any real design; a hostile file's moves could be cut into billions of pieces.
-    static constexpr std::size_t usualMost = std::size_t{1} << 26;
+    /// So many stitches may become of `count`. That is far above any real design: four times as long as a machine
+    /// sews, each of them, and kilometres besides. A hostile file's moves could be cut into billions of pieces.
+    [[nodiscard]] static constexpr std::size_t mostOf(std::size_t count) noexcept {
+        constexpr std::size_t pieces = 4;
+        constexpr std::size_t besides = std::size_t{1} << 19;
+        return pieces * count + besides;
+    }
 
     /// Makes room for twice as many stitches as `count`; what is not used of it takes no memory, as it is never
     /// touched.
-    OptimizedStitches(std::string_view designType, std::size_t count, std::size_t mostStitches = usualMost);
+    OptimizedStitches(std::string_view designType, std::size_t count)
+        : OptimizedStitches(designType, count, mostOf(count)) {}
+    OptimizedStitches(std::string_view designType, std::size_t count, std::size_t mostStitches);
     OptimizedStitches(const OptimizedStitches&) = delete;
     OptimizedStitches& operator=(const OptimizedStitches&) = delete;
     ~OptimizedStitches() = default;

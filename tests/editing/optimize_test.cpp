@@ -165,7 +165,34 @@ TEST(Refusal, OfMoreStitchesThanAListMayHave) {
     EXPECT_TRUE(isDone(9));
     EXPECT_FALSE(isDone(8));
     EXPECT_FALSE(isDone(1));
-    EXPECT_TRUE(isDone(OptimizedStitches::usualMost));
+    EXPECT_TRUE(isDone(OptimizedStitches::mostOf(3)));
+}
+
+/// A hundred jumps with a stitch behind each, which are cut into so many pieces each.
+Stitches jumpsOfPieces(int pieces) {
+    Stitches stitches;
+    for (int i = 0; i < 100; ++i) {
+        stitches.push_back(jump(120.0F * static_cast<float>(i % 2 == 0 ? pieces : -pieces), 0));
+        stitches.push_back(stitch(1, 1));
+    }
+    return stitches;
+}
+
+TEST(Refusal, OfFarMoreStitchesThanThereWere) {
+    VLMDesign design;
+    design.setStitches(jumpsOfPieces(5000));
+    EXPECT_TRUE(optimizeJumpsFor(design, "DST"));
+    EXPECT_EQ(design.stitches().size(), 100U * 5001);
+    design.setStitches(jumpsOfPieces(6000));
+    EXPECT_FALSE(optimizeJumpsFor(design, "DST"));
+    EXPECT_EQ(design.stitches().size(), 200U);
+}
+
+TEST(Refusal, NotOfLongStitchesHoweverManyThereAre) {
+    VLMDesign design;
+    design.setStitches(Stitches(300000, stitch(480, 0)));
+    EXPECT_TRUE(optimizeJumpsFor(design, "DST"));
+    EXPECT_EQ(design.stitches().size(), 1200000U);
 }
 
 TEST(Refusal, OfOneMoveOfBillionsOfPieces) {

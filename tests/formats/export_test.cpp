@@ -287,6 +287,20 @@ TEST(Export, HandsTheFinishedFileToWhoeverWantsIt) {
     }
 }
 
+TEST(Export, RefusesMovesThatWouldFillADisk) {
+    const TemporaryFolder folder;
+    std::vector<VLMStitch> stitches;
+    for (int i = 0; i < 2000; ++i) {
+        stitches.emplace_back(i % 2 == 0 ? 500000.0F : -500000.0F, 0.0F, true, false);
+        stitches.emplace_back(1.0F, 1.0F, false, false);
+    }
+    VLMDesign design = sewn(std::move(stitches));
+    VLMError error;
+    EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.exp", &error));
+    EXPECT_EQ(error.code, 52);
+    EXPECT_EQ(design.stitches().size(), 4000U);
+}
+
 TEST(Export, PrefersTheWritersErrorToItsOwn) {
     const TemporaryFolder folder;
     VLMDesign design = sewn({stitch(1e30F, 0), stitch(1, 1)});
