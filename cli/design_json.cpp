@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <ostream>
+#include <string_view>
 
 namespace velamo {
 namespace {
@@ -27,12 +28,6 @@ Json threadJson(const VLMThread& thread) {
             {"isShown", thread.isShown()}};
 }
 
-Json threadsJson(const VLMThreadList& threads) {
-    Json list = Json::array();
-    for (const VLMThread& thread : threads) list.push_back(threadJson(thread));
-    return list;
-}
-
 Json recordJson(const VLMDesign& design, const VLMError* error) {
     const VLMRange range = design.displayRange();
     return {{"ok", error == nullptr},
@@ -45,8 +40,7 @@ Json recordJson(const VLMDesign& design, const VLMError* error) {
             {"displayRange", Json::array({range.location, range.length})},
             {"bounds", Json::array({jsonNumber(design.xMin()), jsonNumber(design.yMin()), jsonNumber(design.xMax()),
                                     jsonNumber(design.yMax())})},
-            {"hoop", hoopJson(design.designHoop())},
-            {"threads", threadsJson(design.threads())}};
+            {"hoop", hoopJson(design.designHoop())}};
 }
 
 void appendNumber(std::string& text, float number) {
@@ -61,6 +55,16 @@ void appendNumber(std::string& text, float number) {
 
 int flagsOf(const VLMStitch& stitch) noexcept {
     return (stitch.isJumpStitch() ? 1 : 0) + (stitch.isColorChange() ? 2 : 0) + (stitch.isSelected() ? 4 : 0);
+}
+
+void writeThreads(std::ostream& out, const VLMThreadList& threads) {
+    const char* separator = "";
+    out << '[';
+    for (const VLMThread& thread : threads) {
+        out << separator << textOf(threadJson(thread));
+        separator = ",";
+    }
+    out << ']';
 }
 
 void writeStitches(std::ostream& out, const VLMStitchList& stitches) {
@@ -78,6 +82,41 @@ void writeStitches(std::ostream& out, const VLMStitchList& stitches) {
     out << ']';
 }
 
+Json figuresJson(const VLMDesign& design) {
+    return {{"designWidth", design.designWidth()},
+            {"designHeight", design.designHeight()},
+            {"centerOfDesign", pointJson(design.centerOfDesign())},
+            {"numberOfThreads", design.numberOfThreads()},
+            {"numberOfJumps", design.numberOfJumps()},
+            {"numberOfDifferentColors", design.numberOfDifferentColors()},
+            {"numberOfStitches", design.numberOfStitches()},
+            {"firstStitch", pointJson(design.firstStitch())},
+            {"lastStitch", pointJson(design.lastStitch())},
+            {"designPalette", design.designPalette()},
+            {"designPaletteName", design.designPaletteName()},
+            {"isWritable", design.isWritable()},
+            {"isShownOfAllThreads", design.isShownOfAllThreads()},
+            {"indexOfShownThread", design.indexOfShownThread()}};
+}
+
+/// As a JSON text, a piece at a time.
+void writeDescription(std::ostream& out, const VLMDesign& design) {
+    out << '"';
+    design.describe([&out](const std::string& piece) {
+        const std::string quoted = textOf(piece);
+        out << std::string_view(quoted).substr(1, quoted.size() - 2);
+    });
+    out << '"';
+}
+
+void writeStatistics(std::ostream& out, const VLMDesign& design) {
+    std::string figures = textOf(figuresJson(design));
+    figures.pop_back();  // what closes the object
+    out << figures << ",\"description\":";
+    writeDescription(out, design);
+    out << '}';
+}
+
 }  // namespace
 
 Json hoopJson(const VLMHoopHandle& hoop) {
@@ -93,30 +132,22 @@ Json errorJson(const VLMError& error) {
 }
 
 Json statisticsJson(const VLMDesign& design) {
-    return {{"designWidth", design.designWidth()},
-            {"designHeight", design.designHeight()},
-            {"centerOfDesign", pointJson(design.centerOfDesign())},
-            {"numberOfThreads", design.numberOfThreads()},
-            {"numberOfJumps", design.numberOfJumps()},
-            {"numberOfDifferentColors", design.numberOfDifferentColors()},
-            {"numberOfStitches", design.numberOfStitches()},
-            {"firstStitch", pointJson(design.firstStitch())},
-            {"lastStitch", pointJson(design.lastStitch())},
-            {"designPalette", design.designPalette()},
-            {"designPaletteName", design.designPaletteName()},
-            {"isWritable", design.isWritable()},
-            {"isShownOfAllThreads", design.isShownOfAllThreads()},
-            {"indexOfShownThread", design.indexOfShownThread()},
-            {"description", design.description()}};
+    Json statistics = figuresJson(design);
+    statistics["description"] = design.description();
+    return statistics;
 }
 
 void writeDesignJson(std::ostream& out, const VLMDesign& design, const VLMError* error) {
     out << "{\n";
     const Json record = recordJson(design, error);
     for (const auto& [name, value] : record.items()) out << "  \"" << name << "\": " << textOf(value) << ",\n";
-    out << "  \"stitches\": ";
+    out << "  \"threads\": ";
+    writeThreads(out, design.threads());
+    out << ",\n  \"stitches\": ";
     writeStitches(out, design.stitches());
-    out << ",\n  \"statistics\": " << textOf(statisticsJson(design)) << "\n}\n";
+    out << ",\n  \"statistics\": ";
+    writeStatistics(out, design);
+    out << "\n}\n";
 }
 
 }  // namespace velamo

@@ -16,8 +16,8 @@ namespace velamo {
 /// The figures that are derived from a design.
 [[nodiscard]] Json statisticsJson(const VLMDesign& design);
 
-/// Writes the whole design as a JSON object, one member a line. `error`: why its import failed, or null. Stitches are
-/// written one by one, so that a large design takes no memory beside its own.
+/// Writes the whole design as a JSON object, one member a line. `error`: why its import failed, or null. Stitches and
+/// threads are written one by one, so that a large design takes no memory beside its own.
 void writeDesignJson(std::ostream& out, const VLMDesign& design, const VLMError* error);
 
 }  // namespace velamo

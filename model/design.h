@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <limits>
 #include <map>
 #include <optional>
@@ -152,6 +153,9 @@ public:
     [[nodiscard]] std::int64_t indexOfShownThread() const noexcept;
     /// A summary of several lines in the user's language and measurement unit.
     [[nodiscard]] std::string description() const;
+    /// The same in pieces: what comes before the threads, and a line for each of these. Files may change between
+    /// threads a million times.
+    void describe(const std::function<void(const std::string&)>& take) const;
 
     /// VLMThread::changeToColorinPalette on the thread with the index; std::out_of_range when there is none.
     bool changeThreadtoColorinPalette(std::int32_t index, const VLMColor& color, const std::string& palette);

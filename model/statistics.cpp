@@ -156,14 +156,19 @@ std::int64_t VLMDesign::indexOfShownThread() const noexcept {
 }
 
 std::string VLMDesign::description() const {
+    std::string text;
+    describe([&text](const std::string& piece) { text += piece; });
+    return text;
+}
+
+void VLMDesign::describe(const std::function<void(const std::string&)>& take) const {
     std::vector<PatternArgument> arguments{designName_, designType_, designVersion_ / 10.0, lengthText(designWidth()),
                                            lengthText(designHeight())};
     if (designHoop_) arguments.emplace_back(hoopName());
     for (const std::int32_t count : {numberOfStitches(), numberOfJumps(), numberOfThreads(), numberOfDifferentColors()})
         arguments.emplace_back(std::int64_t{count});
-    std::string text = fillPattern(descriptionPattern(designHoop_ != nullptr), arguments);
-    for (std::size_t index = 0; index < threads_.size(); ++index) text += threadLine(index, threads_[index]);
-    return text;
+    take(fillPattern(descriptionPattern(designHoop_ != nullptr), arguments));
+    for (std::size_t index = 0; index < threads_.size(); ++index) take(threadLine(index, threads_[index]));
 }
 
 }  // namespace velamo

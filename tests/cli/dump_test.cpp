@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <ostream>
 #include <sstream>
+#include <streambuf>
 
 #include "cli/design_json.h"
 #include "tests/cli/support.h"
@@ -85,6 +88,39 @@ TEST(Dump, ReplacesBytesThatAreNoText) {
     const auto outcome = call({"dump", folder.write("a\xff\"\n.dst", test::smallDst)});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.json()["designName"], "a\uFFFD\"\n.dst");
+}
+
+/// Takes what is written to it in pieces and keeps none of it, but the size of the largest.
+class PieceMeter final : public std::streambuf {
+public:
+    [[nodiscard]] std::streamsize largest() const noexcept { return largest_; }
+    [[nodiscard]] std::streamsize sum() const noexcept { return sum_; }
+
+protected:
+    std::streamsize xsputn(const char*, std::streamsize count) override {
+        largest_ = std::max(largest_, count);
+        sum_ += count;
+        return count;
+    }
+    int_type overflow(int_type character) override {
+        ++sum_;
+        return traits_type::not_eof(character);
+    }
+
+private:
+    std::streamsize largest_ = 0;
+    std::streamsize sum_ = 0;
+};
+
+TEST(DesignJson, IsWrittenInSmallPieces) {
+    VLMDesign design;
+    design.setStitches({{1, 1, false, false, false}, {1, 1, false, true, false}});
+    design.threads().all().assign(5000, VLMThread::initWithKeyofPalette("001", "Brother"));
+    PieceMeter meter;
+    std::ostream out(&meter);
+    writeDesignJson(out, design, nullptr);
+    EXPECT_LT(meter.largest(), 2000);
+    EXPECT_GT(meter.sum(), 5000 * 100);
 }
 
 std::string designText(const VLMDesign& design) {
