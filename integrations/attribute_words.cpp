@@ -1,5 +1,6 @@
 #include "integrations/attribute_words.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -19,7 +20,7 @@ std::string withOneDecimal(float number) {
 }
 
 std::string stitchesInWords(const DesignAttributes& design) {
-    return counted(nearestWhole(design.stitches), "stitch", "stitches");
+    return counted(nearestWhole(std::max(design.stitches, 0.0F)), "stitch", "stitches");
 }
 
 std::string colorsInWords(const DesignAttributes& design) {

@@ -13,7 +13,7 @@ namespace velamo {
 /// "123.4", whatever the user's language: people search for it as a word.
 [[nodiscard]] std::string withOneDecimal(float number);
 
-/// "5120 stitches", "1 stitch".
+/// "5120 stitches", "1 stitch"; never fewer than none, which a file of more threads than stitches would have.
 [[nodiscard]] std::string stitchesInWords(const DesignAttributes& design);
 /// "7 colours", "1 colour".
 [[nodiscard]] std::string colorsInWords(const DesignAttributes& design);

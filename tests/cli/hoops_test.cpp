@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/cli/support.h"
+#include "tests/support/environment.h"
 
 namespace velamo {
 namespace {
@@ -28,6 +29,13 @@ TEST(Hoops, OfAVendorAreItsOwn) {
     EXPECT_EQ(
         json[1].dump(),
         R"({"name":"L","vendor":"Pfaff","code":3,"width":120,"height":115,"isMultiHoop":false,"isRounded":false,"isWritable":true})");
+}
+
+TEST(Hoops, HaveTheDigitsOfOneLocaleInALine) {
+    const test::Variable locale("LC_ALL", "ar_EG.UTF-8");
+    EXPECT_EQ(call({"hoops", "--vendor", "Pfaff"}).out,
+              "Pfaff      \u0662  S  \u0668\u0660\u066B\u0660 mm x \u0668\u0660\u066B\u0660 mm\n"
+              "Pfaff      \u0663  L  \u0661\u0662\u0660\u066B\u0660 mm x \u0661\u0661\u0665\u066B\u0660 mm\n");
 }
 
 TEST(Hoops, OfAnUnknownVendorAreWrongUsage) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <limits>
 #include <regex>
 #include <thread>
 
@@ -118,6 +119,12 @@ TEST_F(IndexAndSearch, WithoutAFolderNeedOneFirst) {
     EXPECT_THAT(outcome.out, HasSubstr("1 unchanged"));
 }
 
+TEST_F(IndexAndSearch, TakeMoreThanAThousandWords) {
+    write("rose.dst");
+    static_cast<void>(index({designs_}));
+    EXPECT_THAT(search(std::vector<std::string>(1200, "rose")).out, HasSubstr("rose.dst\n1 design\n"));
+}
+
 TEST_F(IndexAndSearch, KeepAFolderThatIsAway) {
     write("rose.dst");
     static_cast<void>(index({designs_}));
@@ -202,6 +209,8 @@ TEST(TimeText, IsThatOfTheCalendar) {
     EXPECT_EQ(timeText(0), "1970-01-01T00:00:00Z");
     EXPECT_EQ(timeText(1'709'210'096'999'999'999), "2024-02-29T12:34:56Z");
     EXPECT_EQ(timeText(-1), "1969-12-31T23:59:59Z");
+    EXPECT_EQ(timeText(std::numeric_limits<std::int64_t>::max()), "2262-04-11T23:47:16Z");
+    EXPECT_EQ(timeText(std::numeric_limits<std::int64_t>::min()), "1677-09-21T00:12:43Z");
 }
 
 struct ProgressRow {

@@ -119,6 +119,29 @@ TEST_F(OnTerminal, JsonStaysJson) {
     EXPECT_EQ(test::Json::parse(text)[0]["statistics"]["numberOfStitches"], 3);
 }
 
+/// In a pipe as well: whatever shows it later may be a terminal.
+TEST(JsonInAPipe, HoldsNothingThatATerminalObeys) {
+    const test::TemporaryFolder folder;
+    test::Vp3File file;
+    file.sections.front().description = test::bytes(
+        "\x1b]0;t\x07\x7f\x9b"
+        "2J");
+    const auto design = folder.write("a" + commands + ".vp3", test::vp3File(file));
+    const auto catalogue = (folder.path() / "catalogue.sqlite").native();
+    static_cast<void>(test::call({"index", "--catalogue", catalogue, folder.path()}));
+    for (const auto& arguments :
+         std::vector<std::vector<std::string>>{{"info", "--json", design},
+                                               {"dump", design},
+                                               {"edit", design, "--dump"},
+                                               {"search", "--json", "--catalogue", catalogue},
+                                               {"info", "--json", (folder.path() / ("b" + commands)).native()}}) {
+        const auto outcome = test::call(arguments);
+        EXPECT_TRUE(isHarmless(outcome.out)) << outcome.out;
+        EXPECT_THAT(outcome.out, HasSubstr(R"(\u009b)"));
+        EXPECT_TRUE(test::Json::accept(outcome.out));
+    }
+}
+
 TEST_F(OnTerminal, APictureIsDrawn) {
     const auto design = folder_.write("a\x1b[2J.dst", test::diagonalDst);
     EXPECT_THAT(run({"info", "--picture", design}).shown, HasSubstr("\x1b[38;5;"));

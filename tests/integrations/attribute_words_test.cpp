@@ -19,6 +19,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Row{"Many", {123.4F, 56.7F, 5120, 7}, "123.4 x 56.7 mm, 5120 stitches, 7 colours"},
                     Row{"One", {0.1F, 12, 1, 1}, "0.1 x 12.0 mm, 1 stitch, 1 colour"},
                     Row{"None", {0, 0, 0, 0}, "0.0 x 0.0 mm, 0 stitches, 0 colours"},
+                    Row{"MoreThreadsThanStitches", {1, 1, -3, 5}, "1.0 x 1.0 mm, 0 stitches, 5 colours"},
                     Row{"Greatest",
                         {429496729.6F, 214748364.8F, 2147483648.0F, 65535},
                         "429496736.0 x 214748368.0 mm, 2147483648 stitches, 65535 colours"}),

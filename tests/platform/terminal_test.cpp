@@ -13,6 +13,9 @@ struct Row {
     const char* text;
     const char* escaped;
 };
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.escaped;
+}
 class Escaping : public testing::TestWithParam<Row> {};
 
 TEST_P(Escaping, GivesTheRow) {

@@ -2,8 +2,8 @@
 // write there would decide what every user's programs read.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
-#include <sstream>
 #include <string>
 
 #include "tests/support/temporary_folder.h"
@@ -20,6 +20,20 @@ TEST_P(InstalledFile, NamesNoFolderOfItsSources) {
 }
 INSTANTIATE_TEST_SUITE_P(Files, InstalledFile, testing::Values(VELAMO_INSTALLED_FILES),
                          [](const auto& row) { return "File" + std::to_string(row.index); });
+
+/// Short paths are not to be found in a program's bytes, so it is asked as well.
+TEST(ProgramElsewhere, LooksForResourcesBesideItselfAlone) {
+    const test::TemporaryFolder folder;
+    const auto program = folder.path() / "velamo";
+    std::filesystem::copy_file(VELAMO_PROGRAM, program);
+    const std::string command = program.native() + " palettes --json >" + (folder.path() / "out").native();
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(test::TemporaryFolder::read(folder.path() / "out"), "[]\n");
+    std::filesystem::create_directory_symlink(std::filesystem::path(VELAMO_SOURCE_FOLDER) / "resources",
+                                              folder.path() / "resources");
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_NE(test::TemporaryFolder::read(folder.path() / "out").find("Brother"), std::string::npos);
+}
 
 TEST(BuildTree, HasTheResourcesOfTheSourcesWhereProgramsLook) {
     const std::filesystem::path program = VELAMO_PROGRAM;
