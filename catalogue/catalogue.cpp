@@ -110,9 +110,21 @@ public:
             std::filesystem::copy_file(fileBeside(file_, ending), fileBeside(copy, ending));
         return openedToSearch(copy, Database::Opening::existing);
     }
-    [[nodiscard]] bool hasChanged() const { return statesNow() != states_; }
+    /// What the body gives, or throws: if nobody wrote meanwhile, for else it means nothing.
+    template <class Body>
+    [[nodiscard]] auto unlessChanged(Body body) const {
+        try {
+            auto result = body();
+            if (!hasChanged()) return result;
+        } catch (const CatalogueError&) {
+            if (!hasChanged()) throw;
+        }
+        throw CatalogueError(SQLITE_BUSY, "the catalogue was changed meanwhile; search again");
+    }
 
 private:
+    [[nodiscard]] bool hasChanged() const { return statesNow() != states_; }
+
     static constexpr std::array endings{"", "-wal"};
     using States = std::array<FileState, endings.size()>;
 
@@ -237,7 +249,7 @@ Catalogue Catalogue::openForSearching(const std::filesystem::path& file) {
         if (failure.code() != SQLITE_CANTOPEN && failure.code() != SQLITE_READONLY) throw;
     }
     auto source = std::make_unique<ReadOnlySource>(file);
-    auto state = std::make_unique<State>(nullptr, source->open());
+    auto state = source->unlessChanged([&] { return std::make_unique<State>(nullptr, source->open()); });
     state->source = std::move(source);
     return Catalogue(std::move(state));
 }
@@ -353,10 +365,8 @@ void Catalogue::commit() {
 }
 
 std::vector<FoundDesign> Catalogue::search(const SearchRequest& request) const {
-    auto found = searchDesigns(state_->database, request);
-    if (state_->source && state_->source->hasChanged())
-        throw CatalogueError(SQLITE_BUSY, "the catalogue was changed meanwhile; search again");
-    return found;
+    const auto search = [&] { return searchDesigns(state_->database, request); };
+    return state_->source ? state_->source->unlessChanged(search) : search();
 }
 
 }  // namespace velamo

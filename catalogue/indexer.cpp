@@ -174,9 +174,7 @@ private:
 
     void refuseMissingRoot(const Root& root, const Path& given) {
         const bool isKept = isAway(root.path);
-        if (isKept) {
-            awayFolders_.push_back(root.path);
-        } else {
+        if (!isKept) {
             catalogue_.removeRoot(root.path);
             vanishedRoots_.push_back(root.path);
         }

@@ -3,18 +3,14 @@
 #include <algorithm>
 #include <vector>
 
+#include "model/description_pattern.h"
 #include "platform/number_format.h"
-#include "platform/resources.h"
 #include "platform/text.h"
 #include "platform/user.h"
 #include "render/value_transformer.h"
 
 namespace velamo {
 namespace {
-
-std::string designText(std::string_view key, std::string_view fallback) {
-    return localizedText(key, "VLMDesign", fallback);
-}
 
 class DesignWords {
 public:
@@ -29,20 +25,12 @@ public:
         for (const std::int32_t count : {std::max(design_.numberOfStitches(), 0), design_.numberOfJumps(),
                                          design_.numberOfThreads(), design_.numberOfDifferentColors()})
             arguments.emplace_back(number(count));
-        std::string text = fillPattern(pattern(!hoop.empty()), arguments);
+        std::string text = fillPattern(descriptionPattern(!hoop.empty()), arguments);
         for (std::int32_t index = 0; index < design_.numberOfThreads(); ++index) text += threadLine(index);
         return text;
     }
 
 private:
-    static std::string pattern(bool withHoop) {
-        return withHoop ? designText("DESCRIPTION_WITH_HOOP",
-                                     "%@ (%@ Version %1.1f)\nsize: %@ x %@, hoop %@\n%i stitches including %i jumps\n"
-                                     "%i color changes with %i different colors")
-                        : designText("DESCRIPTION_WITHOUT_HOOP",
-                                     "%@ (%@ Version %1.1f)\nsize: %@ x %@\n%i stitches including %i jumps\n"
-                                     "%i color changes with %i different colors");
-    }
     [[nodiscard]] std::string shown(const Text& text) const { return console_.shown(text.value_or("")); }
     [[nodiscard]] std::string number(std::int64_t count) const { return digits_.writing(std::to_string(count)); }
     static float tenths(std::int32_t count) noexcept { return static_cast<float>(count / 10.0); }
@@ -63,13 +51,15 @@ private:
         const VLMThread& thread = design_.threads()[static_cast<std::size_t>(index)];
         const std::string palette = shown(thread.palette());
         std::string line = '\n' + number(index + 1) + ". ";
-        line += thread.name() ? shown(thread.name()) : nameOf(thread.color());
+        const std::string name = shown(thread.name());
+        line += name.empty() ? nameOf(thread.color()) : name;
         if (!palette.empty() && palette != "Undefined") line += ", " + palette;
         return line;
     }
     static std::string nameOf(const VLMColor& color) {
-        return fillPattern(designText("COLOR_INDIVIDUAL", "Individual color (%1.0f, %1.0f, %1.0f)"),
-                           {color.red() * 255, color.green() * 255, color.blue() * 255});
+        VLMThread thread;
+        thread.changeToColorinPalette(color, "");
+        return thread.name().value_or("");
     }
 
     const VLMDesign& design_;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "model/description_pattern.h"
 #include "model/design.h"
 #include "model/written_types.h"
 #include "platform/resources.h"
@@ -48,6 +49,8 @@ std::string threadLine(std::size_t index, const VLMThread& thread) {
     return line;
 }
 
+}  // namespace
+
 std::string descriptionPattern(bool withHoop) {
     return withHoop ? designText("DESCRIPTION_WITH_HOOP",
                                  "%@ (%@ Version %1.1f)\nsize: %@ x %@, hoop %@\n%i stitches including %i jumps\n"
@@ -56,8 +59,6 @@ std::string descriptionPattern(bool withHoop) {
                                  "%@ (%@ Version %1.1f)\nsize: %@ x %@\n%i stitches including %i jumps\n"
                                  "%i color changes with %i different colors");
 }
-
-}  // namespace
 
 std::int32_t VLMDesign::designWidth() const noexcept {
     return truncated(xMax_ - xMin_);

@@ -330,16 +330,21 @@ TEST_F(ReadOnlyCatalogue, IsFoundWithWhatAKilledRunLeftBesideIt) {
 }
 
 TEST_F(ReadOnlyCatalogue, ThatIsWrittenMeanwhileIsNotBelieved) {
+    const auto isRefused = [this](auto write) {
+        const auto catalogue = Catalogue::openForSearching(file_);
+        write();
+        try {
+            static_cast<void>(catalogue.search({}));
+        } catch (const CatalogueError& error) {
+            return error.code() == SQLITE_BUSY;
+        }
+        return false;
+    };
     EXPECT_TRUE(holdsReadOnly(
-        [this] {
-            const auto catalogue = Catalogue::openForSearching(file_);
-            std::ofstream(file_, std::ios::app) << "more";
-            try {
-                static_cast<void>(catalogue.search({}));
-            } catch (const CatalogueError& error) {
-                return error.code() == SQLITE_BUSY;
-            }
-            return false;
+        [&] {
+            const bool isRead = isRefused([this] { std::ofstream(file_, std::ios::app) << "more"; });
+            const bool isDamaged = isRefused([this] { std::filesystem::resize_file(file_, 5000); });
+            return isRead && isDamaged;
         },
         0666));
 }
