@@ -110,6 +110,25 @@ void drawThumbnail(benchmark::State& state) {
 }
 BENCHMARK(drawThumbnail)->Arg(128)->Arg(256)->Arg(512)->UseManualTime()->Unit(benchmark::kMillisecond);
 
+/// The thumbnail of so many stitches to and fro on one spot, beside the clearing of a bitmap of its size.
+void drawThumbnailOfSpot(benchmark::State& state) {
+    constexpr std::int32_t pixels = 1024;
+    VLMDesign design;
+    for (std::int64_t i = 0; i < state.range(0); ++i)
+        design.stitches().push_back({i % 2 == 0 ? 1.0F : -1.0F, 0, false, false});
+    design.threads().push_back(VLMThread::initWithKeyofPalette("001", "Brother"));
+    design.setXMax(1);
+    const auto draw = [&] { benchmark::DoNotOptimize(thumbnailOf(design, pixels)); };
+    std::vector<std::uint32_t> cleared(std::size_t{pixels} * pixels);
+    const auto clear = [&] {
+        std::fill(cleared.begin(), cleared.end(), 0U);
+        benchmark::DoNotOptimize(cleared.data());
+        benchmark::ClobberMemory();
+    };
+    bench::measureBeside(state, draw, clear);
+}
+BENCHMARK(drawThumbnailOfSpot)->Arg(100000)->UseManualTime()->Unit(benchmark::kMillisecond);
+
 /// All thumbnails of a PES file with so many threads, beside three drawings of the whole design and a bitmap's clearing
 /// for each thread.
 void drawThumbnails(benchmark::State& state) {

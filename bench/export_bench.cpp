@@ -90,6 +90,21 @@ void exportSection(benchmark::State& state) {
 }
 BENCHMARK(exportSection)->Arg(14000)->Arg(manyStitches)->UseManualTime()->Unit(benchmark::kMillisecond);
 
+/// Exports a design as PES beside the same as JEF, which has no thumbnails.
+void exportPesBesideJef(benchmark::State& state) {
+    const TemporaryFolder folder;
+    const auto stitches = static_cast<std::size_t>(state.range(0));
+    VLMDesign pes = generatedDesign(stitches);
+    VLMDesign jef = generatedDesign(stitches);
+    const auto exportTo = [&](VLMDesign& design, const char* name) {
+        VLMError error;
+        if (!exportDesignToURLerror(design, folder.path() / name, &error)) state.SkipWithError(error.message().c_str());
+    };
+    bench::measureBeside(
+        state, [&] { exportTo(pes, "design.pes"); }, [&] { exportTo(jef, "design.jef"); });
+}
+BENCHMARK(exportPesBesideJef)->Arg(5000)->Arg(14000)->Arg(29000)->UseManualTime()->Unit(benchmark::kMillisecond);
+
 void registerFormat(const Format& format) {
     if (format.writer == nullptr) return;
     constexpr std::size_t usualStitches = 14000;
