@@ -104,8 +104,9 @@ GraphicsRectangle wholePixelsRound(const GraphicsRectangle& area) noexcept {
 /// Draws thumbnails of a design over one large bitmap with a pixel for each tenth of a millimetre.
 class ThumbnailMaker {
 public:
-    explicit ThumbnailMaker(const VLMDesign& design)
+    explicit ThumbnailMaker(const VLMDesign& design, DrawnLines* lines = nullptr)
         : design_(design),
+          lines_(lines),
           seen_{design.xMin() - double{margin}, design.yMin() - double{margin},
                 double{2 * margin} + design.designWidth(), double{2 * margin} + design.designHeight()},
           large_(Bitmap::make(static_cast<std::int64_t>(seen_.width), static_cast<std::int64_t>(seen_.height))) {}
@@ -134,10 +135,11 @@ private:
     [[nodiscard]] bool appendPicture(const Painter& painter, const GraphicsRectangle& part, Bytes& bytes) {
         auto small = Bitmap::make(columns, rows);
         if (!small || !large_) return false;
-        const bool isPainted = large_->paint([&](GraphicsContext& context) {
+        const Painter paint = [&](GraphicsContext& context) {
             context.translate(-seen_.x, -seen_.y);
             painter(context);
-        });
+        };
+        const bool isPainted = lines_ == nullptr ? large_->paint(paint) : large_->paint(paint, *lines_);
         const GraphicsRectangle place = placeOf(*large_);
         const double scale = place.width / seen_.width;
         const GraphicsRectangle smallPart{place.x + part.x * scale, place.y + part.y * scale, part.width * scale,
@@ -149,6 +151,7 @@ private:
     }
 
     const VLMDesign& design_;
+    DrawnLines* lines_;
     VLMRect seen_;
     std::optional<Bitmap> large_;
 };
@@ -168,7 +171,8 @@ bool appendAllThumbnails(const VLMDesign& design, Bytes& bytes) {
     const std::size_t count = 1 + design.threads().size();
     bytes.reserve(pecThumbnailSize * count);
     if (!isEmpty(design)) {
-        ThumbnailMaker maker(design);
+        DrawnLines lines;  // all are drawn twice
+        ThumbnailMaker maker(design, &lines);
         if (!maker.appendThread(-1, bytes)) return false;
         const DesignBlocks blocks(design);
         for (std::size_t block = 0; block < blocks.size(); ++block)

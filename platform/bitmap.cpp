@@ -5,8 +5,10 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/bitmap_context.h"
 #include "platform/cairo_context.h"
 #include "platform/cairo_stream.h"
+#include "platform/line_stamps.h"
 
 namespace velamo {
 namespace {
@@ -36,6 +38,10 @@ std::pair<std::size_t, std::size_t> pixelsTouched(double start, double length, i
 
 }  // namespace
 
+DrawnLines::DrawnLines() : stamps_(std::make_unique<LineStamps>(true)) {}
+
+DrawnLines::~DrawnLines() = default;
+
 void Bitmap::Free::operator()(std::uint32_t* pixels) const noexcept {
     std::free(pixels);
 }
@@ -53,8 +59,17 @@ std::optional<Bitmap> Bitmap::make(std::int64_t width, std::int64_t height) noex
 }
 
 bool Bitmap::paint(const Painter& painter) {
+    LineStamps stamps(false);
+    return paint(painter, stamps);
+}
+
+bool Bitmap::paint(const Painter& painter, DrawnLines& lines) {
+    return paint(painter, *lines.stamps_);
+}
+
+bool Bitmap::paint(const Painter& painter, LineStamps& stamps) {
     const CairoSurface surface = surfaceOf(pixels_.get(), width_, height_);
-    CairoContext context(surface.get(), height_, 1);
+    BitmapContext context(surface.get(), {pixels_.get(), width_, height_}, stamps);
     painter(context);
     cairo_surface_flush(surface.get());
     return context.isSound();

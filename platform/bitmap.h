@@ -11,6 +11,22 @@
 
 namespace velamo {
 
+class LineStamps;
+
+/// Lines that were drawn and are kept, so that they are drawn quickly when they come again, be it on another bitmap.
+class DrawnLines {
+public:
+    /// May throw std::bad_alloc.
+    DrawnLines();
+    ~DrawnLines();
+    DrawnLines(const DrawnLines&) = delete;
+    DrawnLines& operator=(const DrawnLines&) = delete;
+
+private:
+    friend class Bitmap;
+    std::unique_ptr<LineStamps> stamps_;
+};
+
 /// A picture of pixels in memory, which may be transparent.
 class Bitmap {
 public:
@@ -29,6 +45,8 @@ public:
     /// Lets `painter` draw; the unit is a pixel, the origin the lower left corner. False when something could not be
     /// drawn because memory ran out.
     [[nodiscard]] bool paint(const Painter& painter);
+    /// The same, to the bit, with lines that were drawn before or will be drawn again.
+    [[nodiscard]] bool paint(const Painter& painter, DrawnLines& lines);
     /// Draws another bitmap, scaled into `target`; what lies outside `part` is left as it is. Both are rectangles as in
     /// paint(). False when memory ran out.
     [[nodiscard]] bool drawBitmap(const Bitmap& source, const GraphicsRectangle& target, const GraphicsRectangle& part);
@@ -57,6 +75,8 @@ private:
     using Pixels = std::unique_ptr<std::uint32_t[], Free>;
     Bitmap(int width, int height, Pixels pixels) noexcept
         : width_(width), height_(height), pixels_(std::move(pixels)) {}
+
+    [[nodiscard]] bool paint(const Painter& painter, LineStamps& stamps);
 
     int width_;
     int height_;

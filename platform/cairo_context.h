@@ -32,6 +32,13 @@ public:
     /// Whether everything asked for has been drawn so far; false when memory ran out.
     [[nodiscard]] bool isSound() const noexcept { return cairo_status(cairo_.get()) == CAIRO_STATUS_SUCCESS; }
 
+    /// From the units in use to those of the surface.
+    [[nodiscard]] cairo_matrix_t matrix() const noexcept {
+        cairo_matrix_t matrix;
+        cairo_get_matrix(cairo_.get(), &matrix);
+        return matrix;
+    }
+
     void saveState() override;
     void restoreState() override;
     void translate(double x, double y) override;

@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <ctime>
+#include <optional>
+#include <ostream>
 #include <random>
 #include <string>
 
 #include "platform/bitmap.h"
+#include "render/draw_design.h"
 #include "tests/support/stitches.h"
 
 namespace velamo {
@@ -267,6 +272,129 @@ TEST(PecThumbnails, OfAllThreadsAreThoseOfEach) {
         EXPECT_FALSE(isEmpty(std::span(each).first(228))) << seed;
         EXPECT_EQ(pecThumbnailsOfDesignAndThreads(design), each) << seed;
     }
+}
+
+// ---- drawn quickly, and plainly
+
+/// The pixels of the small picture that are made of a part of the design; how the library mixes the large picture's
+/// pixels depends a little on which of the small one's it is asked for.
+GraphicsRectangle smallPartOf(const VLMRect& part, const VLMRect& seen, const GraphicsRectangle& place) {
+    constexpr double reach = 2.75;
+    constexpr double mixed = 4;
+    const double scale = place.width / seen.width;
+    const double x = place.x + (part.x - seen.x - reach) * scale - mixed;
+    const double y = place.y + (part.y - seen.y - reach) * scale - mixed;
+    const double right = x + (part.width + 2 * reach) * scale + 2 * mixed;
+    const double top = y + (part.height + 2 * reach) * scale + 2 * mixed;
+    return {std::floor(x), std::floor(y), std::ceil(right) - std::floor(x), std::ceil(top) - std::floor(y)};
+}
+
+/// The thumbnail as it comes about without anything that saves time: with a bitmap of its own, every line of which is
+/// drawn anew, for what is clipped is. Where the design has a part alone that shows, it is given.
+Bytes plainThumbnail(const VLMDesign& design, std::int32_t thread, std::optional<VLMRect> part = std::nullopt) {
+    const VLMRect seen{design.xMin() - 10.0, design.yMin() - 10.0, design.designWidth() + 20.0,
+                       design.designHeight() + 20.0};
+    auto large = Bitmap::make(static_cast<std::int64_t>(seen.width), static_cast<std::int64_t>(seen.height));
+    auto small = Bitmap::make(columns, rows);
+    if (!large || !small) return {};
+    const bool isPainted = large->paint([&](GraphicsContext& context) {
+        context.addRectangle({0, 0, static_cast<double>(large->width()), static_cast<double>(large->height())});
+        context.clipToPath();
+        context.translate(-seen.x, -seen.y);
+        drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(design, seen, context, false, false, false,
+                                                                        thread);
+    });
+    const auto scale = static_cast<float>(42.0 / large->width());
+    float width = scale * static_cast<float>(large->width());
+    float height = scale * static_cast<float>(large->height());
+    if (height > 32) {
+        const float factor = 32 / height;
+        width *= factor;
+        height *= factor;
+    }
+    const GraphicsRectangle place{(columns - width) * 0.5, (rows - height) * 0.5, width, height};
+    const GraphicsRectangle all{0, 0, columns, rows};
+    if (!isPainted || !small->drawBitmap(*large, place, part ? smallPartOf(*part, seen, place) : all)) return {};
+    const auto thumbnail = pecThumbnailOf(std::span<const std::uint8_t, pecThumbnailPixels * 4>(small->rgba()));
+    return {thumbnail.begin(), thumbnail.end()};
+}
+
+struct PlainRow {
+    const char* name;
+    int stitches;
+    int reach;  // of a move, in steps
+    int steps;  // of a tenth of a millimetre
+    int edge;   // of the design, in tenths
+    int stitchesOfThread;
+    float turned = 0;  // by which the needle is moved on with each stitch
+};
+
+void PrintTo(const PlainRow& row, std::ostream* out) {
+    *out << row.name;
+}
+
+VLMDesign designOf(const PlainRow& row, unsigned seed) {
+    std::mt19937 random(seed);
+    std::vector<VLMStitch> stitches;
+    std::vector<VLMThread> threads{dark};
+    VLMPoint needle;
+    const auto move = [&](double place) {
+        const int step = static_cast<int>(random() % static_cast<unsigned>(2 * row.reach + 1)) - row.reach;
+        const double delta = static_cast<double>(step) / row.steps;
+        return static_cast<float>(std::abs(place + delta) > row.edge ? -delta : delta) + row.turned;
+    };
+    for (int i = 1; i <= row.stitches; ++i) {
+        const bool isChange = i % row.stitchesOfThread == 0;
+        VLMStitch next(move(needle.x), move(needle.y), random() % 40 == 0, isChange);
+        next.setIsSelected(random() % 10 == 0);
+        if (isChange)
+            threads.push_back(random() % 2 == 0 ? light : threadOf(0.1 * static_cast<double>(random() % 10), 0.7, 0));
+        if (isChange && random() % 4 == 0) threads.back().setIsShown(false);
+        stitches.push_back(next);
+        needle = {needle.x + next.deltaX(), needle.y + next.deltaY()};
+    }
+    auto design = designOf(std::move(stitches), threads);
+    if (seed % 4 == 1) design.setXMin(design.xMin() + 40);  // bounds that are not true
+    if (seed % 4 == 2) design.setSelectionActive(true);
+    if (seed % 4 == 3) design.setDisplayRange({100, 500});
+    return design;
+}
+
+class PecThumbnailsOf : public testing::TestWithParam<PlainRow> {};
+
+TEST_P(PecThumbnailsOf, AreThosePlainlyDrawn) {
+    for (unsigned seed = 0; seed < 4; ++seed) {
+        const auto design = designOf(GetParam(), seed);
+        Bytes plain = plainThumbnail(design, -1);
+        EXPECT_EQ(exportPecBitmapToDataForThread(design, -1), plain) << seed;
+        const DesignBlocks blocks(design);
+        for (std::size_t block = 0; block < blocks.size(); ++block) {
+            const auto next = plainThumbnail(design, static_cast<std::int32_t>(block), blocks.boundsOf(block));
+            plain.insert(plain.end(), next.begin(), next.end());
+        }
+        for (std::size_t thread = blocks.size(); thread < design.threads().size(); ++thread)
+            plain.insert(plain.end(), frameBytes.begin(), frameBytes.end());
+        EXPECT_EQ(pecThumbnailsOfDesignAndThreads(design), plain) << seed;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, PecThumbnailsOf,
+    testing::Values(PlainRow{"ShortStitches", 2000, 20, 1, 300, 500}, PlainRow{"LongStitches", 1000, 62, 1, 400, 1000},
+                    PlainRow{"FractionsOfTenths", 1000, 3000, 100, 200, 300}, PlainRow{"OneSpot", 2000, 1, 1, 1, 5000},
+                    PlainRow{"OneSpotInFractions", 1000, 50, 100, 1, 400}, PlainRow{"ManyThreads", 600, 30, 1, 100, 20},
+                    PlainRow{"AThreadForEachStitch", 60, 30, 1, 60, 1}, PlainRow{"LongLines", 200, 700, 1, 700, 60},
+                    PlainRow{"WanderingOff", 1000, 10, 1, 100, 250, 0.3F}),
+    [](const auto& row) { return row.param.name; });
+
+/// Nothing bounds the stitches of a PEC file. What a first one takes would make minutes of a million.
+TEST(PecThumbnailOfAMillionStitches, TakesSeconds) {
+    std::vector<VLMStitch> stitches;
+    for (int i = 0; i < 1000000; ++i) stitches.push_back(stitch(i % 2 == 0 ? 1.0F : -1.0F, i % 4 < 2 ? 1.0F : -1.0F));
+    const auto design = designOf(std::move(stitches), {dark});
+    const std::clock_t start = std::clock();
+    EXPECT_FALSE(isEmpty(exportPecBitmapToDataForThread(design, -1)));
+    EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 5);
 }
 
 }  // namespace
