@@ -6,6 +6,7 @@
 #include "cli/format_loss.h"
 #include "formats/export.h"
 #include "formats/import.h"
+#include "formats/thread_file.h"
 #include "platform/files.h"
 
 namespace velamo {
@@ -40,10 +41,21 @@ private:
             error->recoverySuggestion = "The new file could not be read again: " + error->message();
             return false;
         }
-        plan_ = planSideFile(target_, origin_, design_, threads_, readBack);
+        if (!plan(readBack, error)) return false;
         noteLoss(lossOf({threads_, design_, readBack, plan_->result}));
         const auto failure = replaceFile(url, file);
-        return !failure || failWithSystemError(failure.value(), error);
+        if (!failure) return true;
+        outcome_.notes.clear();  // nothing of it came true
+        return failWithSystemError(failure.value(), error);
+    }
+
+    bool plan(const VLMDesign& readBack, VLMError* error) {
+        const bool isPlanned = operation(error, [&] {
+            plan_ = planSideFile(target_, origin_, design_, threads_, readBack);
+            return true;
+        });
+        if (!isPlanned) outcome_.file = threadFileOf(target_);
+        return isPlanned;
     }
 
     void noteLoss(const std::string& loss) {
@@ -75,9 +87,7 @@ private:
 
 SaveOutcome saveDesign(VLMDesign& design, const fs::path& target, const DesignOrigin& origin,
                        const ExportOptions& options) {
-    SaveOutcome outcome = Saving(design, target, origin).run(options);
-    if (!outcome.isSaved && outcome.file == target) outcome.notes.clear();  // nothing of it came true
-    return outcome;
+    return Saving(design, target, origin).run(options);
 }
 
 void report(const SaveOutcome& outcome, const Console& console) {

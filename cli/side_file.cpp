@@ -46,7 +46,7 @@ SideFilePlan planSideFile(const fs::path& target, const DesignOrigin& origin, co
     SideFilePlan plan{.file = threadFileOf(target), .result = readBack.threads().all()};
     VLMDesign probe;
     probe.setThreads(plan.result);
-    const bool isTaken = importThreadsForDesign(probe, target);
+    const bool isTaken = takeThreadsOfSideFile(probe, target);
     const std::vector<VLMThread>& meant = design.useThreadFile() ? threads : plan.result;
     const bool saysTheSame = isTaken && areKeptAlike(probe.threads().all(), meant);
     const bool makesRoom = isTaken || (design.useThreadFile() && isOwn(plan.file, origin));

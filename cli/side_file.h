@@ -28,8 +28,9 @@ struct SideFilePlan {
 /// and `readBack` is what the new file alone gives.
 ///
 /// What is beside the new file stays where it says what would be written, and where the new file would not take it
-/// (it is damaged, cannot be read, or is of another number of threads). Only the design's own, which was read with it,
-/// makes room for one of another number.
+/// (it is damaged, is not for this user, or is of another number of threads). Only the design's own, which was read
+/// with it, makes room for one of another number. Throws std::system_error where the system could not read it this
+/// time, so that nobody can say.
 [[nodiscard]] SideFilePlan planSideFile(const std::filesystem::path& target, const DesignOrigin& origin,
                                         const VLMDesign& design, const std::vector<VLMThread>& threads,
                                         const VLMDesign& readBack);

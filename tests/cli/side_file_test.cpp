@@ -202,6 +202,17 @@ TEST_F(SideFile, MayBeALinkToNothingWhichStays) {
     EXPECT_FALSE(fs::exists(at("in/none.threads")));
 }
 
+TEST_F(SideFile, ThatCannotBeReadThisTimeKeepsTheTargetAsItWas) {
+    folder_.write("out/rose.dst", test::diagonalDst);
+    const std::string old = in("out/rose.dst");
+    fs::create_symlink("/proc/self/mem", at("out/rose.threads"));  // its first bytes cannot be read
+    const auto outcome = call({"convert", source_, at("out/rose.dst")});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.problems, "velamo: " + at("out/rose.threads") + ": Input/output error (error 5)\n");
+    EXPECT_EQ(in("out/rose.dst"), old);
+    EXPECT_EQ(names("out"), (std::vector<std::string>{"rose.dst", "rose.threads"}));
+}
+
 TEST_F(SideFile, GoesWithEachOfManyDesignsAtATime) {
     for (int i = 0; i < 20; ++i) {
         const std::string stem = "in/leaf" + std::to_string(i);
