@@ -129,10 +129,10 @@ TEST_P(LargePictures, SayHowLargeTheyAre) {
 }
 INSTANTIATE_TEST_SUITE_P(Rows, LargePictures,
                          testing::Values(LargeRow{"PageOfFiveMetres", "out.pdf", "50000", nullptr},
-                                         LargeRow{"PageOfSixMetres", "out.pdf", "60000", "6012 by 14 mm"},
+                                         LargeRow{"PageOfSixMetres", "out.pdf", "60000", "6015 by 14 mm"},
                                          LargeRow{"LinesOfSixMetres", "out.svg", "60000", nullptr},
-                                         LargeRow{"LinesOfTwoHundredMetres", "out.svg", "2e6", "200012 by 14 mm"},
-                                         LargeRow{"Pixels", "out.png", "60000", "60120 by 141 pixels"}),
+                                         LargeRow{"LinesOfTwoHundredMetres", "out.svg", "2e6", "200015 by 14 mm"},
+                                         LargeRow{"Pixels", "out.png", "60000", "60150 by 141 pixels"}),
                          [](const auto& row) { return row.param.name; });
 
 TEST_F(Render, TellsWhatCannotBeWritten) {
