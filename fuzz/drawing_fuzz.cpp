@@ -1,7 +1,9 @@
 #include <cstring>
+#include <string_view>
 
 #include "fuzz/claims.h"
 #include "platform/bitmap.h"
+#include "render/design_picture.h"
 #include "render/draw_design.h"
 #include "render/thumbnail.h"
 
@@ -58,6 +60,26 @@ void checkThumbnail(VLMDesign& design) {
     claim(!picture || (picture->width() == side && picture->height() == side), "a thumbnail has its design's size");
 }
 
+/// Between the quotes of paths stand numbers, and nothing that is none.
+bool hasSoundPaths(const std::vector<std::uint8_t>& svg) {
+    const std::string_view text(reinterpret_cast<const char*>(svg.data()), svg.size());
+    for (std::size_t start = text.find(" d=\""); start != std::string_view::npos; start = text.find(" d=\"", start)) {
+        start += 4;
+        const std::string_view path = text.substr(start, text.find('"', start) - start);
+        if (path.find_first_not_of("mlhvcz -.0123456789") != std::string_view::npos) return false;
+    }
+    return true;
+}
+
+void checkVectors(VLMDesign& design, unsigned look) {
+    design.setXMax(side);
+    design.setYMax(side);
+    const DesignLook shown{(look & 1U) != 0, (look & 2U) != 0, (look & 4U) != 0};
+    const auto svg = svgOf(design, shown);
+    claim(svg && hasSoundPaths(*svg), "no stitch spoils an SVG picture");
+    claim(pdfOf(design, shown).has_value(), "no stitch spoils a PDF picture");
+}
+
 }  // namespace
 }  // namespace velamo::fuzz
 
@@ -66,6 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto design = velamo::fuzz::designOf({data + 1, size - 1});
     design.setSelectionActive((data[0] & 8U) != 0);
     velamo::fuzz::checkDrawing(design, data[0]);
+    velamo::fuzz::checkVectors(design, data[0]);
     velamo::fuzz::checkThumbnail(design);
     return 0;
 }

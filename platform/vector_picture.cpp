@@ -1,7 +1,5 @@
 #include "platform/vector_picture.h"
 
-#include <cmath>
-
 #include "platform/pdf_writer.h"
 #include "platform/shape_context.h"
 #include "platform/shape_grid.h"
@@ -13,8 +11,10 @@ namespace {
 using Bytes = std::optional<std::vector<std::uint8_t>>;
 using YAxis = ShapeContext::YAxis;
 
+constexpr double longestSide = 1e9;  // millimetres; of more, numbers could not tell the nanometres
+
 bool isSize(double length) noexcept {
-    return std::isfinite(length) && length > 0;
+    return length > 0 && length <= longestSide;
 }
 
 /// Looks for inks and grid first, as they stand at the file's start, and draws then.

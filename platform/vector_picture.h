@@ -17,7 +17,7 @@ namespace velamo {
 /// the latter remains. A line of no width is as wide as a pixel of a common printer, 1/300 inch.
 ///
 /// The bytes go into the sink as they come, and memory does not grow with the drawing, but for its inks. False when the
-/// sink refuses, memory ran out or the size is not positive and finite; part of the bytes may have gone then.
+/// sink refuses, memory ran out or a side is not above 0 and up to 1,000 km; part of the bytes may have gone then.
 [[nodiscard]] bool writeSvgPicture(double widthInMillimetres, double heightInMillimetres, const Painter& painter,
                                    const ByteSink& sink);
 [[nodiscard]] bool writePdfPicture(double widthInMillimetres, double heightInMillimetres, const Painter& painter,

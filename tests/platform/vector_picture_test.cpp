@@ -82,8 +82,12 @@ TEST(VectorPicture, LineOfNoWidthIsThinAndThere) {
     EXPECT_THAT(contentOfPdf(textOf(pdfPicture(10, 10, hairline))), HasSubstr(" .847 w "));
 }
 
+TEST(VectorPicture, OfManyKilometresHasItsTrueSize) {
+    EXPECT_THAT(textOf(svgPicture(1e9, 10, strokeALine)), HasSubstr("width=\"1000000000mm\" height=\"10mm\""));
+}
+
 TEST(VectorPicture, NeedsASize) {
-    for (const double length : {0.0, -5.0, static_cast<double>(NAN), static_cast<double>(INFINITY)}) {
+    for (const double length : {0.0, -5.0, 1.1e9, static_cast<double>(NAN), static_cast<double>(INFINITY)}) {
         EXPECT_FALSE(svgPicture(length, 10, strokeALine)) << length;
         EXPECT_FALSE(pdfPicture(10, length, strokeALine)) << length;
     }

@@ -244,6 +244,29 @@ VLMDesign turnedFillOf(std::size_t count) {
     return design;
 }
 
+TEST(VectorPictures, HoldNumbersWhateverTheStitchesAre) {
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    constexpr float hostile[] = {0, 1, -1, 0.1F, 1e5F, -1e9F, 3e38F, 1e-40F, infinity, -infinity, NAN};
+    std::mt19937 random(11);
+    const auto any = [&] { return hostile[random() % std::size(hostile)]; };
+    for (int i = 0; i < 300; ++i) {
+        std::vector<VLMStitch> stitches;
+        for (int count = 0; count < 8; ++count) stitches.emplace_back(any(), any(), random() % 3 == 0, false);
+        VLMDesign design = designOfSize(i % 5 == 0 ? -1e9F : 0, 0, 50, 50);
+        design.setStitches(std::move(stitches));
+        design.setThreads({threadOf(0.1, NAN, 7)});
+        design.setDisplayRange({0, 8});
+        const DesignLook look{i % 2 == 0, i % 3 == 0, i % 7 < 3};
+        for (const auto& path : test::pathsOfSvg(textOf(svgOf(design, look))))
+            for (const auto& [x, y] : path.points) ASSERT_TRUE(std::isfinite(x) && std::isfinite(y)) << i;
+        const std::string pdf = textOf(pdfOf(design, look));
+        ASSERT_TRUE(test::hasTrueTable(pdf)) << i;
+        ASSERT_EQ(test::contentOfPdf(pdf).find_first_not_of("0123456789.- \nqQcmlhfsShWnrgRGwJdMa/[]e"),
+                  std::string::npos)
+            << i;
+    }
+}
+
 struct BytesRow {
     const char* name;
     bool (*write)(const VLMDesign&, const DesignLook&, const ByteSink&);
