@@ -44,7 +44,7 @@ bool writeMade(int descriptor, const ByteProducer& produce) {
         return isWritten;
     });
     errno = failure;
-    return isMade;
+    return isMade && failure == ECANCELED;
 }
 
 /// Writes the bytes to the disk, with the features of the file that is to be replaced.

@@ -218,6 +218,29 @@ TEST(ReplacingFilesByPieces, PutsThemBehindEachOther) {
     EXPECT_EQ(entriesIn(folder.path()), 1U);
 }
 
+/// Whether the producer minds that the disk is full or not: what did not get there was not written.
+TEST(ReplacingFilesByPieces, LeavesTheOldFileWhereAPieceIsNotWritten) {
+    const TemporaryFolder folder;
+    const auto file = folder.write("file", bytes("old"));
+    for (const bool isMinded : {true, false}) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const rlimit limit{4000, 4000};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            ::signal(SIGXFSZ, SIG_IGN);
+            const auto failure = replaceFileBy(file, [&](const ByteSink& sink) {
+                return (sink(std::vector<std::uint8_t>(5000)) && sink(bytes("end"))) || !isMinded;
+            });
+            ::_exit(failure == std::errc::file_too_large ? 0 : 1);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << isMinded;
+        EXPECT_EQ(readWholeFile(file), bytes("old"));
+        EXPECT_EQ(entriesIn(folder.path()), 1U);
+    }
+}
+
 TEST(ReplacingFilesByPieces, LeavesTheOldFileWhereTheProducerGivesUp) {
     const TemporaryFolder folder;
     const auto file = folder.write("file", bytes("old"));
