@@ -72,12 +72,14 @@ TEST(Dump, OfAFailedImportLeavesWhatWasRead) {
 }
 
 TEST(Dump, OfAnUnknownKindHasNoType) {
-    const auto outcome = call({"dump", "nowhere.xyz"});
+    const test::TemporaryFolder folder;
+    const auto file = folder.write("rose.xyz", "");
+    const auto outcome = call({"dump", file});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.problems, "velamo: nowhere.xyz: Unknown file format (UTI). (error 10)\n");
+    EXPECT_EQ(outcome.problems, "velamo: " + file.native() + ": Unknown file format (UTI). (error 10)\n");
     const auto json = outcome.json();
     EXPECT_EQ(json["designType"], nullptr);
-    EXPECT_EQ(json["designName"], "nowhere.xyz");
+    EXPECT_EQ(json["designName"], "rose.xyz");
     EXPECT_EQ(json["stitches"], test::Json::array());
     EXPECT_EQ(json["threads"], test::Json::array());
     EXPECT_EQ(json["statistics"]["indexOfShownThread"], std::numeric_limits<std::int64_t>::max());

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "cli/edit_words.h"
 #include "tests/cli/support.h"
 #include "tests/support/standard_stream.h"
@@ -174,7 +176,7 @@ TEST_F(Edit, SaysWhyACommandFails) {
     EXPECT_EQ(codeOf("resize 1e38"), 71);
     EXPECT_EQ(codeOf("move inf 0"), 71);
     EXPECT_EQ(codeOf("baste 0 1"), 73);
-    EXPECT_EQ(codeOf("append /nowhere/rose.dst"), 123);
+    EXPECT_EQ(codeOf("append /nowhere/rose.dst"), ENOENT);
     const auto outcome = edited({"insert-jump inf 0 1", "optimize DST"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.json()["results"][1]["error"]["code"], 71);
@@ -289,7 +291,7 @@ TEST_F(Edit, OfAnUnreadableDesignFails) {
     const auto outcome = call({"edit", "/nowhere/rose.dst", "-e", "find-hoop Janome"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
-    EXPECT_EQ(outcome.problems, "velamo: /nowhere/rose.dst: Unable to import DST file (missing header). (error 123)\n");
+    EXPECT_EQ(outcome.problems, "velamo: /nowhere/rose.dst: No such file or directory (error 2)\n");
 }
 
 TEST_F(Edit, ExplainsEveryCommandWithAnExample) {
