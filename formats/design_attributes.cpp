@@ -16,7 +16,7 @@ std::optional<DesignAttributes> attributesOfFile(const std::filesystem::path& fi
     std::optional<DesignAttributes> attributes;
     const bool isRead = operation(nullptr, [&] {
         VLMDesign design;
-        if (!importDesignFromURLerror(design, file, nullptr)) return false;
+        if (!importDesignFromURLerror(design, file, nullptr, {.givesSystemReason = true})) return false;
         attributes = attributesOfDesign(design);
         return true;
     });

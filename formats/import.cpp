@@ -50,7 +50,7 @@ bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& ur
         const bool isRead = format->reader(design, url, &readerError, options);
         VLMError sideFileError;
         const bool isAsked = askSideFile(design, url, &sideFileError);
-        if (!isRead || !isAsked) {
+        if (!isRead || (!isAsked && options.givesSystemReason)) {
             if (error != nullptr) *error = std::move(isRead ? sideFileError : readerError);
             return false;
         }

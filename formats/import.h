@@ -16,8 +16,9 @@ namespace velamo {
 ///
 /// False on failure, with 10 (unknown extension; the side file is not asked), 11 (no stitches), 12 (no threads) or the
 /// reader's own error in `error`, when that is not null. A file that cannot be opened is one without bytes for its
-/// reader, unless the options say otherwise. Where reading breaks off, be it of the side file, or the file has more
-/// than 256 MB, which no design has, the error is the system's. The design then keeps what was set so far.
+/// reader, and a side file that cannot be read is none, unless the options say otherwise. Where reading the design's
+/// file breaks off, or it has more than 256 MB, which no design has, the error is the system's. The design then keeps
+/// what was set so far.
 [[nodiscard]] bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                             const ImportOptions& options = {}) noexcept;
 

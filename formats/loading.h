@@ -8,8 +8,10 @@ namespace velamo {
 
 /// How a design file is read.
 struct ImportOptions {
-    /// Whether a file that cannot be opened fails with the system's reason. Else it is taken for one without bytes, and
-    /// fails as its format's reader says of a file that is too short.
+    /// Whether a file that cannot be opened fails with the system's reason, and so does one whose side file is there
+    /// and cannot be read this time: its threads would seem to be others. Else the one is taken for a file without
+    /// bytes, and fails as its format's reader says of a file that is too short; the other for a design without a side
+    /// file.
     bool givesSystemReason = false;
 };
 

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "formats/design_attributes.h"
 #include "formats/format.h"
 #include "formats/thread_file.h"
 #include "tests/support/dst.h"
@@ -115,18 +116,21 @@ TEST(Import, GivesTheSystemsReasonWhereItIsAsked) {
 }
 
 /// Without them the design would seem to have none, and lose them when it is written.
-TEST(Import, FailsWhereTheSideFileCannotBeReadThisTime) {
+TEST(Import, TakesASideFileThatCannotBeReadThisTimeForNoneUnlessAskedNotTo) {
     const TemporaryFolder folder;
     const auto file = folder.write("x.dst", dstFile(bytes(1, 0, 3)));
     std::filesystem::create_symlink(failingFile, folder.path() / "x.threads");
     VLMDesign design;
     design.setUseThreadFile(true);
     VLMError error;
-    EXPECT_FALSE(importDesignFromURLerror(design, file, &error));
+    EXPECT_TRUE(importDesignFromURLerror(design, file, &error)) << error.message();
+    EXPECT_FALSE(design.useThreadFile());
+    EXPECT_FALSE(importThreadsForDesign(design, file));
+    EXPECT_FALSE(importDesignFromURLerror(design, file, &error, {.givesSystemReason = true}));
     EXPECT_EQ(error.domain, systemErrorDomain);
     EXPECT_EQ(error.code, EIO);
     EXPECT_FALSE(design.useThreadFile());
-    EXPECT_FALSE(importThreadsForDesign(design, file));
+    EXPECT_EQ(attributesOfFile(file), std::nullopt);
 }
 
 TEST(Import, TakesWhatIsNoSideFileForNone) {
