@@ -50,11 +50,13 @@ constexpr std::array missingCalls{SCMP_SYS(openat2),     SCMP_SYS(faccessat2), S
 constexpr int fchmodat2Call = 452;
 
 #ifdef VELAMO_IS_SANITIZED
-/// What sanitizers do besides: they look at the memory's map, write their reports, and tell threads apart.
-constexpr std::array sanitizerCalls{SCMP_SYS(write),           SCMP_SYS(sched_yield),    SCMP_SYS(sigaltstack),
-                                    SCMP_SYS(rt_sigaction),    SCMP_SYS(rt_sigprocmask), SCMP_SYS(getuid),
-                                    SCMP_SYS(getrlimit),       SCMP_SYS(getrusage),      SCMP_SYS(nanosleep),
-                                    SCMP_SYS(clock_nanosleep), SCMP_SYS(uname),          SCMP_SYS(getdents64)};
+/// What sanitizers do besides: they look at the memory's map, write their reports, tell threads apart, and learn by
+/// means of a pipe whether an address may be read.
+constexpr std::array sanitizerCalls{SCMP_SYS(write),          SCMP_SYS(pipe),        SCMP_SYS(pipe2),
+                                    SCMP_SYS(sched_yield),    SCMP_SYS(sigaltstack), SCMP_SYS(rt_sigaction),
+                                    SCMP_SYS(rt_sigprocmask), SCMP_SYS(getuid),      SCMP_SYS(getrlimit),
+                                    SCMP_SYS(getrusage),      SCMP_SYS(nanosleep),   SCMP_SYS(clock_nanosleep),
+                                    SCMP_SYS(uname)};
 #endif
 
 using Condition = scmp_arg_cmp;
