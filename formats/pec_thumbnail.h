@@ -25,7 +25,8 @@ namespace velamo {
                                                                        std::int32_t thread) noexcept;
 
 /// The thumbnails that stand behind one another in a PES file: of the whole design and of each thread. All of it takes
-/// two drawings of the design, however many threads there are, and each line that differs is drawn once. No bytes when one of them cannot be made.
+/// two drawings of the design, however many threads there are, and the lines of the second are those of the first. No
+/// bytes when one of them cannot be made.
 [[nodiscard]] std::vector<std::uint8_t> pecThumbnailsOfDesignAndThreads(const VLMDesign& design) noexcept;
 
 inline constexpr std::size_t pecThumbnailSize = 228;
