@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 namespace velamo {
 namespace {
 
@@ -9,6 +11,9 @@ struct Row {
     const char* text;
     std::optional<NumberRange> range;
 };
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << '"' << row.text << '"';
+}
 class Range : public testing::TestWithParam<Row> {};
 
 TEST_P(Range, IsReadAsInTheRow) {

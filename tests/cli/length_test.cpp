@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <ostream>
 
 #include "tests/cli/support.h"
 #include "tests/support/environment.h"
@@ -14,6 +15,9 @@ struct Row {
     std::vector<std::string> arguments;
     const char* printed;
 };
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << testing::PrintToString(row.arguments);
+}
 class Length : public testing::TestWithParam<Row> {};
 
 TEST_P(Length, IsPrintedAsInTheRow) {

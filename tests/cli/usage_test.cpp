@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <ostream>
 
 #include "cli/command_line.h"
 #include "tests/cli/support.h"
@@ -16,6 +17,9 @@ struct Row {
     std::vector<std::string> arguments;
     const char* message;
 };
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << testing::PrintToString(row.arguments);
+}
 class WrongUsage : public testing::TestWithParam<Row> {};
 
 TEST_P(WrongUsage, EndsWithTwoAndSaysWhatIsWrong) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <ostream>
 #include <random>
 
 #include "formats/import.h"
@@ -133,6 +134,9 @@ struct TagRow {
     int code;
     std::string message;
 };
+void PrintTo(const TagRow& row, std::ostream* out) {
+    *out << row.tag;
+}
 class DstTags : public testing::TestWithParam<TagRow> {};
 TEST_P(DstTags, AreAllNeeded) {
     Bytes file = dstFile(bytes(1, 0, 3));

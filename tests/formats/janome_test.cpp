@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "tests/support/janome_files.h"
 #include "tests/support/stitches.h"
 
@@ -76,6 +78,9 @@ struct ThreadRow {
     Text key;       // as SEW files have it
     Text usualKey;  // as JEF and JPX files have it
 };
+void PrintTo(const ThreadRow& row, std::ostream* out) {
+    *out << row.index;
+}
 class JanomeThreads : public testing::TestWithParam<ThreadRow> {};
 TEST_P(JanomeThreads, AreThoseOfTheIndex) {
     EXPECT_EQ(janomeThread(GetParam().index).key(), GetParam().key);
@@ -95,6 +100,9 @@ struct SizeRow {
     std::int32_t threads;
     std::size_t smallestFile;
 };
+void PrintTo(const SizeRow& row, std::ostream* out) {
+    *out << row.threads;
+}
 class JanomeSizeTest : public testing::TestWithParam<SizeRow> {};
 TEST_P(JanomeSizeTest, WrapsAround) {
     const auto [threads, smallestFile] = GetParam();

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "formats/import.h"
 #include "tests/support/janome_files.h"
 #include "tests/support/stitches.h"
@@ -123,6 +125,9 @@ struct VersionRow {
     std::string type;
     std::int32_t designVersion;
 };
+void PrintTo(const VersionRow& row, std::ostream* out) {
+    *out << '"' << row.extension << "\" " << row.version;
+}
 class JefVersion : public testing::TestWithParam<VersionRow> {};
 TEST_P(JefVersion, ComesFromTheFileAndItsName) {
     VLMDesign design;
@@ -140,6 +145,9 @@ struct HoopRow {
     int code;
     std::int32_t hoopCode;
 };
+void PrintTo(const HoopRow& row, std::ostream* out) {
+    *out << row.code;
+}
 class JefHoop : public testing::TestWithParam<HoopRow> {};
 TEST_P(JefHoop, IsThatOfTheCodeOrTheOneBefore) {
     VLMDesign design;

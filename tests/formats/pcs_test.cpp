@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <ostream>
 #include <random>
 
 #include "formats/import.h"
@@ -173,6 +174,9 @@ struct SignRow {
     int raw;
     int value;
 };
+void PrintTo(const SignRow& row, std::ostream* out) {
+    *out << row.raw;
+}
 class PcsSigns : public testing::TestWithParam<SignRow> {};
 TEST_P(PcsSigns, AreOneMoreThanUsual) {
     VLMDesign design;

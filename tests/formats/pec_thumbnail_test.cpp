@@ -5,7 +5,6 @@
 #include <cmath>
 #include <ctime>
 #include <optional>
-#include <ostream>
 #include <random>
 #include <string>
 
@@ -328,10 +327,6 @@ struct PlainRow {
     int stitchesOfThread;
     float turned = 0;  // by which the needle is moved on with each stitch
 };
-
-void PrintTo(const PlainRow& row, std::ostream* out) {
-    *out << row.name;
-}
 
 VLMDesign designOf(const PlainRow& row, unsigned seed) {
     std::mt19937 random(seed);

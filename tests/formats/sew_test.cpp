@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "tests/support/janome_files.h"
 #include "tests/support/stitches.h"
 #include "tests/support/temporary_folder.h"
@@ -116,6 +118,9 @@ struct VersionRow {
     std::vector<int> indices;
     std::int32_t version;
 };
+void PrintTo(const VersionRow& row, std::ostream* out) {
+    *out << testing::PrintToString(row.indices);
+}
 class SewVersion : public testing::TestWithParam<VersionRow> {};
 TEST_P(SewVersion, IsThatOfTheIndices) {
     const test::TemporaryFolder folder;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <ostream>
 #include <random>
 
 #include "formats/import.h"
@@ -214,6 +215,9 @@ struct HoopRow {
     int widthInMillimetres;
     int heightInMillimetres;
 };
+void PrintTo(const HoopRow& row, std::ostream* out) {
+    *out << row.width << " x " << row.height;
+}
 class Vp3Hoops : public testing::TestWithParam<HoopRow> {};
 TEST_P(Vp3Hoops, AreRoundedUp) {
     VLMDesign design = newDesign();

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "model/design.h"
 
 namespace velamo {
@@ -179,6 +181,9 @@ struct ChoiceRow {
     float height;
     const char* name;  // "": none
 };
+void PrintTo(const ChoiceRow& row, std::ostream* out) {
+    *out << row.vendor << ' ' << row.width << " x " << row.height;
+}
 class HoopChoice : public testing::TestWithParam<ChoiceRow> {};
 TEST_P(HoopChoice, TakesTheFirstThatFits) {
     const VLMDesign design = designOf(GetParam().width, GetParam().height);

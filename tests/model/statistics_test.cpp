@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <ostream>
 
 #include "model/design.h"
 
@@ -120,6 +121,9 @@ struct WritableRow {
     std::int32_t version;
     bool isWritable;
 };
+void PrintTo(const WritableRow& row, std::ostream* out) {
+    *out << row.type.value_or("none") << ' ' << row.version;
+}
 class Writability : public testing::TestWithParam<WritableRow> {};
 TEST_P(Writability, GoesByTypeAndVersion) {
     VLMDesign design;

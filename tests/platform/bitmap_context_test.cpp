@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <ostream>
 #include <random>
 #include <vector>
 
@@ -45,10 +44,6 @@ struct Row {
     const char* name;
     std::function<void(GraphicsContext&, Random&)> draw;  // a line, among hundreds
 };
-
-void PrintTo(const Row& row, std::ostream* out) {
-    *out << row.name;
-}
 
 GraphicsColor anyColor(Random& random) {
     return {between(random, -0.2, 1.2), between(random, -0.2, 1.2), between(random, -0.2, 1.2), 1};

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <ostream>
 #include <random>
 
 #include "tests/render/plain_cloth.h"
@@ -23,10 +22,6 @@ struct Row {
     int reach;
     int steps;
 };
-
-void PrintTo(const Row& row, std::ostream* out) {
-    *out << row.name;
-}
 
 VLMPoint placeIn(const Row& row, std::mt19937& random) {
     const int range = 2 * row.reach * row.steps + 1;
