@@ -92,7 +92,7 @@ BENCHMARK(exportSection)->Arg(14000)->Arg(manyStitches)->UseManualTime()->Unit(b
 
 /// Exports a design as PES beside the same as JEF, which has no thumbnails.
 void exportPesBesideJef(benchmark::State& state) {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const auto stitches = static_cast<std::size_t>(state.range(0));
     VLMDesign pes = generatedDesign(stitches);
     VLMDesign jef = generatedDesign(stitches);

@@ -64,7 +64,7 @@ void runIndexer() {
     const auto module = PluginHost::findModule();
     auto readers = pluginReaders(module, jobs);
     auto catalogue = Catalogue::openForIndexing(allDesigns().catalogue());
-    const auto summary = indexFolders(catalogue, {{allDesigns().folder()}}, std::move(readers), 1, {});
+    const auto summary = indexFolders(catalogue, {{allDesigns().folder()}}, std::move(readers.readers), 1, {});
     if (summary.designs() != designs) std::abort();
 }
 
