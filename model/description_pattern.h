@@ -4,8 +4,8 @@
 
 namespace velamo {
 
-/// The text of a design's description, to be filled with fillPattern: name, type, version, width, height, the hoop where
-/// it has one, and the numbers of stitches, jumps, colour changes and different colours. In the user's language.
+/// The text of a design's description, to be filled with fillPattern: name, type, version, width, height, the hoop
+/// where it has one, and the numbers of stitches, jumps, colour changes and different colours. In the user's language.
 [[nodiscard]] std::string descriptionPattern(bool withHoop);
 
 }  // namespace velamo

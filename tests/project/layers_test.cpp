@@ -89,8 +89,8 @@ TEST(Rooms, MeasurementsSeeOnlyThePlatform) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Layers,
-                         testing::Values("platform", "render", "model", "editing", "formats", "reading", "plugin", "catalogue",
-                                         "cli", "samples", "integrations"),
+                         testing::Values("platform", "render", "model", "editing", "formats", "reading", "plugin",
+                                         "catalogue", "cli", "samples", "integrations"),
                          [](const auto& layer) { return layer.param; });
 
 }  // namespace
