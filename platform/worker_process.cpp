@@ -1,6 +1,7 @@
 #include "platform/worker_process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -15,6 +16,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <utility>
 
@@ -27,6 +29,7 @@ namespace {
 constexpr std::size_t longestMessage = 65536;
 constexpr int placeOfSocket = 3;  // the first behind the standard streams
 constexpr int placeOfAttachment = 4;
+constexpr std::chrono::seconds graceOfOwner{2};
 
 enum class Kind : char { request, answer, death, ready };
 
@@ -76,6 +79,20 @@ std::optional<Message> receive(int socket) {
     std::memcpy(&message.header, bytes.data(), sizeof(Header));
     message.text.assign(bytes.data() + sizeof(Header), static_cast<std::size_t>(count) - sizeof(Header));
     return message;
+}
+
+using Clock = std::chrono::steady_clock;
+
+/// Whether a message, or the end of the other side, comes before the deadline.
+bool comesBefore(int socket, Clock::time_point deadline) {
+    pollfd socketInput{.fd = socket, .events = POLLIN, .revents = 0};
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        if (left <= 0) return false;
+        const int count = ::poll(&socketInput, 1, static_cast<int>(std::min<std::int64_t>(left, INT_MAX)));
+        if (count > 0) return true;
+        if (count < 0 && errno != EINTR) return true;  // receiving tells why
+    }
 }
 
 /// The number of the request that the worker has taken last, where its guardian can see it, too.
@@ -218,9 +235,10 @@ struct WorkerProcess::Ends {
     int attachment = -1;
 };
 
-WorkerProcess::WorkerProcess(const Ends& ends) noexcept : socket_(ends.own), attachment_(ends.attachment) {}
+WorkerProcess::WorkerProcess(const Ends& ends, std::chrono::milliseconds time) noexcept
+    : socket_(ends.own), attachment_(ends.attachment), time_(time) {}
 
-WorkerProcess::WorkerProcess(const WorkerTask& task) {
+WorkerProcess::WorkerProcess(const WorkerTask& task) : time_(task.limits.time) {
     const Ends ends(task.hasAttachment);
     const pid_t self = ::getpid();
     guardian_ = ::fork();
@@ -259,15 +277,28 @@ bool WorkerProcess::sendRequest(const std::string& request) {
     return false;
 }
 
+/// Takes the socket from a worker that does not keep to its time, which ends it, or leaves it with nobody to talk to.
+void WorkerProcess::abandon() noexcept {
+    ::shutdown(socket_, SHUT_RDWR);
+    if (guardian_ > 0) ::kill(guardian_, SIGKILL);  // the worker ends with it
+}
+
 std::optional<WorkerProcess::Reply> WorkerProcess::receiveReply(std::uint64_t number) {
-    while (auto message = receive(socket_)) {
+    // A worker ends itself in time, but one that a file has taken over may not.
+    const auto deadline = Clock::now() + time_ + graceOfOwner;
+    while (true) {
+        if (!comesBefore(socket_, deadline)) {
+            abandon();
+            return WorkerDeath{SIGALRM};
+        }
+        auto message = receive(socket_);
+        if (!message) return std::nullopt;
         if (message->header.kind == Kind::ready) isConfined_ = message->header.isConfined;
         if (message->header.kind == Kind::ready || message->header.number != number) continue;
         if (message->header.kind == Kind::death) return WorkerDeath{message->header.signal};
         attached_ = message->header.attached;
         return std::move(message->text);
     }
-    return std::nullopt;
 }
 
 std::vector<WorkerProcess::Reply> WorkerProcess::ask(std::span<const std::string> requests) {
@@ -386,7 +417,7 @@ bool receiveDescriptors(int socket, std::span<int> descriptors) noexcept {
 
 }  // namespace
 
-WorkerNursery::WorkerNursery(const WorkerTask& task) : hasAttachment_(task.hasAttachment) {
+WorkerNursery::WorkerNursery(const WorkerTask& task) : hasAttachment_(task.hasAttachment), time_(task.limits.time) {
     constexpr bool withoutAttachment = false;
     const WorkerProcess::Ends ends(withoutAttachment);
     process_ = ::fork();
@@ -414,7 +445,7 @@ std::unique_ptr<WorkerProcess> WorkerNursery::makeWorker() {
     errno = answer ? answer->header.signal : ECONNRESET;
     if (errno != 0) throw ends.closed("fork");
     ::close(ends.guardians);
-    return std::unique_ptr<WorkerProcess>(new WorkerProcess(ends));
+    return std::unique_ptr<WorkerProcess>(new WorkerProcess(ends, time_));
 }
 
 }  // namespace velamo

@@ -65,7 +65,8 @@ struct WorkerTask {
 /// Answers requests in a process of its own, so that whatever happens there happens to one request: the process is
 /// replaced when it dies or takes too long. It can read files and nothing else (see confinement.h), has nothing open
 /// that its owner has, and belongs to no terminal. A small guardian process watches it and stands in for it when it is
-/// gone; both end with their owner.
+/// gone; both end with their owner. The owner itself stops waiting two seconds after a request's time: even a worker
+/// that has switched its alarm off holds nobody up.
 class WorkerProcess {
 public:
     using Service = WorkerTask::Service;
@@ -100,13 +101,15 @@ public:
 private:
     friend class WorkerNursery;
     struct Ends;
-    explicit WorkerProcess(const Ends& ends) noexcept;
+    WorkerProcess(const Ends& ends, std::chrono::milliseconds time) noexcept;
+    void abandon() noexcept;
     [[nodiscard]] bool sendRequest(const std::string& request);
     [[nodiscard]] std::optional<Reply> receiveReply(std::uint64_t number);
 
     int socket_ = -1;
     int attachment_ = -1;
     int guardian_ = -1;               // -1: another process's child
+    std::chrono::milliseconds time_;  // that a request may take
     std::uint64_t number_ = 0;        // of the last request that was sent
     std::uint64_t attached_ = 0;      // bytes, as the last answer said
     std::optional<bool> isConfined_;  // as the process said
@@ -130,6 +133,7 @@ private:
     int socket_ = -1;
     int process_ = -1;
     bool hasAttachment_;
+    std::chrono::milliseconds time_;
     std::mutex mutex_;
 };
 

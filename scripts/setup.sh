@@ -68,7 +68,6 @@ build() {
     [ $# -gt 0 ] && shift
     [ $# -gt 0 ] && targets=(--target "$@")
     log=$(mktemp)
-    say "building ($preset)"
     if ! { cmake --preset "$preset" "${options[@]}" && cmake --build --preset "$preset" "${targets[@]}"; } >"$log" 2>&1; then
         cat "$log" >&2
         rm -f "$log"

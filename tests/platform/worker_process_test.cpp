@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,13 +34,28 @@ Reply ask(WorkerProcess& worker, const std::string& request) {
     return worker.ask({&request, 1}).at(0);
 }
 
-/// What a careless service would do, by name.
+/// Switches the alarm off that bounds the request's time.
+void dodgeTheAlarm() {
+    const itimerval none{};
+    ::setitimer(ITIMER_REAL, &none, nullptr);
+}
+
+/// Says all the time that it is ready, on the first descriptor behind the standard streams.
+void chatter() {
+    constexpr int socket = 3;
+    const std::array<char, 32> message{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 1};
+    while (::send(socket, message.data(), message.size(), MSG_NOSIGNAL) > 0) continue;
+}
+
+/// What a careless or hostile service would do, by name.
 std::string obey(const std::string& order) {
     if (order == "crash") std::raise(SIGSEGV);
     if (order == "abort") std::abort();
     if (order == "throw") throw std::runtime_error("careless");
     if (order == "exit") ::_exit(7);
-    for (volatile bool isHanging = order == "hang"; isHanging;) continue;
+    if (order.starts_with("dodge")) dodgeTheAlarm();
+    if (order == "dodge and chatter") chatter();
+    for (volatile bool isHanging = order == "hang" || order == "dodge"; isHanging;) continue;
     if (order == "process") return std::to_string(::getpid());
     return order + "!";
 }
@@ -232,6 +248,17 @@ TEST(Worker, TakesSignalsInTheUsualWay) {
     ASSERT_EQ(::waitpid(caller, &status, 0), caller);
     EXPECT_EQ(status, 0);
 }
+
+class HostileWorkers : public testing::TestWithParam<std::string> {};
+TEST_P(HostileWorkers, HoldNobodyUp) {
+    WorkerProcess worker(obey, {.time = milliseconds(100)});
+    EXPECT_EQ(ask(worker, "first"), Reply("first!"));
+    EXPECT_EQ(ask(worker, GetParam()), Reply(WorkerDeath{SIGALRM}));
+    const std::string next = "next";
+    EXPECT_TRUE(worker.ask({&next, 1}).empty());  // it is lost
+}
+INSTANTIATE_TEST_SUITE_P(Rows, HostileWorkers, testing::Values("dodge", "dodge and chatter"),
+                         [](const auto& row) { return row.param == "dodge" ? "Silent" : "Talkative"; });
 
 TEST(Worker, ThatIsLostAnswersNoMore) {
     WorkerProcess worker(obey);
