@@ -26,7 +26,8 @@ std::vector<fs::path> designsOf(const RefreshRequest& request) {
     std::vector<fs::path> files;
     for (FoundDesign& design : Catalogue::openForSearching(request.catalogue).search({.folder = request.folder})) {
         std::error_code error;
-        if (fs::exists(design.file, error)) files.push_back(std::move(design.file));
+        // What cannot be looked at may be there: the host looks for itself.
+        if (fs::exists(design.file, error) || error) files.push_back(std::move(design.file));
     }
     return files;
 }
