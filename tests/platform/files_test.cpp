@@ -24,6 +24,7 @@
 #include "platform/interruption.h"
 #include "tests/support/bytes.h"
 #include "tests/support/other_user.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {
@@ -327,6 +328,7 @@ TEST(ReplacingFiles, AreWholeWheneverTheProcessIsKilled) {
 
 class EndedWriters : public testing::TestWithParam<int> {};
 TEST_P(EndedWriters, LeaveNoSecondName) {
+    if (test::isThreadSanitized) GTEST_SKIP() << "the sanitizer hands signals on in its own time";
     const TemporaryFolder folder;
     std::mt19937 random(7);
     for (int round = 0; round < 40; ++round) {

@@ -11,6 +11,7 @@
 #include "formats/thread_file.h"
 #include "tests/plugin/importer_module.h"
 #include "tests/support/other_user.h"
+#include "tests/support/sanitizers.h"
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {
@@ -236,14 +237,6 @@ TEST_F(Metadata, DependOnNeitherInstanceNorContentType) {
     expectAttributes(0, 0.1F, 2, 1);
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool isAddressSpaceSanitized = true;
-#elif defined(__has_feature)
-constexpr bool isAddressSpaceSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool isAddressSpaceSanitized = false;
-#endif
-
 /// Lets the process have so many bytes more than it has, until the end of the scope.
 class MemoryLimit {
 public:
@@ -266,7 +259,8 @@ private:
 };
 
 TEST_F(Refusal, ForLackOfMemory) {
-    if (isAddressSpaceSanitized) GTEST_SKIP() << "the sanitizer ends the process when memory lacks";
+    if (test::isAddressSanitized || test::isThreadSanitized)
+        GTEST_SKIP() << "the sanitizer ends the process when memory lacks";
     constexpr std::size_t millions = 1000000;
     const auto file = folder_.write("huge.dst", dstFile(Bytes(30 * millions, stitch)));
     {
