@@ -105,6 +105,19 @@ SharedNumber* makeSharedNumber() {
     return memory == MAP_FAILED ? nullptr : new (memory) SharedNumber(0);
 }
 
+/// The next request. Its number is noted before it is taken: a request that a worker had taken and not noted when it
+/// was killed would be waited for in vain.
+std::optional<Message> takeRequest(SharedNumber& current) {
+    Header header;
+    ssize_t count = 0;
+    do {
+        count = ::recv(placeOfSocket, &header, sizeof(Header), MSG_PEEK);
+    } while (count < 0 && errno == EINTR);
+    if (count < static_cast<ssize_t>(sizeof(Header))) return std::nullopt;
+    current = header.number;
+    return receive(placeOfSocket);
+}
+
 void setTimer(std::chrono::milliseconds time) {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
     const itimerval timer{
@@ -144,8 +157,7 @@ void breakAway(int socket, int attachment) noexcept {
     const bool isConfined = confinement.areCallsRefused;
     send(placeOfSocket, {.header = {.kind = Kind::ready, .isConfined = isConfined}, .text = {}});
     if (task.limits.isConfinedOnly && !isConfined) ::_exit(0);
-    while (auto request = receive(placeOfSocket)) {
-        current = request->header.number;
+    while (auto request = takeRequest(current)) {
         setTimer(task.limits.time);
         AttachmentWriter writer(attachment);
         Message answer{.header = {.number = request->header.number, .kind = Kind::answer},

@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <system_error>
 #include <thread>
@@ -259,6 +260,32 @@ TEST_P(HostileWorkers, HoldNobodyUp) {
 }
 INSTANTIATE_TEST_SUITE_P(Rows, HostileWorkers, testing::Values("dodge", "dodge and chatter"),
                          [](const auto& row) { return row.param == "dodge" ? "Silent" : "Talkative"; });
+
+/// Kills the worker of the guardian, again and again, at moments that nobody chose.
+void killWorkers(pid_t guardian, const std::atomic<bool>& isOver) {
+    for (unsigned turn = 0; !isOver; ++turn) {
+        for (const pid_t worker : childrenOf(guardian)) ::kill(worker, SIGKILL);
+        std::this_thread::sleep_for(std::chrono::microseconds(200 + turn * 7919 % 1500));
+    }
+}
+
+TEST(Worker, ThatIsKilledAtAnyMomentKeepsNobodyWaiting) {
+    const std::vector<std::string> requests(16, "a");
+    for (int round = 0; round < 40; ++round) {
+        WorkerProcess worker(obey, {.time = std::chrono::seconds(20)});
+        EXPECT_EQ(ask(worker, "a"), Reply("a!"));
+        std::atomic<bool> isOver = false;
+        std::thread killer(killWorkers, childrenOf(::getpid()).at(0), std::cref(isOver));
+        for (std::size_t turn = 0, answered = requests.size(); turn < 30 && answered == requests.size(); ++turn) {
+            const auto replies = worker.ask(requests);
+            answered = replies.size();
+            for (const Reply& reply : replies)
+                EXPECT_TRUE(reply == Reply("a!") || reply == Reply(WorkerDeath{SIGKILL}));
+        }
+        isOver = true;
+        killer.join();
+    }
+}
 
 TEST(Worker, ThatIsLostAnswersNoMore) {
     WorkerProcess worker(obey);
