@@ -50,6 +50,13 @@ WorkerProcess& LastingWorker::process() {
 }
 
 bool LastingWorker::isConfined() {
+    try {
+        return process().isConfined();
+    } catch (const WorkerLoss&) {
+        throw;
+    } catch (const std::system_error&) {
+        process_.reset();  // another one may live
+    }
     return orLoss([this] { return process().isConfined(); });
 }
 

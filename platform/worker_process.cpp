@@ -135,7 +135,7 @@ void endWith(pid_t maker) noexcept {
 /// Takes from this process what it got from its maker: how signals are taken, and all open files but the socket and the
 /// attachment (-1: none), which get their places. Sockets of other guardians would else never close.
 void breakAway(int socket, int attachment) noexcept {
-    constexpr int aboveAllPlaces = 16;
+    constexpr int aboveAllPlaces = placeOfAttachment + 1;
     restoreUsualSignals();
     ::signal(SIGXFSZ, SIG_IGN);  // a full attachment is an error
     const int movedSocket = ::fcntl(socket, F_DUPFD, aboveAllPlaces);
@@ -155,7 +155,7 @@ void breakAway(int socket, int attachment) noexcept {
     const Confinement confinement =
         confineToReading({.memory = task.limits.memory, .socket = placeOfSocket, .attachment = attachment});
     const bool isConfined = confinement.areCallsRefused;
-    send(placeOfSocket, {.header = {.kind = Kind::ready, .isConfined = isConfined}, .text = {}});
+    if (!send(placeOfSocket, {.header = {.kind = Kind::ready, .isConfined = isConfined}, .text = {}})) ::_exit(0);
     if (task.limits.isConfinedOnly && !isConfined) ::_exit(0);
     while (auto request = takeRequest(current)) {
         setTimer(task.limits.time);
@@ -183,7 +183,8 @@ void breakAway(int socket, int attachment) noexcept {
         if (worker < 0 || status == 0 || *current == buried) break;
         buried = *current;
         const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-        send(placeOfSocket, {.header = {.number = buried, .kind = Kind::death, .signal = signal}, .text = {}});
+        if (!send(placeOfSocket, {.header = {.number = buried, .kind = Kind::death, .signal = signal}, .text = {}}))
+            break;
     }
     ::_exit(0);
 }
@@ -274,7 +275,8 @@ WorkerProcess::~WorkerProcess() {
 
 bool WorkerProcess::isConfined() {
     if (!isConfined_) {
-        const auto message = receive(socket_);
+        const bool isInTime = comesBefore(socket_, Clock::now() + time_ + graceOfOwner);
+        const auto message = isInTime ? receive(socket_) : std::nullopt;
         errno = ECONNRESET;
         if (!message || message->header.kind != Kind::ready) throw lastError("worker");
         isConfined_ = message->header.isConfined;
@@ -284,9 +286,10 @@ bool WorkerProcess::isConfined() {
 
 /// False when the other side is gone.
 bool WorkerProcess::sendRequest(const std::string& request) {
-    if (send(socket_, {.header = {.number = ++number_}, .text = request})) return true;
-    if (errno == EMSGSIZE) throw lastError("worker");
-    return false;
+    const bool isSent = send(socket_, {.header = {.number = number_ + 1}, .text = request});
+    if (!isSent && errno == EMSGSIZE) throw lastError("worker");
+    if (isSent) ++number_;
+    return isSent;
 }
 
 /// Takes the socket from a worker that does not keep to its time, which ends it, or leaves it with nobody to talk to.
@@ -320,11 +323,16 @@ std::vector<WorkerProcess::Reply> WorkerProcess::ask(std::span<const std::string
     const std::uint64_t before = number_;
     std::size_t sizeAhead = 0;
     while (replies.size() < requests.size()) {
-        // No more than the socket holds: else both sides might wait for each other.
+        // No more than the socket holds: else both sides might wait for each other. What was answered before a loss can
+        // still be had.
         for (std::size_t sent = number_ - before; sent < requests.size() && sent - replies.size() < mostAhead; ++sent) {
             if (sizeAhead > 0 && sizeAhead + requests[sent].size() > longestMessage) break;
-            if (!sendRequest(requests[sent])) break;  // what was answered before the loss can still be had
+            if (!sendRequest(requests[sent])) break;
             sizeAhead += requests[sent].size();
+        }
+        if (number_ - before == replies.size()) {  // not even one could be sent
+            abandon();
+            break;
         }
         sizeAhead -= requests[replies.size()].size();
         auto reply = receiveReply(before + replies.size() + 1);

@@ -85,9 +85,9 @@ bool ConfinedReader::readDesign(VLMDesign& design, const std::filesystem::path& 
     return isDone && isRead;
 }
 
-std::optional<DesignAttributes> ConfinedReader::attributesOfFile(const std::filesystem::path& file) {
+std::optional<DesignAttributes> ConfinedReader::attributesOfFile(const std::filesystem::path& file, VLMError* error) {
     VLMDesign design;
-    return readDesign(design, file, nullptr) ? std::optional(attributesOfDesign(design)) : std::nullopt;
+    return readDesign(design, file, error) ? std::optional(attributesOfDesign(design)) : std::nullopt;
 }
 
 }  // namespace velamo

@@ -37,8 +37,9 @@ public:
     /// the design is as it was. WorkerLoss, and nothing else, is thrown: when there is no process to be had any more.
     [[nodiscard]] bool readDesign(VLMDesign& design, const std::filesystem::path& file, VLMError* error);
 
-    /// The attributes of the design in the file; nothing where it holds none that can be read. Throws as readDesign.
-    [[nodiscard]] std::optional<DesignAttributes> attributesOfFile(const std::filesystem::path& file);
+    /// The attributes of the design in the file; nothing, and the error, where it holds none that can be read. Throws
+    /// as readDesign.
+    [[nodiscard]] std::optional<DesignAttributes> attributesOfFile(const std::filesystem::path& file, VLMError* error);
 
 private:
     explicit ConfinedReader(LastingWorker worker) noexcept : worker_(std::move(worker)) {}

@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include "platform/terminal.h"
+
 namespace velamo {
 
 VLMError errorOf(const WorkerDeath& death) {
@@ -10,6 +12,11 @@ VLMError errorOf(const WorkerDeath& death) {
     error.failureReason =
         death.isTimeout() ? "reading it takes too long" : "reading it crashed: " + death.description();
     return error;
+}
+
+std::string problemLine(std::string_view program, const std::filesystem::path& file, const VLMError& error) {
+    return std::string(program) + ": " + escapedForTerminal(file.native()) + ": " + error.message() + " (error " +
+           std::to_string(error.code) + ")\n";
 }
 
 }  // namespace velamo

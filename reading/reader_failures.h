@@ -1,6 +1,8 @@
 #pragma once
 
-#include <system_error>
+#include <filesystem>
+#include <string>
+#include <string_view>
 
 #include "model/error.h"
 #include "platform/worker_process.h"
@@ -9,5 +11,10 @@ namespace velamo {
 
 /// The failure of a file that ended its reader: ETIMEDOUT where it took too long, else EFAULT, with words for it.
 [[nodiscard]] VLMError errorOf(const WorkerDeath& death);
+
+/// A line for a program's standard error: "PROGRAM: FILE: MESSAGE (error CODE)". What a terminal would obey in the name
+/// is escaped.
+[[nodiscard]] std::string problemLine(std::string_view program, const std::filesystem::path& file,
+                                      const VLMError& error);
 
 }  // namespace velamo

@@ -42,7 +42,7 @@ Json propertiesOf(const DesignAttributes& design) {
                          " mm " + stitchesInWords(design) + ' ' + colorsInWords(design)}};
 }
 
-ExtractorAnswer failure(const char* reason) {
+ExtractorAnswer failure(const std::string& reason) {
     const Json answer{{"properties", Json::object()}, {"status", "ERROR"}, {"error", reason}};
     return {.json = harmlessJson(answer.dump())};
 }
@@ -53,8 +53,9 @@ ExtractorAnswer answerExtractorRequest(std::istream& in, ConfinedReader& reader)
     const auto request = readInput(in);
     const auto path = request ? pathIn(*request) : std::nullopt;
     if (!path) return failure("The request names no file.");
-    const auto design = reader.attributesOfFile(*path);
-    if (!design) return failure("The file holds no embroidery design that can be read.");
+    VLMError error;
+    const auto design = reader.attributesOfFile(*path, &error);
+    if (!design) return failure(error.message());
     const Json answer{{"properties", propertiesOf(*design)}, {"status", "OK"}, {"error", ""}};
     return {.json = harmlessJson(answer.dump()), .isDesign = true};
 }

@@ -8,7 +8,7 @@
 namespace {
 
 bool showPage(const char* file, velamo::ConfinedReader& reader) {
-    const std::string page = velamo::recollPageOf(file, reader);
+    const std::string page = velamo::recollPageOf(file, reader, std::cerr);
     std::cout << page << std::flush;
     return !page.empty() && std::cout;
 }
@@ -24,7 +24,7 @@ int main(int argumentCount, char** arguments) {
         velamo::ConfinedReader reader;
         if (!reader.isConfined()) std::cerr << "velamo-recoll: " << velamo::unconfinedNotice << '\n';
         return argumentCount == 2 ? showPage(arguments[1], reader)
-                                  : velamo::answerRecollRequests(std::cin, std::cout, reader);
+                                  : velamo::answerRecollRequests(std::cin, std::cout, reader, std::cerr);
     });
     return isDone ? EXIT_SUCCESS : EXIT_FAILURE;
 }

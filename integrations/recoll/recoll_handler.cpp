@@ -10,6 +10,7 @@
 
 #include "integrations/attribute_words.h"
 #include "platform/text.h"
+#include "reading/reader_failures.h"
 
 namespace velamo {
 namespace {
@@ -83,14 +84,19 @@ void append(std::string& message, const Field& field) {
 }
 
 /// A file name with a zero byte would open another file than it names.
-std::optional<DesignAttributes> attributesOf(const std::filesystem::path& file, ConfinedReader& reader) {
-    return file.native().find('\0') == std::string::npos ? reader.attributesOfFile(file) : std::nullopt;
+std::optional<DesignAttributes> attributesOf(const std::filesystem::path& file, ConfinedReader& reader,
+                                             std::ostream& problems) {
+    if (file.native().find('\0') != std::string::npos) return std::nullopt;
+    VLMError error;
+    const auto attributes = reader.attributesOfFile(file, &error);
+    if (!attributes) problems << problemLine("velamo-recoll", file, error);
+    return attributes;
 }
 
 }  // namespace
 
-std::string recollAnswerFor(const std::filesystem::path& file, ConfinedReader& reader) {
-    const auto design = attributesOf(file, reader);
+std::string recollAnswerFor(const std::filesystem::path& file, ConfinedReader& reader, std::ostream& problems) {
+    const auto design = attributesOf(file, reader, problems);
     if (!design) return "Document: 0\nFileerror: 0\n\n";
     std::string answer;
     append(answer, {"Document", sentenceOf(*design) + '\n'});
@@ -101,8 +107,8 @@ std::string recollAnswerFor(const std::filesystem::path& file, ConfinedReader& r
     return answer + '\n';
 }
 
-std::string recollPageOf(const std::filesystem::path& file, ConfinedReader& reader) {
-    const auto design = attributesOf(file, reader);
+std::string recollPageOf(const std::filesystem::path& file, ConfinedReader& reader, std::ostream& problems) {
+    const auto design = attributesOf(file, reader, problems);
     if (!design) return "";
     std::string page = "<html><head>\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=utf-8\">\n";
     for (const auto& [name, data] : numbersOf(*design))
@@ -110,11 +116,11 @@ std::string recollPageOf(const std::filesystem::path& file, ConfinedReader& read
     return page + "</head><body>\n<p>" + sentenceOf(*design) + "</p>\n</body></html>\n";
 }
 
-bool answerRecollRequests(std::istream& in, std::ostream& out, ConfinedReader& reader) {
+bool answerRecollRequests(std::istream& in, std::ostream& out, ConfinedReader& reader, std::ostream& problems) {
     while (out && in.peek() != std::istream::traits_type::eof()) {
         const auto fileName = readRequest(in);
         if (!fileName) return false;
-        out << recollAnswerFor(*fileName, reader) << std::flush;
+        out << recollAnswerFor(*fileName, reader, problems) << std::flush;
     }
     return out.good();
 }

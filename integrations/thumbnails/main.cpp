@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
@@ -13,26 +14,39 @@
 #include "platform/file_state.h"
 #include "platform/files.h"
 #include "platform/program_start.h"
+#include "reading/reader_failures.h"
 
 namespace velamo {
 namespace {
+
+constexpr std::string_view name = "velamo-thumbnailer";
 
 /// Xfce makes an empty file, and reads on in this very one when we are done; any other is replaced in one step.
 bool writePicture(const std::filesystem::path& path, const std::vector<std::uint8_t>& png) {
     std::error_code failure;
     const FileState state = stateOfFile(path, failure);
     const bool isEmptyFile = !failure && state.kind == FileKind::regular && state.size == 0;
-    return !(isEmptyFile ? fillEmptyFile(path, png) : replaceFile(path, png));
+    const std::error_code reason = isEmptyFile ? fillEmptyFile(path, png) : replaceFile(path, png);
+    VLMError error;
+    if (reason) std::cerr << (failWithSystemError(reason.value(), &error) ? "" : problemLine(name, path, error));
+    return !reason;
 }
 
 bool writeThumbnail(const std::filesystem::path& design, const std::filesystem::path& picture, int pixels) noexcept {
-    return operation(nullptr, [&] {
+    VLMError error;
+    bool isWritten = false;
+    const bool isDrawn = operation(&error, [&] {
         ConfinedReader reader;
-        if (!reader.isConfined()) std::cerr << "velamo-thumbnailer: " << unconfinedNotice << '\n';
-        const auto bitmap = thumbnailOfFile(design, pixels, reader);
-        const auto png = bitmap ? bitmap->png() : std::nullopt;
-        return png && writePicture(picture, *png);
+        if (!reader.isConfined()) std::cerr << name << ": " << unconfinedNotice << '\n';
+        const auto bitmap = thumbnailOfFile(design, pixels, reader, &error);
+        if (!bitmap) return false;
+        const auto png = bitmap->png();
+        if (!png) return failWithSystemError(ENOMEM, &error);
+        isWritten = writePicture(picture, *png);
+        return true;
     });
+    if (!isDrawn) std::cerr << problemLine(name, design, error);
+    return isDrawn && isWritten;
 }
 
 /// A whole number of pixels from one on, or nothing.

@@ -10,9 +10,8 @@
 namespace velamo {
 
 /// The picture of a design file that hosts show, with the threads of its side file where that can be seen: thumbnailOf
-/// its design. Nothing when that gives nothing, or the file holds no design that can be read.
-/// May throw WorkerLoss.
+/// its design. Nothing, and the error, when the file holds no design that can be read or drawn. May throw WorkerLoss.
 [[nodiscard]] std::optional<Bitmap> thumbnailOfFile(const std::filesystem::path& file, std::int32_t pixels,
-                                                    ConfinedReader& reader);
+                                                    ConfinedReader& reader, VLMError* error);
 
 }  // namespace velamo

@@ -23,9 +23,8 @@ std::string requestFor(const std::string& path) {
     return Json{{"path", path}, {"mimetype", "application/x-embroidery-dst"}}.dump();
 }
 
+const char* const noSuchFile = R"({"properties":{},"status":"ERROR","error":"No such file or directory"})";
 const char* const noRequest = R"({"properties":{},"status":"ERROR","error":"The request names no file."})";
-const char* const noDesign =
-    R"({"properties":{},"status":"ERROR","error":"The file holds no embroidery design that can be read."})";
 
 TEST(KdeExtractor, DescribesADesign) {
     const TemporaryFolder folder;
@@ -44,13 +43,17 @@ TEST(KdeExtractor, TakesAPathInEscapes) {
     EXPECT_TRUE(answerTo(Json{{"path", design}}.dump(-1, ' ', inAscii)).isDesign);
 }
 
-TEST(KdeExtractor, RefusesWhatIsNoDesign) {
+TEST(KdeExtractor, SaysWhyAFileIsNoDesign) {
     const TemporaryFolder folder;
     const std::string poem = folder.write("poem.dst", "Rose is a rose is a rose.\n");
-    for (const std::string& file : {poem, folder.path().native(), std::string("/absent.dst"), std::string()}) {
+    for (const auto& [file, reason] :
+         {std::pair<std::string, std::string>{poem, "Unable to import DST file (missing header)."},
+          {folder.path().native(), "Is a directory"},
+          {"/absent.dst", "No such file or directory"},
+          {"", "No such file or directory"}}) {
         const auto answer = answerTo(requestFor(file));
         EXPECT_FALSE(answer.isDesign) << file;
-        EXPECT_EQ(answer.json, noDesign) << file;
+        EXPECT_EQ(answer.json, R"({"properties":{},"status":"ERROR","error":")" + reason + R"("})") << file;
     }
 }
 
@@ -89,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"DeepObjects", repeated(10000, R"({"a":)")},
                     Row{"ADeepPath", R"({"path":)" + std::string(30000, '[') + std::string(30000, ']') + "}"},
                     Row{"Bytes", std::string("\0\1\2\3", 4)},
-                    Row{"AsLongAsARequestMayBe", R"({"path":"x"})" + std::string(65536 - 12, ' '), noDesign},
+                    Row{"AsLongAsARequestMayBe", R"({"path":"x"})" + std::string(65536 - 12, ' '), noSuchFile},
                     Row{"Longer", R"({"path":"x"})" + std::string(65537 - 12, ' ')},
                     Row{"MuchLonger", repeated(1'000'000, "          ")}),
     [](const auto& row) { return row.param.name; });

@@ -42,7 +42,8 @@ Answers answersTo(const std::string& requests) {
     std::istringstream in(requests);
     std::ostringstream out;
     ConfinedReader reader;
-    const bool isDone = answerRecollRequests(in, out, reader);
+    std::ostringstream problems;
+    const bool isDone = answerRecollRequests(in, out, reader, problems);
     return {isDone, out.str()};
 }
 
@@ -70,7 +71,8 @@ TEST(RecollHandler, FlushesEveryAnswer) {
     CountingBuffer buffer;
     std::ostream out(&buffer);
     ConfinedReader reader;
-    EXPECT_TRUE(answerRecollRequests(in, out, reader));
+    std::ostringstream problems;
+    EXPECT_TRUE(answerRecollRequests(in, out, reader, problems));
     EXPECT_GE(buffer.flushes, 2);
 }
 
@@ -80,7 +82,8 @@ TEST(RecollHandler, EndsWhenNobodyTakesTheAnswers) {
     std::ostringstream out;
     out.setstate(std::ios::badbit);
     ConfinedReader reader;
-    EXPECT_FALSE(answerRecollRequests(in, out, reader));
+    std::ostringstream problems;
+    EXPECT_FALSE(answerRecollRequests(in, out, reader, problems));
 }
 
 struct Row {
@@ -133,7 +136,8 @@ TEST(RecollRequests, MayEndAnywhere) {
 TEST(RecollPage, ShowsADesign) {
     const Samples samples;
     ConfinedReader reader;
-    EXPECT_EQ(recollPageOf(samples.design, reader),
+    std::ostringstream problems;
+    EXPECT_EQ(recollPageOf(samples.design, reader, problems),
               "<html><head>\n"
               "<meta http-equiv=\"Content-Type\" content=\"text/html; charset=utf-8\">\n"
               "<meta name=\"designwidth\" content=\"1\">\n"
@@ -145,11 +149,21 @@ TEST(RecollPage, ShowsADesign) {
               "</body></html>\n");
 }
 
+TEST(RecollHandler, SaysWhatIsWrongWithAFile) {
+    std::istringstream in(field("filename", "/absent\x1b.dst") + "\n");
+    std::ostringstream out;
+    std::ostringstream problems;
+    ConfinedReader reader;
+    EXPECT_TRUE(answerRecollRequests(in, out, reader, problems));
+    EXPECT_EQ(problems.str(), "velamo-recoll: /absent\\x1b.dst: No such file or directory (error 2)\n");
+}
+
 TEST(RecollPage, IsEmptyForWhatIsNoDesign) {
     const Samples samples;
     ConfinedReader reader;
+    std::ostringstream problems;
     for (const std::string& file : {samples.poem, samples.folder.path().native(), std::string("/absent.dst")})
-        EXPECT_EQ(recollPageOf(file, reader), "") << file;
+        EXPECT_EQ(recollPageOf(file, reader, problems), "") << file;
 }
 
 }  // namespace

@@ -111,40 +111,51 @@ struct FailureRow {
     const char* name;
     const char* file;
     test::Bytes content;
+    const char* reason;
 };
 class ThumbnailerFailure : public Thumbnailer, public testing::WithParamInterface<FailureRow> {};
-TEST_P(ThumbnailerFailure, IsQuietAndLeavesTheOutputAlone) {
+TEST_P(ThumbnailerFailure, SaysWhyAndLeavesTheOutputAlone) {
     folder_.write(GetParam().file, GetParam().content);
     EXPECT_EQ(run(std::string(GetParam().file) + " out.png 128"), 1);
     EXPECT_FALSE(exists("out.png"));
     folder_.write("out.png", std::string_view("an earlier one"));
     EXPECT_EQ(run(std::string(GetParam().file) + " out.png 128"), 1);
     EXPECT_EQ(TemporaryFolder::read(folder_.path() / "out.png"), "an earlier one");
-    EXPECT_EQ(output() + problems(), "");
+    EXPECT_EQ(output(), "");
+    EXPECT_EQ(problems(), "velamo-thumbnailer: " + std::string(GetParam().file) + ": " + GetParam().reason + "\n");
 }
 INSTANTIATE_TEST_SUITE_P(Rows, ThumbnailerFailure,
-                         testing::Values(FailureRow{"OfAPoem", "poem.dst",
-                                                    test::bytes("A rose is a rose is a rose.\n")},
-                                         FailureRow{"OfAnEmptyFile", "empty.exp", {}},
-                                         FailureRow{"OfADesignWithoutStitches", "none.dst", test::dstFile({})},
-                                         FailureRow{"OfAnotherExtension", "rose.txt", test::sampleFile("dst")},
-                                         FailureRow{"WithoutAnExtension", "rose", test::sampleFile("dst")}),
+                         testing::Values(FailureRow{"OfAPoem", "poem.dst", test::bytes("A rose is a rose is a rose.\n"),
+                                                    "Unable to import DST file (missing header). (error 123)"},
+                                         FailureRow{
+                                             "OfAnEmptyFile", "empty.exp", {}, "File holds no stitches. (error 11)"},
+                                         FailureRow{"OfADesignWithoutStitches", "none.dst", test::dstFile({}),
+                                                    "Unable to import DST file (missing header). (error 123)"},
+                                         FailureRow{"OfAnotherExtension", "rose.txt", test::sampleFile("dst"),
+                                                    "Unknown file format (UTI). (error 10)"},
+                                         FailureRow{"WithoutAnExtension", "rose", test::sampleFile("dst"),
+                                                    "Unknown file format (UTI). (error 10)"}),
                          [](const auto& row) { return row.param.name; });
 
-TEST_F(Thumbnailer, FailsQuietlyOnWhatIsNoFile) {
+TEST_F(Thumbnailer, SaysWhatIsNoFile) {
     std::filesystem::create_directory(folder_.path() / "folder.dst");
-    for (const char* input : {"missing.dst", "folder.dst", "''", "/dev/null"}) {
+    for (const auto& [input, reason] : {std::pair{"missing.dst", "No such file or directory (error 2)"},
+                                        {"folder.dst", "Is a directory (error 21)"},
+                                        {"/dev/null", "Invalid argument (error 22)"}}) {
         EXPECT_EQ(run(std::string(input) + " out.png 128"), 1) << input;
         EXPECT_FALSE(exists("out.png")) << input;
-        EXPECT_EQ(output() + problems(), "") << input;
+        EXPECT_EQ(output(), "") << input;
+        EXPECT_EQ(problems(), "velamo-thumbnailer: " + std::string(input) + ": " + reason + "\n");
     }
 }
 
-TEST_F(Thumbnailer, FailsQuietlyWhereItCannotWrite) {
+TEST_F(Thumbnailer, SaysWhereItCannotWrite) {
     ASSERT_TRUE(test::writePatch(folder_.path() / "rose.dst"));
-    for (const char* picture : {"missing/out.png", "''", "."}) {
+    for (const auto& [picture, reason] :
+         {std::pair{"missing/out.png", "No such file or directory (error 2)"}, {".", "Is a directory (error 21)"}}) {
         EXPECT_EQ(run(std::string("rose.dst ") + picture + " 128"), 1) << picture;
-        EXPECT_EQ(output() + problems(), "") << picture;
+        EXPECT_EQ(output(), "") << picture;
+        EXPECT_EQ(problems(), "velamo-thumbnailer: " + std::string(picture) + ": " + reason + "\n");
     }
 }
 
