@@ -3,7 +3,9 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 
+#include "platform/terminal.h"
 #include "platform/text.h"
 
 namespace velamo {
@@ -14,9 +16,13 @@ constexpr int waitInMilliseconds = 10'000;  // for another process to finish its
 [[noreturn]] void throwFailure(sqlite3* database, int result) {
     constexpr int primaryCode = 0xFF;
     const int code = result & primaryCode;
-    const char* text = database != nullptr ? ::sqlite3_errmsg(database) : ::sqlite3_errstr(result);
-    if (code != SQLITE_CORRUPT && code != SQLITE_NOTADB) throw CatalogueError(code, text);
-    throw CatalogueError(code, "this is no catalogue, or a damaged one (" + std::string(text) +
+    // What is damaged may stand in the message, with line ends and all.
+    const std::string_view whole = database != nullptr ? ::sqlite3_errmsg(database) : ::sqlite3_errstr(result);
+    const std::string text = escapedForTerminal(whole.substr(0, whole.find('\n')));
+    // Our statements are right, so that the engine refuses them only where tables are not what they were.
+    constexpr std::array damages{SQLITE_CORRUPT, SQLITE_NOTADB, SQLITE_ERROR};
+    if (std::find(damages.begin(), damages.end(), code) == damages.end()) throw CatalogueError(code, text);
+    throw CatalogueError(code, "this is no catalogue, or a damaged one (" + text +
                                    "); move the file away, with those beside it that end in -wal and -shm, and run "
                                    "'velamo index FOLDER' anew");
 }

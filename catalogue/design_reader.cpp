@@ -82,23 +82,34 @@ public:
         return value;
     }
     std::string takeText(std::size_t size) {
+        isWhole_ = isWhole_ && size <= bytes_.size();
         const auto taken = bytes_.substr(0, size);
         bytes_.remove_prefix(taken.size());
         return std::string(taken);
     }
+    std::string takeRest() { return takeText(bytes_.size()); }
+    /// Whether all that was taken was there, and nothing is left.
+    [[nodiscard]] bool isWhole() const noexcept { return isWhole_ && bytes_.empty(); }
 
 private:
     std::string_view bytes_;
+    bool isWhole_ = true;
 };
 
-ReadOutcome outcomeOf(std::string_view bytes) {
-    OutcomeReader reader(bytes);
+ReadOutcome takeOutcome(OutcomeReader& reader) {
     const auto index = reader.take<std::size_t>();
     if (index == 0) return reader.take<DesignAttributes>();
     const int code = reader.take<int>();
-    if (index == 2) return std::error_code(code, std::generic_category());
+    if (index != 1) return std::error_code(index == 2 ? code : EBADMSG, std::generic_category());
     std::string domain = reader.takeText(reader.take<std::size_t>());
-    return DesignFailure{.domain = std::move(domain), .code = code, .message = reader.takeText(bytes.size())};
+    return DesignFailure{.domain = std::move(domain), .code = code, .message = reader.takeRest()};
+}
+
+/// A worker that a file has taken over may answer anything.
+ReadOutcome outcomeOf(std::string_view bytes) {
+    OutcomeReader reader(bytes);
+    auto outcome = takeOutcome(reader);
+    return reader.isWhole() ? std::move(outcome) : std::make_error_code(std::errc::bad_message);
 }
 
 std::vector<ReadOutcome> readWith(LastingWorker& worker, std::span<const std::filesystem::path> files) {

@@ -35,7 +35,9 @@ std::vector<LastingWorker> LastingWorker::some(std::size_t count, const WorkerTa
     workers.reserve(count);
     while (workers.size() < count) {
         try {
-            workers.push_back(LastingWorker(Maker([nursery] { return nursery->makeWorker(); })));
+            LastingWorker worker(Maker([nursery] { return nursery->makeWorker(); }));
+            static_cast<void>(worker.isConfined());  // there may be a guardian to be had, and no worker
+            workers.push_back(std::move(worker));
         } catch (const WorkerLoss&) {
             if (workers.empty()) throw;
             break;

@@ -196,8 +196,8 @@ bool WorkerDeath::isTimeout() const noexcept {
 }
 
 bool WorkerDeath::isFromOutside() const noexcept {
-    constexpr std::array signals{SIGKILL, SIGTERM, SIGINT, SIGHUP, SIGQUIT};
-    return std::find(signals.begin(), signals.end(), signal) != signals.end();
+    constexpr std::array ownEnds{0, SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGSYS, SIGTRAP, SIGALRM};
+    return std::find(ownEnds.begin(), ownEnds.end(), signal) == ownEnds.end();
 }
 
 std::string WorkerDeath::description() const {
