@@ -77,6 +77,11 @@ bool FileFeatures::giveTo(int descriptor) const noexcept {
     return uninterrupted([&] { return ::fchmod(descriptor, permissions); }) == 0 || isRefusalOfFileSystem(errno);
 }
 
+bool FileFeatures::giveAgainTo(int descriptor) const noexcept {
+    constexpr mode_t lostByWriting = S_ISUID | S_ISGID;
+    return !isThere_ || (status_.st_mode & lostByWriting) == 0 || giveTo(descriptor);
+}
+
 #ifdef __linux__
 
 namespace {

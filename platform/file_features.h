@@ -27,6 +27,9 @@ public:
     /// out; where group or access list cannot be kept, the group has no more permissions than everybody. Needs no
     /// memory.
     [[nodiscard]] bool giveTo(int descriptor) const noexcept;
+    /// The same for what writing takes away: the system lets no file run as its owner or its group any longer when
+    /// somebody writes into it.
+    [[nodiscard]] bool giveAgainTo(int descriptor) const noexcept;
 
 private:
     struct Attribute {

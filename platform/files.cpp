@@ -49,7 +49,8 @@ bool writeMade(int descriptor, const ByteProducer& produce) {
 
 /// Writes the bytes to the disk, with the features of the file that is to be replaced.
 bool fill(int descriptor, const ByteProducer& produce, const FileFeatures& features) {
-    return features.giveTo(descriptor) && writeMade(descriptor, produce) && flush(descriptor);
+    return features.giveTo(descriptor) && writeMade(descriptor, produce) && features.giveAgainTo(descriptor) &&
+           flush(descriptor);
 }
 
 /// Takes a name away at the end of the scope, also where making the file's bytes throws.

@@ -512,6 +512,8 @@ INSTANTIATE_TEST_SUITE_P(
                     OwnerRow{"PrivateByRoot", true, 1234, 5678, 0600, 1234, 5678, 0600},
                     OwnerRow{"GroupByItsMember", false, nobody, 5678, 02664, nobody, 5678, 02664},
                     OwnerRow{"GroupOfAnothersFile", false, 1234, 5678, 04664, nobody, 5678, 0664},
+                    OwnerRow{"ToRunAsItsOwner", false, nobody, nobody, 04755, nobody, nobody, 04755},
+                    OwnerRow{"ToRunAsItsGroup", false, nobody, 5678, 02755, nobody, 5678, 02755},
                     OwnerRow{"NotTheGroupOfOthers", false, nobody, 5679, 02664, nobody, nobody, 0644},
                     OwnerRow{"NorItsPermissions", false, nobody, 5679, 0660, nobody, nobody, 0600}),
     [](const auto& row) { return row.param.name; });
