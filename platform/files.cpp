@@ -53,41 +53,47 @@ bool fill(int descriptor, const ByteProducer& produce, const FileFeatures& featu
            flush(descriptor);
 }
 
-/// Takes a name away at the end of the scope, also where making the file's bytes throws.
+/// Takes a name away at the end of the scope, also where making the file's bytes throws. It is nobody's where the file
+/// has been renamed.
 class Removal {
 public:
-    explicit Removal(const std::string& name) noexcept : name_(&name) {}
+    explicit Removal(const std::string& name) noexcept : name_(name) {}
     ~Removal() {
-        if (name_ != nullptr) uninterrupted([this] { return ::unlink(name_->c_str()); });
+        uninterrupted([this] { return ::unlink(name_.c_str()); });
     }
     Removal(const Removal&) = delete;
     Removal& operator=(const Removal&) = delete;
-    void cancel() noexcept { name_ = nullptr; }
 
 private:
-    const std::string* name_;
+    const std::string& name_;
 };
+
+int renameOver(const char* whole, const char* target) noexcept {
+    return uninterrupted([&] { return ::rename(whole, target); }) == 0 ? 0 : errno;
+}
+
+/// A name in the folder that no other file has.
+std::string nameIn(const std::filesystem::path& folder) {
+    const auto unique = std::to_string(::getpid()) + "-" + std::to_string(std::random_device{}());
+    return (folder / (".velamo-" + unique)).native();
+}
 
 /// A file in the target's folder of a name that no other has, put in the target's place when it is whole. A process
 /// that is killed meanwhile leaves it behind.
 std::error_code putTemporaryFile(const std::filesystem::path& target, const ByteProducer& produce,
-                                 const FileFeatures& features) {
+                                 const FileFeatures& features, const HandOver& handOver) {
     constexpr int mostAttempts = 100;
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        const auto unique = std::to_string(::getpid()) + "-" + std::to_string(std::random_device{}());
-        const auto name = (target.parent_path() / (".velamo-" + unique)).native();
+        const std::string name = nameIn(target.parent_path());
         const InterruptionPause pause;
         Descriptor file(uninterrupted([&] {
             return ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, features.permissionsOfNamedFile());
         }));
         if (!file.isOpen() && errno == EEXIST) continue;
         if (!file.isOpen()) return lastSystemError();
-        Removal removal(name);
-        if (!fill(file.number(), produce, features) || !file.close() ||
-            uninterrupted([&] { return ::rename(name.c_str(), target.c_str()); }) != 0)
-            return lastSystemError();
-        removal.cancel();
-        return {};
+        const Removal removal(name);
+        if (!fill(file.number(), produce, features) || !file.close()) return lastSystemError();
+        return {handOver(name.c_str(), target.c_str()), std::generic_category()};
     }
     return std::make_error_code(std::errc::file_exists);
 }
@@ -121,6 +127,17 @@ public:
             }
         }
         return false;
+    }
+
+    /// The same by way of a name that no other process gives. False where the file got none.
+    [[nodiscard]] bool handOverTo(const std::filesystem::path& target, const HandOver& handOver,
+                                  std::error_code& failure) {
+        const std::string name = nameIn(target.parent_path());
+        const InterruptionPause pause;
+        if (!linkTo(name)) return false;
+        const Removal removal(name);
+        failure.assign(handOver(name.c_str(), target.c_str()), std::generic_category());
+        return true;
     }
 
 private:
@@ -176,7 +193,7 @@ std::error_code putInPlace(const std::filesystem::path& target, const ByteProduc
         if (nameless.moveTo(target)) return {};
     }
     // Where that does not work, an ordinary file does, or it fails with the reason that counts.
-    return putTemporaryFile(target, produce, features);
+    return putTemporaryFile(target, produce, features, renameOver);
 }
 
 /// Makes the renaming itself durable. The new file is in place, so that it is too late for a failure: where the folder
@@ -278,6 +295,21 @@ std::error_code fillEmptyFile(const std::filesystem::path& path, std::span<const
 
 std::error_code replaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
     return replaceFileBy(path, [bytes](const ByteSink& sink) { return sink(bytes); });
+}
+
+std::error_code writeAndHandOver(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
+                                 const HandOver& handOver) {
+    const ByteProducer produce = [bytes](const ByteSink& sink) { return sink(bytes); };
+    std::error_code failure;
+    const FileFeatures features(path, failure);
+    if (failure) return failure;
+    const auto folder = path.parent_path();
+    NamelessFile nameless(path, features);
+    if (nameless.isOpen() && !fill(nameless.number(), produce, features)) return lastSystemError();
+    if (!nameless.isOpen() || !nameless.handOverTo(path, handOver, failure))
+        failure = putTemporaryFile(path, produce, features, handOver);
+    if (!failure) flushFolder(folder);
+    return failure;
 }
 
 }  // namespace velamo

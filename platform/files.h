@@ -63,4 +63,13 @@ using ByteProducer = std::function<bool(const ByteSink&)>;
 /// other.
 [[nodiscard]] std::error_code replaceFileBy(const std::filesystem::path& path, const ByteProducer& produce);
 
+/// Lets the whole new file, which has the name `whole` in the target's folder, take the target's place in some way.
+/// 0, or the system's error. What has that name afterwards is taken away. Must not allocate memory.
+using HandOver = std::function<int(const char* whole, const char* target)>;
+
+/// Writes the bytes aside and flushes them, as replaceFile does, and leaves the last step to `handOver`; links are not
+/// followed. (The name is ".velamo-" and numbers; a process that is killed in the last step leaves it.)
+[[nodiscard]] std::error_code writeAndHandOver(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
+                                               const HandOver& handOver);
+
 }  // namespace velamo
