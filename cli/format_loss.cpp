@@ -80,6 +80,7 @@ std::string lossOf(const Comparison& comparison) {
     const ColorLoss colors = colorLossOf(comparison.wanted, comparison.found);
     const std::size_t wanted = comparison.wanted.size();
     const std::size_t found = std::min(wanted, comparison.found.size());
+    const std::size_t more = comparison.found.size() - found;
     const std::size_t moves = MovesInStep(comparison.written.stitches(), comparison.readBack.stitches()).missing();
     std::string text;
     const auto add = [&text](std::size_t count, const std::string& loss) {
@@ -87,6 +88,7 @@ std::string lossOf(const Comparison& comparison) {
     };
     add(colors.gone, "without " + someOf(colors.gone, colors.known, "color"));
     add(colors.changed, "with the nearest color there is for " + someOf(colors.changed, wanted, "thread"));
+    add(more, "with " + (more == 1 ? "a thread" : std::to_string(more) + " threads") + " more");
     add(wanted - found, "without " + someOf(wanted - found, wanted, "thread"));
     add(moves, "without the last " + (moves == 1 ? "stitch" : std::to_string(moves) + " stitches"));
     return text;

@@ -16,8 +16,8 @@ struct Comparison {
 };
 
 /// What a person who reads the file again would miss, in words that continue "written ...": colors, threads, the
-/// last stitches. Empty where that is nothing: colors that the design itself did not know, how moves are cut, and
-/// roundings of a file's numbers are not told.
+/// last stitches; and threads that they would find besides. Empty where that is nothing: colors that the design itself
+/// did not know, how moves are cut, and roundings of a file's numbers are not told.
 [[nodiscard]] std::string lossOf(const Comparison& comparison);
 
 }  // namespace velamo

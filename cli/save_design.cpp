@@ -1,6 +1,5 @@
 #include "cli/save_design.h"
 
-#include <optional>
 #include <ostream>
 
 #include "cli/format_loss.h"
@@ -36,50 +35,65 @@ public:
 
 private:
     bool save(const fs::path& url, std::span<const std::uint8_t> file, VLMError* error) {
-        VLMDesign readBack;
-        if (!importDesignFromMemory(readBack, url, file, error)) {
+        if (!importDesignFromMemory(readBack_, url, file, error)) {
             error->recoverySuggestion = "The new file could not be read again: " + error->message();
             return false;
         }
-        if (!plan(readBack, error)) return false;
-        noteLoss(lossOf({threads_, design_, readBack, plan_->result}));
+        if (!plan(error)) return false;
         const auto failure = replaceFile(url, file);
-        if (!failure) return true;
-        outcome_.notes.clear();  // nothing of it came true
-        return failWithSystemError(failure.value(), error);
+        return !failure || failWithSystemError(failure.value(), error);
     }
 
-    bool plan(const VLMDesign& readBack, VLMError* error) {
+    bool plan(VLMError* error) {
         const bool isPlanned = operation(error, [&] {
-            plan_ = planSideFile(target_, origin_, design_, threads_, readBack);
+            plan_ = planSideFile(target_, origin_, design_, threads_, readBack_);
             return true;
         });
         if (!isPlanned) outcome_.file = threadFileOf(target_);
         return isPlanned;
     }
 
-    void noteLoss(const std::string& loss) {
+    void noteLoss() {
+        const std::string loss = lossOf({threads_, design_, readBack_, plan_.result});
         std::string text = loss.empty() ? "" : "written " + loss;
-        if (plan_->isInTheWay)
-            text += (text.empty() ? "" : "; ") + ("'" + plan_->file.native() + "' is in the way of its threads");
+        if (plan_.isInTheWay)
+            text += (text.empty() ? "" : "; ") + ("'" + plan_.file.native() + "' is in the way of its threads");
         if (!text.empty()) outcome_.notes.push_back({target_, text});
     }
 
     void keepSideFileInStep() {
-        const SideFileOutcome done = carryOut(*plan_, threads_);
+        const SideFileOutcome done = carryOutPlans();
+        noteLoss();
         if (!done.newName.empty())
-            outcome_.notes.push_back({plan_->file, "has other threads, and is '" + done.newName.native() + "' now"});
-        if (!done.error) return;
-        outcome_.isSaved = false;
-        outcome_.file = plan_->file;
-        failWithSystemError(done.error.value(), &outcome_.error);
+            outcome_.notes.push_back({plan_.file, "has other threads, and is '" + done.newName.native() + "' now"});
+        if (outcome_.isSaved && done.error) {
+            outcome_.isSaved = false;
+            outcome_.file = plan_.file;
+            failWithSystemError(done.error.value(), &outcome_.error);
+        }
+    }
+
+    /// Others may be at the same side file, and each time one of them is done with it.
+    SideFileOutcome carryOutPlans() {
+        constexpr int mostPlans = 100;
+        SideFileOutcome done = carryOut(plan_);
+        for (int plans = 1; isOutdated(done.error) && plans < mostPlans; ++plans) {
+            outcome_.isSaved = plan(&outcome_.error);
+            if (!outcome_.isSaved) return {};
+            done = carryOut(plan_);
+        }
+        return done;
+    }
+    static bool isOutdated(std::error_code error) noexcept {
+        return error == std::errc::file_exists || error == std::errc::no_such_file_or_directory;
     }
 
     VLMDesign& design_;
     const fs::path& target_;
     const DesignOrigin& origin_;
     const std::vector<VLMThread> threads_;
-    std::optional<SideFilePlan> plan_;
+    VLMDesign readBack_;
+    SideFilePlan plan_;
     SaveOutcome outcome_;
 };
 

@@ -1,6 +1,7 @@
 #include "cli/side_file.h"
 
 #include <algorithm>
+#include <system_error>
 
 #include "formats/thread_file.h"
 #include "platform/files.h"
@@ -28,40 +29,51 @@ bool areKeptAlike(const std::vector<VLMThread>& ones, const std::vector<VLMThrea
         });
 }
 
-/// Where the system does not tell, it will tell the reason when the file is written.
-bool isThere(const fs::path& file) noexcept {
+/// Throws the system's reason where it does not tell, a name that is too long among them.
+bool isThere(const fs::path& file) {
     std::error_code failure;
-    return fs::exists(fs::symlink_status(file, failure));
+    const auto status = fs::symlink_status(file, failure);
+    if (status.type() == fs::file_type::none) throw std::system_error(failure);
+    return fs::exists(status);
 }
 
+/// Throws where the system cannot tell this time.
 bool isOwn(const fs::path& sideFile, const DesignOrigin& origin) {
     std::error_code failure;
-    return origin.tookSideFile && fs::equivalent(sideFile, threadFileOf(origin.file), failure);
+    const bool isSame = origin.tookSideFile && fs::equivalent(sideFile, threadFileOf(origin.file), failure);
+    if (failure && !isAbsence(failure)) throw std::system_error(failure);
+    return isSame;
 }
 
 }  // namespace
 
 SideFilePlan planSideFile(const fs::path& target, const DesignOrigin& origin, const VLMDesign& design,
                           const std::vector<VLMThread>& threads, const VLMDesign& readBack) {
-    SideFilePlan plan{.file = threadFileOf(target), .result = readBack.threads().all()};
+    SideFilePlan plan{.file = threadFileOf(target), .threads = threads, .result = readBack.threads().all()};
+    // Blocks behind the last thread have none in the design either.
+    for (std::size_t i = threads.size(); i < plan.result.size(); ++i) plan.threads.push_back(plan.result[i]);
+    const bool isWanted = design.useThreadFile() && plan.threads.size() == plan.result.size();
     VLMDesign probe;
     probe.setThreads(plan.result);
     const bool isTaken = takeThreadsOfSideFile(probe, target);
-    const std::vector<VLMThread>& meant = design.useThreadFile() ? threads : plan.result;
-    const bool saysTheSame = isTaken && areKeptAlike(probe.threads().all(), meant);
-    const bool makesRoom = isTaken || (design.useThreadFile() && isOwn(plan.file, origin));
+    const bool saysTheSame = isTaken && areKeptAlike(probe.threads().all(), isWanted ? plan.threads : plan.result);
+    const bool makesRoom = isTaken || (isWanted && isOwn(plan.file, origin));
     plan.isSetAside = makesRoom && !saysTheSame;
-    plan.isWritten = design.useThreadFile() && (plan.isSetAside || !isThere(plan.file));
-    plan.isInTheWay = design.useThreadFile() && !plan.isWritten && !saysTheSame;
-    const bool hasColors = design.useThreadFile() && !plan.isInTheWay;
-    if (hasColors && threads.size() == plan.result.size()) plan.result = threads;
+    plan.isWritten = isWanted && (plan.isSetAside || !isThere(plan.file));
+    plan.isInTheWay = isWanted && !plan.isWritten && !saysTheSame;
+    if (plan.isSetAside) static_cast<void>(isThere(plan.file.native() + ".old"));
+    if (isWanted && !plan.isInTheWay) plan.result = plan.threads;
     return plan;
 }
 
-SideFileOutcome carryOut(const SideFilePlan& plan, const std::vector<VLMThread>& threads) {
+SideFileOutcome carryOut(const SideFilePlan& plan) {
     SideFileOutcome outcome;
-    if (plan.isSetAside) outcome.error = setAside(plan.file, outcome.newName);
-    if (plan.isWritten && !outcome.error) outcome.error = replaceFile(plan.file, threadFileWith(threads));
+    if (plan.isSetAside && plan.isWritten)
+        outcome.error = replaceSettingAside(plan.file, threadFileWith(plan.threads), outcome.newName);
+    else if (plan.isSetAside)
+        outcome.error = setAside(plan.file, outcome.newName);
+    else if (plan.isWritten)
+        outcome.error = createFile(plan.file, threadFileWith(plan.threads));
     return outcome;
 }
 

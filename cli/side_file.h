@@ -18,10 +18,11 @@ struct DesignOrigin {
 /// nothing else that is there is lost.
 struct SideFilePlan {
     std::filesystem::path file;
-    bool isSetAside = false;        // what is there gets another name
-    bool isWritten = false;         // then the design's threads are put there
-    bool isInTheWay = false;        // the design's threads belong there, but something else is there and stays
-    std::vector<VLMThread> result;  // the threads that the new file will be read with
+    bool isSetAside = false;         // what is there gets another name
+    bool isWritten = false;          // then the threads are put there
+    bool isInTheWay = false;         // the threads belong there, but something else is there and stays
+    std::vector<VLMThread> threads;  // the design's, and one for each block that has none
+    std::vector<VLMThread> result;   // the threads that the new file will be read with
 };
 
 /// Looks at what is there, and changes nothing. `design` is what is written, `threads` are those that it should have,
@@ -29,8 +30,9 @@ struct SideFilePlan {
 ///
 /// What is beside the new file stays where it says what would be written, and where the new file would not take it
 /// (it is damaged, is not for this user, or is of another number of threads). Only the design's own, which was read
-/// with it, makes room for one of another number. Throws std::system_error where the system could not read it this
-/// time, so that nobody can say.
+/// with it, makes room for one of another number. None is written that the new file would not take, because the format
+/// has lost threads. Throws std::system_error where the system could not read it this time, or takes no such name, so
+/// that nobody can say.
 [[nodiscard]] SideFilePlan planSideFile(const std::filesystem::path& target, const DesignOrigin& origin,
                                         const VLMDesign& design, const std::vector<VLMThread>& threads,
                                         const VLMDesign& readBack);
@@ -41,7 +43,8 @@ struct SideFileOutcome {
     std::error_code error;          // about the plan's file
 };
 
-/// Carries the plan out for the threads. On failure nothing is lost: what was there is there, or is set aside.
-[[nodiscard]] SideFileOutcome carryOut(const SideFilePlan& plan, const std::vector<VLMThread>& threads);
+/// Carries the plan out. On failure what was there is there. The error is EEXIST or ENOENT where somebody else has made
+/// or taken away the file since it was planned: then it is time for another plan.
+[[nodiscard]] SideFileOutcome carryOut(const SideFilePlan& plan);
 
 }  // namespace velamo

@@ -53,7 +53,11 @@ INSTANTIATE_TEST_SUITE_P(
         ColorRow{"OfAColorless", {colorless()}, {colored(0.3)}, ""},
         ColorRow{
             "FewerThreads", {colored(0.5), colored(0.1), colored(0)}, {colored(0.5)}, "without 2 of its 3 threads"},
-        ColorRow{"MoreThreads", {colored(0.5)}, {colored(0.5), colored(0.1)}, ""}),
+        ColorRow{"MoreThreads", {colored(0.5)}, {colored(0.5), colored(0.1)}, "with a thread more"},
+        ColorRow{"ManyMoreThreads",
+                 {colored(0.5)},
+                 {colored(0.4), colored(0.1), colored(0.1)},
+                 "with the nearest color there is for its thread, with 2 threads more"}),
     [](const auto& row) { return row.param.name; });
 
 struct MoveRow {

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 
+#include "cli/save_design.h"
 #include "formats/import.h"
 #include "formats/thread_file.h"
 #include "platform/files.h"
@@ -229,13 +232,87 @@ TEST_F(SideFile, GoesWithEachOfManyDesignsAtATime) {
     }
 }
 
-TEST_F(SideFile, ThatCannotBeWrittenIsSaid) {
+struct LongNameRow {
+    const char* name;
+    std::size_t size;     // of the design's name without its extension
+    const char* refused;  // the ending of the name that is too long
+};
+class SideFileOfALongName : public SideFile, public testing::WithParamInterface<LongNameRow> {};
+TEST_P(SideFileOfALongName, KeepsTheTargetAsItWas) {
     folder_.write("in/rose.threads", own);
-    const std::string longest(251, 'x');  // with .dst it fits; with .threads it does not
-    const auto outcome = call({"convert", source_, at("in/" + longest + ".dst")});
+    const std::string stem = "out/" + std::string(GetParam().size, 'x');
+    folder_.write(stem + ".dst", test::diagonalDst);
+    const std::string old = in(stem + ".dst");
+    if (GetParam().refused != std::string(".threads")) folder_.write(stem + ".threads", others);
+    const std::size_t count = names("out").size();
+    const auto outcome = call({"convert", source_, at(stem + ".dst")});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.problems, HasSubstr(at("in/" + longest + ".threads") + ": File name too long (error 36)\n"));
-    EXPECT_TRUE(fs::exists(at("in/" + longest + ".dst")));
+    EXPECT_EQ(outcome.problems, "velamo: " + at(stem + ".threads") + ": File name too long (error 36)\n");
+    EXPECT_EQ(in(stem + ".dst"), old);
+    EXPECT_EQ(names("out").size(), count);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, SideFileOfALongName,
+                         testing::Values(LongNameRow{"New", 251, ".threads"}, LongNameRow{"Old", 247, ".threads.old"}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(SideFile, OfALongNameDoesNotMatterToADesignWithoutOne) {
+    const std::string stem = "in/" + std::string(251, 'x');
+    EXPECT_EQ(call({"convert", source_, at(stem + ".dst")}).problems, "");
+    EXPECT_TRUE(fs::exists(at(stem + ".dst")));
+}
+
+VLMDesign designWithSideFile(const fs::path& file) {
+    VLMDesign design;
+    EXPECT_TRUE(importDesignFromURLerror(design, file, nullptr));
+    EXPECT_TRUE(design.useThreadFile());
+    return design;
+}
+
+TEST_F(SideFile, ThatSomebodyElseMakesMeanwhileIsNotOverwritten) {
+    folder_.write("in/rose.threads", own);
+    fs::create_directory(at("out"));
+    const VLMDesign design = designWithSideFile(source_);
+    const SideFilePlan plan = planSideFile(at("out/rose.dst"), {source_, true}, design, design.threads().all(), design);
+    folder_.write("out/rose.threads", others);
+    const SideFileOutcome outcome = carryOut(plan);
+    EXPECT_EQ(outcome.error, std::errc::file_exists);
+    EXPECT_EQ(in("out/rose.threads"), others);
+    EXPECT_EQ(names("out"), std::vector<std::string>{"rose.threads"});
+}
+
+TEST_F(SideFile, OfOneStemWrittenAtATimeIsOneOfThemAndTheOtherIsSetAside) {
+    folder_.write("in/rose.threads", own);
+    const std::string leaf = folder_.write("in/leaf.dst", test::twoColorDst);
+    folder_.write("in/leaf.threads", others);
+    for (int round = 0; round < 30; ++round) {
+        const std::string out = "out" + std::to_string(round);
+        fs::create_directory(at(out));
+        std::atomic<int> ready{0};
+        const auto save = [&](const std::string& source, const std::string& target) {
+            VLMDesign design = designWithSideFile(source);
+            ++ready;
+            while (ready < 2) continue;
+            const SaveOutcome saved = saveDesign(design, at(out + target), {source, true}, {});
+            EXPECT_TRUE(saved.isSaved) << saved.error.message();
+            return saved.notes.size();
+        };
+        std::size_t notes = 0;
+        std::thread other([&] { notes = save(leaf, "/rose.dst"); });
+        notes += save(source_, "/rose.exp");
+        other.join();
+        EXPECT_EQ(names(out), (std::vector<std::string>{"rose.dst", "rose.exp", "rose.threads", "rose.threads.old"}));
+        EXPECT_NE(in(out + "/rose.threads"), in(out + "/rose.threads.old"));
+        EXPECT_EQ(notes, 1U);
+    }
+}
+
+TEST_F(SideFile, OfADesignWithMoreBlocksThanThreadsIsOneThatTheNewFileTakes) {
+    folder_.write("in/rose.threads", own);
+    const auto outcome = call({"edit", source_, "-e", "delete-thread 0", "-o", source_});
+    EXPECT_EQ(outcome.status, 0) << outcome.problems;
+    EXPECT_EQ(redOf("in/rose.dst"), 0.5);
+    EXPECT_EQ(in("in/rose.threads.old"), own);
+    EXPECT_THAT(outcome.problems, HasSubstr("rose.dst: written with a thread more\n"));
 }
 
 TEST_F(SideFile, ThatIsUnreadableStays) {
