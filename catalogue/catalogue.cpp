@@ -70,6 +70,13 @@ std::int64_t checkedVersion(const Database& database) {
     return version;
 }
 
+/// Of another program's file neither the permissions are changed nor is anything left beside it.
+void requireCatalogueOrNothing(const std::filesystem::path& file) {
+    std::error_code error;
+    const FileState state = stateOfFile(file, error);
+    if (state.size > 0) static_cast<void>(checkedVersion(Database(file, Database::Opening::existing)));
+}
+
 void makeLayout(const Database& database) {
     database.run("BEGIN IMMEDIATE");
     database.run("DROP TABLE IF EXISTS designs; DROP TABLE IF EXISTS folders;");
@@ -225,6 +232,7 @@ Catalogue& Catalogue::operator=(Catalogue&&) noexcept = default;
 Catalogue Catalogue::openForIndexing(const std::filesystem::path& file, const std::function<void()>& onWaiting) {
     makePrivateFolders(file.parent_path());
     requireRegularFile(file);
+    requireCatalogueOrNothing(file);
     auto lock = std::make_unique<FileLock>(fileBeside(file, "-lock"), onWaiting);
     makePrivateFile(file);  // the engine gives those that it makes beside it the same rights
     for (const char* ending : {"", "-wal", "-shm", "-lock"}) closeToOthers(fileBeside(file, ending));

@@ -20,8 +20,22 @@ const DesignAttributes attributes{
     .widthInMillimetres = 123.4F, .heightInMillimetres = 50, .stitches = 1000, .colors = 4};
 const DesignFailure failure{"de.velamo.vlmdesign.ErrorDomain", 123, "too short"};
 
+int rightsOf(const std::filesystem::path& path) {
+    return static_cast<int>(std::filesystem::status(path).permissions());
+}
+
 class CatalogueFile : public testing::Test {
 protected:
+    /// Neither indexing nor searching changes or makes anything.
+    void expectToBeLeftAlone(const char* refusal) {
+        const auto before = test::TemporaryFolder::read(file_);
+        std::filesystem::permissions(file_, std::filesystem::perms(0646));
+        EXPECT_THAT(refusalToIndex(), HasSubstr(refusal));
+        EXPECT_THAT(refusalToSearch(), HasSubstr(refusal));
+        EXPECT_EQ(test::TemporaryFolder::read(file_), before);
+        EXPECT_EQ(rightsOf(file_), 0646);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(file_.parent_path()), {}), 1);
+    }
     [[nodiscard]] std::string refusalToIndex() const {
         try {
             static_cast<void>(Catalogue::openForIndexing(file_));
@@ -155,18 +169,24 @@ TEST_F(CatalogueFile, OfAnOlderLayoutKeepsItsRootsAlone) {
 TEST_F(CatalogueFile, OfAnotherProgramIsRefusedAndLeftAlone) {
     std::filesystem::create_directories(file_.parent_path());
     test::runSql(file_, "CREATE TABLE letters (text); INSERT INTO letters VALUES ('dear')");
-    const auto before = test::TemporaryFolder::read(file_);
-    EXPECT_THAT(refusalToIndex(), HasSubstr("not a catalogue"));
-    EXPECT_THAT(refusalToSearch(), HasSubstr("not a catalogue"));
-    EXPECT_EQ(test::TemporaryFolder::read(file_), before);
+    expectToBeLeftAlone("not a catalogue");
+}
+
+TEST_F(CatalogueFile, OfANewerLayoutIsRefusedAndLeftAlone) {
+    std::filesystem::create_directories(file_.parent_path());
+    test::runSql(file_, "PRAGMA application_id = 1447841091; PRAGMA user_version = 1000; CREATE TABLE roots (path)");
+    expectToBeLeftAlone("newer version");
 }
 
 TEST_F(CatalogueFile, ThatIsNoDatabaseIsRefusedAndLeftAlone) {
-    const std::string text(5000, 'x');
-    folder_.write("deep/catalogue.sqlite", text);
-    EXPECT_THAT(refusalToIndex(), HasSubstr("not a database"));
-    EXPECT_THAT(refusalToSearch(), HasSubstr("not a database"));
-    EXPECT_EQ(test::TemporaryFolder::read(file_), text);
+    folder_.write("deep/catalogue.sqlite", std::string(5000, 'x'));
+    expectToBeLeftAlone("not a database");
+}
+
+TEST_F(CatalogueFile, GivenByALinkToADesignIsRefusedAndLeftAlone) {
+    std::filesystem::create_directories(file_.parent_path());
+    std::filesystem::create_symlink(folder_.write("rose.dst", std::string(600, ' ')), file_);
+    expectToBeLeftAlone("not a database");
 }
 
 TEST_F(CatalogueFile, ThatIsDamagedIsRefused) {
@@ -217,10 +237,6 @@ TEST_F(CatalogueFile, SaysWhatToDoWhenItIsDamaged) {
         refusalToSearch(),
         "this is no catalogue, or a damaged one (file is not a database); move the file away, with those beside it "
         "that end in -wal and -shm, and run 'velamo index FOLDER' anew");
-}
-
-int rightsOf(const std::filesystem::path& path) {
-    return static_cast<int>(std::filesystem::status(path).permissions());
 }
 
 /// Without a mask that takes rights away by itself.
