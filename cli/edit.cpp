@@ -66,7 +66,8 @@ ExitStatus editDesign(const EditRequest& request, std::span<const EditCommand> c
     const DesignOrigin origin{request.file, design.useThreadFile()};
     const EditOutcome outcome = carryOut(commands, design, source);
     bool isDone = !outcome.refusal;
-    if (outcome.refusal) reportProblem(console, request.file, *outcome.refusal);
+    if (outcome.refusal)
+        reportProblem(console, outcome.refusal->file().value_or(request.file), outcome.refusal->error());
     if (isDone && request.target) {
         const SaveOutcome saved = saveDesign(design, *request.target, origin, {});
         report(saved, console);

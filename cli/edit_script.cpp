@@ -103,7 +103,7 @@ EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design, c
             outcome.results.push_back(command(design, source));
         } catch (const EditRefusal& refusal) {
             outcome.results.push_back({{"error", errorJson(refusal.error())}});
-            outcome.refusal = refusal.error();
+            outcome.refusal = refusal;
             break;
         }
     }

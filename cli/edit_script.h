@@ -29,10 +29,15 @@ public:
 class EditRefusal : public std::exception {
 public:
     explicit EditRefusal(VLMError error) : error_(std::move(error)) {}
+    /// That another file than the one that is edited could not be read.
+    EditRefusal(VLMError error, std::string file) : error_(std::move(error)), file_(std::move(file)) {}
     [[nodiscard]] const VLMError& error() const noexcept { return error_; }
+    /// The file that the error is about; nothing for the one that is edited.
+    [[nodiscard]] const std::optional<std::string>& file() const noexcept { return file_; }
 
 private:
     VLMError error_;
+    std::optional<std::string> file_;
 };
 
 /// The command that a line stands for. Blanks separate its words; quotes, double or single, hold blanks or nothing
@@ -50,7 +55,7 @@ private:
 /// behind it were not carried out.
 struct EditOutcome {
     Json results = Json::array();
-    std::optional<VLMError> refusal;
+    std::optional<EditRefusal> refusal;
 };
 [[nodiscard]] EditOutcome carryOut(std::span<const EditCommand> commands, VLMDesign& design,
                                    const DesignSource& source);

@@ -86,8 +86,8 @@ EditCommand parseAppend(const Arguments& arguments) {
     return [file = arguments.text(0)](VLMDesign& design, const DesignSource& source) -> Json {
         VLMDesign other;
         VLMError error;
-        if (!source(other, file, &error) || !appendDesignerror(design, other, &error))
-            throw EditRefusal(std::move(error));
+        if (!source(other, file, &error)) throw EditRefusal(std::move(error), file);
+        if (!appendDesignerror(design, other, &error)) throw EditRefusal(std::move(error));
         return true;
     };
 }

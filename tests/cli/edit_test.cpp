@@ -182,6 +182,11 @@ TEST_F(Edit, SaysWhyACommandFails) {
     EXPECT_EQ(outcome.json()["results"][1]["error"]["code"], 71);
 }
 
+TEST_F(Edit, NamesTheFileThatCouldNotBeAppended) {
+    EXPECT_EQ(edited({"append /nowhere/leaf.dst"}).problems,
+              "velamo: /nowhere/leaf.dst: No such file or directory (error 2)\n");
+}
+
 TEST_F(Edit, NamesNoThreadThatIsNotThere) {
     for (const std::string command : {"recolor 1 0 0 0 ''", "recolor -1 0 0 0 ''", "show-thread 1 on"}) {
         const auto outcome = edited({command});
