@@ -36,20 +36,25 @@ Problem systemProblem(const fs::path& file, std::error_code code) {
 }
 
 /// The designs in the folder and below it, by name; what cannot be looked at becomes a problem.
-std::vector<fs::path> designsIn(const ConvertAllRequest& request, std::vector<Problem>& problems) {
-    std::vector<fs::path> designs;
+DesignsOfFolder designsIn(const ConvertAllRequest& request, std::vector<Problem>& problems) {
+    DesignsOfFolder designs;
+    const Format* const format = formatWithExtension(request.extension);
     const OutputFolder output(request.outFolder, request.folder);
     FolderWalk walk(hasDesignName);
     walk.enter(request.folder);
     while (const auto listing = walk.next()) {
         if (output.holds(listing->folder)) continue;
         if (listing->error) problems.push_back(systemProblem(listing->folder, listing->error));
+        const bool isMixed = output.isMixedWith(listing->folder);
         for (const FolderEntry& entry : listing->entries) {
-            if (entry.error) problems.push_back(systemProblem(listing->folder / entry.name, entry.error));
-            if (!entry.error && entry.state.kind == FileKind::regular) designs.push_back(listing->folder / entry.name);
+            const fs::path file = listing->folder / entry.name;
+            if (entry.error) problems.push_back(systemProblem(file, entry.error));
+            if (entry.error || entry.state.kind != FileKind::regular) continue;
+            const bool isBystander = isMixed && formatWithExtension(extensionOf(file)) == format;
+            (isBystander ? designs.bystanders : designs.sources).push_back(file);
         }
     }
-    std::sort(designs.begin(), designs.end());
+    std::sort(designs.sources.begin(), designs.sources.end());
     return designs;
 }
 

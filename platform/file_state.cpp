@@ -51,6 +51,12 @@ FileState stateOfFile(const std::filesystem::path& path, std::error_code& error)
     return {};
 }
 
+std::optional<FileIdentity> identityOfFile(const std::filesystem::path& path) noexcept {
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+    return FileIdentity{static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
+}
+
 std::error_code reasonAgainstReading(const FileState& state) noexcept {
     if (state.kind == FileKind::folder) return std::make_error_code(std::errc::is_a_directory);
     if (state.kind == FileKind::other) return std::make_error_code(std::errc::invalid_argument);

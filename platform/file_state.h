@@ -1,7 +1,9 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 namespace velamo {
@@ -19,6 +21,16 @@ struct FileState {
 
 /// The state of what `path` leads to, links followed. `error` is cleared on success, else holds the system's reason.
 [[nodiscard]] FileState stateOfFile(const std::filesystem::path& path, std::error_code& error) noexcept;
+
+/// What tells files and folders apart whichever paths lead there, be it by links or because a folder is mounted twice.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+    friend auto operator<=>(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// The identity of what `path` leads to, links followed; nothing where the system does not tell.
+[[nodiscard]] std::optional<FileIdentity> identityOfFile(const std::filesystem::path& path) noexcept;
 
 /// Why a file in this state is not read: EISDIR for a folder, EINVAL for a pipe, socket or device, EFBIG for a file of
 /// more than mostBytesOfFile (see files.h); no error when it is.

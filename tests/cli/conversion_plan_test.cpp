@@ -1,6 +1,10 @@
 #include "cli/conversion_plan.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 
@@ -17,6 +21,7 @@ struct Row {
     std::vector<std::string> designs;
     std::vector<std::string> targets;  // below the folder they go to, in the order of the designs
     const char* outFolder = "out";     // seen from the folder that is read
+    std::vector<std::string> bystanders = {};
 };
 class Plans : public testing::TestWithParam<Row> {};
 
@@ -25,9 +30,11 @@ TEST_P(Plans, GiveEachDesignATargetOfItsOwn) {
     const fs::path in = folder.path() / "in";
     std::vector<fs::path> designs;
     for (const std::string& name : GetParam().designs) designs.push_back(folder.write(in / name, "design"));
+    DesignsOfFolder all{.sources = designs, .bystanders = {}};
+    for (const std::string& name : GetParam().bystanders) all.bystanders.push_back(folder.write(in / name, "design"));
     const fs::path out = in / GetParam().outFolder;
     std::vector<std::string> targets;
-    for (const Conversion& conversion : planConversions(designs, in, out, "pes")) {
+    for (const Conversion& conversion : planConversions(all, in, out, "pes")) {
         EXPECT_EQ(conversion.source, designs[targets.size()]);
         targets.push_back(conversion.target.lexically_relative(out));
     }
@@ -63,6 +70,13 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"InPlaceOfAnother", {"a.dst", "A.PES"}, {"a.dst.pes", "A.PES.pes"}, "."},
         // b.dst.pes would have the side file b.dst.threads, which is that of b.dst.exp.
         Row{"SideFileOfAnother", {"b.dst", "b.exp", "b.dst.exp"}, {"b.dst-2.pes", "b.exp.pes", "b.dst.pes"}, "."},
+        Row{"InPlaceBesideADesign", {"a.dst"}, {"a.dst.pes"}, ".", {"a.pes"}},
+        Row{"InPlaceAgain", {"a.dst"}, {"a.dst.pes"}, ".", {"a.pes", "a.dst.pes"}},
+        Row{"InPlaceAgainWithANumber",
+            {"A.dst", "a.dst"},
+            {"A.dst.pes", "a.dst-2.pes"},
+            ".",
+            {"A.dst.pes", "a.dst-2.pes"}},
         Row{"OutsideTheFolder", {"a.dst"}, {"a.pes"}, "../elsewhere"}),
     [](const auto& row) { return row.param.name; });
 
@@ -74,10 +88,57 @@ TEST(Plans, FollowLinksBetweenTargets) {
     fs::create_symlink("none.pes", folder.path() / "out" / "a.pes");
     fs::create_symlink(folder.path() / "out" / "none.pes", folder.path() / "out" / "b.pes");
     fs::create_symlink("c.pes", folder.path() / "out" / "c.pes");
-    const auto plan = planConversions(designs, folder.path() / "in", folder.path() / "out", "pes");
+    const auto plan = planConversions({designs, {}}, folder.path() / "in", folder.path() / "out", "pes");
     EXPECT_EQ(plan[0].target.filename(), "a.dst.pes");
     EXPECT_EQ(plan[1].target.filename(), "b.dst.pes");
     EXPECT_EQ(plan[2].target.filename(), "c.pes") << "a circle leads nowhere";
+}
+
+TEST(Plans, LeadToNoSourceByAnotherOfItsNames) {
+    const TemporaryFolder folder;
+    const std::vector<fs::path> designs{folder.write("in/a.dst", "1"), folder.write("in/b.exp", "2")};
+    fs::create_directory(folder.path() / "out");
+    fs::create_hard_link(designs[1], folder.path() / "out" / "a.pes");
+    const auto plan = planConversions({designs, {}}, folder.path() / "in", folder.path() / "out", "pes");
+    EXPECT_EQ(plan[0].target.filename(), "a.dst.pes");
+    EXPECT_EQ(plan[1].target.filename(), "b.pes");
+}
+
+/// Shows a folder at another place as well, in a process of its own to which alone it is shown there.
+template <class Body>
+void withFolderMounted(const fs::path& folder, const fs::path& place, const Body& body) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool isMounted = ::unshare(CLONE_NEWNS) == 0 &&
+                               ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                               ::mount(folder.c_str(), place.c_str(), nullptr, MS_BIND, nullptr) == 0;
+        if (isMounted) body();
+        ::_exit(!isMounted ? 2 : testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 2) GTEST_SKIP() << "this user may not mount";
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST(Plans, SeeThroughFoldersThatAreMountedTwice) {
+    const TemporaryFolder folder;
+    const fs::path in = folder.path() / "in";
+    const fs::path out = folder.path() / "out";
+    const std::vector<fs::path> designs{folder.write("in/rose.dst", "1"), folder.write("in/sub/rose.pes", "2")};
+    fs::create_directory(out);
+    withFolderMounted(in / "sub", out, [&] {
+        const auto plan = planConversions({designs, {}}, in, out, "pes");
+        EXPECT_EQ(plan[0].target, out / "rose.dst.pes");
+        EXPECT_EQ(plan[1].target, out / "sub/rose.pes");
+        const OutputFolder output(out, in);
+        EXPECT_TRUE(output.holds(in / "sub"));
+        EXPECT_FALSE(output.holds(in));
+        const OutputFolder same(out, in / "sub");
+        EXPECT_FALSE(same.holds(in / "sub"));
+        EXPECT_TRUE(same.isMixedWith(in / "sub"));
+    });
 }
 
 struct OutRow {
@@ -86,15 +147,18 @@ struct OutRow {
     const char* outFolder;
     const char* listed;
     bool isHeld;
+    bool isMixed = false;
 };
 class OutputFolders : public testing::TestWithParam<OutRow> {};
 TEST_P(OutputFolders, HoldWhatLiesBelowThemInTheFolder) {
     const TemporaryFolder folder;
     fs::create_directories(folder.path() / "a/b/c");
+    fs::create_directories(folder.path() / "a/b/b/c");
     fs::create_directory_symlink(folder.path() / "a/b", folder.path() / "a/link");
-    const auto& [name, top, outFolder, listed, isHeld] = GetParam();
+    const auto& [name, top, outFolder, listed, isHeld, isMixed] = GetParam();
     const OutputFolder output(folder.path() / outFolder, folder.path() / top);
     EXPECT_EQ(output.holds(folder.path() / listed), isHeld);
+    EXPECT_EQ(output.isMixedWith(folder.path() / listed), isMixed);
 }
 INSTANTIATE_TEST_SUITE_P(Rows, OutputFolders,
                          testing::Values(OutRow{"Itself", "a", "a/b", "a/b", true},
@@ -104,8 +168,10 @@ INSTANTIATE_TEST_SUITE_P(Rows, OutputFolders,
                                          OutRow{"GivenAsALink", "a", "a/link", "a/b/c", true},
                                          OutRow{"NotThereYet", "a", "a/new/", "a/b", false},
                                          OutRow{"LikeAnother", "a", "a/bc", "a/b", false},
-                                         OutRow{"TheFolderItself", "a/b", "a/b", "a/b/c", false},
-                                         OutRow{"AroundTheFolder", "a/b", "a", "a/b/c", false},
+                                         OutRow{"TheFolderItself", "a/b", "a/b", "a/b/c", false, true},
+                                         OutRow{"TheFolderByALink", "a/b", "a/link", "a/b", false, true},
+                                         OutRow{"AroundTheFolder", "a/b", "a", "a/b/b/c", false, false},
+                                         OutRow{"AroundWhereItWrites", "a/b", "a", "a/b/c", false, true},
                                          OutRow{"Elsewhere", "a", "elsewhere", "a/b", false}),
                          [](const auto& row) { return row.param.name; });
 

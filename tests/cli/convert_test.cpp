@@ -162,32 +162,47 @@ TEST_F(ConvertAll, PutsNoDesignInThePlaceOfItsSource) {
     const auto outcome =
         call({"convert", "--all", folder_.path().native(), "--to", "dst", "--out", folder_.path().native()});
     EXPECT_EQ(outcome.status, 0) << outcome.problems;
-    EXPECT_EQ(namesIn(folder_.path()), (std::vector<std::string>{"rose.dst", "rose.dst.dst"}));
+    EXPECT_EQ(outcome.out, "0 designs converted, 0 failed\n");
+    EXPECT_EQ(namesIn(folder_.path()), (std::vector<std::string>{"rose.dst"}));
     EXPECT_EQ(fileText(source_), std::string(test::diagonalDst.begin(), test::diagonalDst.end()));
 }
 
 TEST_F(ConvertAll, PutsNoDesignInThePlaceOfAnother) {
     const Bytes other = bytes(5, 5, 1, 1);
+    folder_.write("rose.EXP", other);
     folder_.write("rose.exp", other);
-    folder_.write("rose.dst.exp", other);
-    const auto outcome =
-        call({"convert", "--all", folder_.path().native(), "--to", "exp", "--out", (folder_.path() / ".").native()});
-    EXPECT_EQ(outcome.out, "3 designs converted, 0 failed\n");
-    for (const char* name : {"rose.exp", "rose.dst.exp"})
-        EXPECT_EQ(fileText(folder_.path() / name), std::string(other.begin(), other.end())) << name;
-    EXPECT_EQ(namesIn(folder_.path()).size(), 6U);
+    folder_.write("leaf.exp", other);
+    for (int run = 0; run < 3; ++run) {
+        const auto outcome = call(
+            {"convert", "--all", folder_.path().native(), "--to", "exp", "--out", (folder_.path() / ".").native()});
+        EXPECT_EQ(outcome.out, "1 design converted, 0 failed\n");
+        for (const char* name : {"rose.EXP", "rose.exp", "leaf.exp"})
+            EXPECT_EQ(fileText(folder_.path() / name), std::string(other.begin(), other.end())) << name;
+        EXPECT_EQ(namesIn(folder_.path()),
+                  (std::vector<std::string>{"leaf.exp", "rose.EXP", "rose.dst", "rose.dst.exp", "rose.exp"}));
+    }
 }
 
-TEST_F(ConvertAll, RefusesASourceUnderAnotherName) {
-    std::filesystem::create_directory(folder_.path() / "a");
-    const auto link = folder_.path() / "a" / "leaf.exp";
-    const auto source = folder_.write("leaf.exp", bytes(5, 5, 1, 1));
-    std::filesystem::create_hard_link(source, link);
+TEST_F(ConvertAll, DoesNotConvertWhatItWroteBetweenItsSources) {
+    fs::create_directory(folder_.path() / "garden");
+    folder_.write("garden/leaf.dst", test::diagonalDst);
+    const std::string folder = folder_.path().native();
+    for (int run = 0; run < 4; ++run) {
+        EXPECT_EQ(call({"convert", "--all", folder, "--to", "exp", "--out", folder}).out,
+                  "2 designs converted, 0 failed\n");
+        EXPECT_EQ(namesIn(folder).size(), run == 0 ? 4U : 6U);
+    }
+}
+
+TEST_F(ConvertAll, WritesToNoSourceUnderAnotherName) {
+    const Bytes other = bytes(5, 5, 1, 1);
+    const auto source = folder_.write("leaf.exp", other);
     std::filesystem::create_directory(out_);
     std::filesystem::create_hard_link(source, std::filesystem::path(out_) / "leaf.exp");
-    const auto outcome = toExp();
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.problems, HasSubstr("leaf.exp: File exists (error 17)"));
+    EXPECT_EQ(toExp().out, "2 designs converted, 0 failed\n");
+    EXPECT_EQ(namesIn(out_), (std::vector<std::string>{"leaf.exp", "leaf.exp.exp", "rose.exp"}));
+    for (const fs::path& file : {source, fs::path(out_) / "leaf.exp"})
+        EXPECT_EQ(fileText(file), std::string(other.begin(), other.end())) << file;
 }
 
 TEST_F(ConvertAll, FollowsNoLinkOntoASource) {
