@@ -77,7 +77,7 @@ ExitStatus convertDesign(const ConvertRequest& request, ConfinedReader& reader, 
         return ExitStatus::failure;
     }
     const DesignOrigin origin{request.source, design.useThreadFile()};
-    const SaveOutcome outcome = saveDesign(design, request.target, origin, request.options);
+    const SaveOutcome outcome = saveDesign(design, request.target, origin, request.options, threadsFrom(reader));
     if (request.isDumped) writeDesignJson(console.out, design, outcome.isSaved ? nullptr : &outcome.error);
     report(outcome, console);
     return outcome.isSaved ? ExitStatus::success : ExitStatus::failure;

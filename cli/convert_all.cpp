@@ -68,7 +68,8 @@ SaveOutcome systemFailureAt(const fs::path& file, int code) {
     return failureAt(file, std::move(error));
 }
 
-SaveOutcome convertOne(const Conversion& conversion, const DesignSource& source, const ExportOptions& options) {
+SaveOutcome convertOne(const Conversion& conversion, const DesignSource& source, const ThreadSource& threadsBeside,
+                       const ExportOptions& options) {
     std::error_code failure;
     if (fs::equivalent(conversion.source, conversion.target, failure))
         return systemFailureAt(conversion.target, EEXIST);
@@ -77,16 +78,16 @@ SaveOutcome convertOne(const Conversion& conversion, const DesignSource& source,
     if (!source(design, conversion.source, &error)) return failureAt(conversion.source, std::move(error));
     fs::create_directories(conversion.target.parent_path(), failure);
     if (failure) return systemFailureAt(conversion.target, failure.value());
-    return saveDesign(design, conversion.target, {conversion.source, design.useThreadFile()}, options);
+    return saveDesign(design, conversion.target, {conversion.source, design.useThreadFile()}, options, threadsBeside);
 }
 
 /// Whatever fails becomes an outcome: a thread has no one else to tell.
-SaveOutcome convertSafely(const Conversion& conversion, const DesignSource& source,
+SaveOutcome convertSafely(const Conversion& conversion, const DesignSource& source, const ThreadSource& threadsBeside,
                           const ExportOptions& options) noexcept {
     SaveOutcome outcome;
     VLMError error;
     const bool isDone = operation(&error, [&] {
-        outcome = convertOne(conversion, source, options);
+        outcome = convertOne(conversion, source, threadsBeside, options);
         return true;
     });
     return isDone ? std::move(outcome) : failureAt(conversion.target, std::move(error));
@@ -104,7 +105,7 @@ Outcome outcomeOf(const Conversion& conversion, ConfinedReader& reader, const Ex
             return false;
         }
     };
-    outcome.saved = convertSafely(conversion, source, options);
+    outcome.saved = convertSafely(conversion, source, threadsFrom(reader), options);
     return outcome;
 }
 

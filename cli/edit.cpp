@@ -69,7 +69,7 @@ ExitStatus editDesign(const EditRequest& request, std::span<const EditCommand> c
     if (outcome.refusal)
         reportProblem(console, outcome.refusal->file().value_or(request.file), outcome.refusal->error());
     if (isDone && request.target) {
-        const SaveOutcome saved = saveDesign(design, *request.target, origin, {});
+        const SaveOutcome saved = saveDesign(design, *request.target, origin, {}, threadsFrom(reader));
         report(saved, console);
         isDone = saved.isSaved;
     }

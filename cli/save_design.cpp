@@ -16,8 +16,12 @@ namespace fs = std::filesystem;
 /// One design on its way to its file.
 class Saving {
 public:
-    Saving(VLMDesign& design, const fs::path& target, const DesignOrigin& origin)
-        : design_(design), target_(target), origin_(origin), threads_(design.threads().all()) {
+    Saving(VLMDesign& design, const fs::path& target, const DesignOrigin& origin, const ThreadSource& threadsBeside)
+        : design_(design),
+          target_(target),
+          origin_(origin),
+          threadsBeside_(threadsBeside),
+          threads_(design.threads().all()) {
         outcome_.file = target;
     }
 
@@ -46,7 +50,7 @@ private:
 
     bool plan(VLMError* error) {
         const bool isPlanned = operation(error, [&] {
-            plan_ = planSideFile(target_, origin_, design_, threads_, readBack_);
+            plan_ = planSideFile(target_, origin_, design_, threads_, readBack_, threadsBeside_);
             return true;
         });
         if (!isPlanned) outcome_.file = threadFileOf(target_);
@@ -91,6 +95,7 @@ private:
     VLMDesign& design_;
     const fs::path& target_;
     const DesignOrigin& origin_;
+    const ThreadSource& threadsBeside_;
     const std::vector<VLMThread> threads_;
     VLMDesign readBack_;
     SideFilePlan plan_;
@@ -100,8 +105,8 @@ private:
 }  // namespace
 
 SaveOutcome saveDesign(VLMDesign& design, const fs::path& target, const DesignOrigin& origin,
-                       const ExportOptions& options) {
-    return Saving(design, target, origin).run(options);
+                       const ExportOptions& options, const ThreadSource& threadsBeside) {
+    return Saving(design, target, origin, threadsBeside).run(options);
 }
 
 void report(const SaveOutcome& outcome, const Console& console) {

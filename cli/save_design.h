@@ -31,7 +31,7 @@ struct SaveOutcome {
 /// read this time, the target is not replaced; where the target is written but its side file cannot be, the design is
 /// not saved either, and the side file is to blame.
 [[nodiscard]] SaveOutcome saveDesign(VLMDesign& design, const std::filesystem::path& target, const DesignOrigin& origin,
-                                     const ExportOptions& options);
+                                     const ExportOptions& options, const ThreadSource& threadsBeside);
 
 /// Prints the notes, and why the design was not saved.
 void report(const SaveOutcome& outcome, const Console& console);

@@ -47,16 +47,26 @@ bool isOwn(const fs::path& sideFile, const DesignOrigin& origin) {
 
 }  // namespace
 
+ThreadSource threadsFrom(ConfinedReader& reader) {
+    return [&reader](const fs::path& target, std::size_t count) {
+        std::vector<VLMThread> threads;
+        VLMError error;
+        if (!reader.readThreads(threads, target, count, &error))
+            throw std::system_error(error.code, std::generic_category());
+        return threads;
+    };
+}
+
 SideFilePlan planSideFile(const fs::path& target, const DesignOrigin& origin, const VLMDesign& design,
-                          const std::vector<VLMThread>& threads, const VLMDesign& readBack) {
+                          const std::vector<VLMThread>& threads, const VLMDesign& readBack,
+                          const ThreadSource& threadsBeside) {
     SideFilePlan plan{.file = threadFileOf(target), .threads = threads, .result = readBack.threads().all()};
     // Blocks behind the last thread have none in the design either.
     for (std::size_t i = threads.size(); i < plan.result.size(); ++i) plan.threads.push_back(plan.result[i]);
     const bool isWanted = design.useThreadFile() && plan.threads.size() == plan.result.size();
-    VLMDesign probe;
-    probe.setThreads(plan.result);
-    const bool isTaken = takeThreadsOfSideFile(probe, target);
-    const bool saysTheSame = isTaken && areKeptAlike(probe.threads().all(), isWanted ? plan.threads : plan.result);
+    const std::vector<VLMThread> there = threadsBeside(target, plan.result.size());
+    const bool isTaken = !there.empty();
+    const bool saysTheSame = isTaken && areKeptAlike(there, isWanted ? plan.threads : plan.result);
     const bool makesRoom = isTaken || (isWanted && isOwn(plan.file, origin));
     plan.isSetAside = makesRoom && !saysTheSame;
     plan.isWritten = isWanted && (plan.isSetAside || !isThere(plan.file));

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "model/design.h"
+#include "reading/confined_reader.h"
 
 namespace velamo {
 
@@ -24,6 +27,13 @@ struct SideFilePlan {
     std::vector<VLMThread> threads;  // the design's, and one for each block that has none
     std::vector<VLMThread> result;   // the threads that the new file will be read with
 };
+
+/// Where the threads of side files come from: those of the one beside a target, of which there must be so many; none
+/// where a design of so many threads would not take it. Throws std::system_error where it could not be read this time.
+using ThreadSource = std::function<std::vector<VLMThread>(const std::filesystem::path& target, std::size_t count)>;
+
+/// The reader, which must stay, as a source.
+[[nodiscard]] ThreadSource threadsFrom(ConfinedReader& reader);
 
 /// Looks at what is there, and changes nothing. `design` is what is written, `threads` are those that it should have,
 /// and `readBack` is what the new file alone gives.

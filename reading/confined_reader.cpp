@@ -3,7 +3,9 @@
 #include <cerrno>
 #include <charconv>
 #include <string>
+#include <vector>
 
+#include "formats/thread_file.h"
 #include "reading/design_bytes.h"
 #include "reading/read_design.h"
 #include "reading/reader_failures.h"
@@ -11,12 +13,30 @@
 namespace velamo {
 namespace {
 
+/// What stands before the file in a request: '/' for its design, or the number of threads in its side file and '/'.
+std::string requestOf(const std::string& what, const std::filesystem::path& file) {
+    return what + '/' + file.native();
+}
+
+bool readRequested(const std::string& request, VLMDesign& design, VLMError* error) {
+    const std::size_t end = request.find('/');
+    const std::string file = request.substr(end + 1);
+    if (end == 0) return readDesign(design, file, error);
+    return operation(error, [&] {
+        std::size_t count = 0;
+        std::from_chars(request.data(), request.data() + end, count);
+        design.setThreads(std::vector<VLMThread>(count));
+        design.setUseThreadFile(takeThreadsOfSideFile(design, file));
+        return true;
+    });
+}
+
 /// Reads the file and attaches the design. The answer is a system's error that prevented that, or nothing.
-std::string readAndAttach(const std::string& file, AttachmentWriter& attachment) {
+std::string readAndAttach(const std::string& request, AttachmentWriter& attachment) {
     VLMDesign design;
     VLMError error;
     VLMError failure;
-    const bool isRead = readDesign(design, file, &error);
+    const bool isRead = readRequested(request, design, &error);
     const bool isWritten = operation(&failure, [&] {
         const auto reason =
             writeDesignBytes(design, isRead ? VLMError() : error,
@@ -61,12 +81,12 @@ std::vector<ConfinedReader> ConfinedReader::some(std::size_t count, const Worker
     return readers;
 }
 
-bool ConfinedReader::readDesign(VLMDesign& design, const std::filesystem::path& file, VLMError* error) {
+bool ConfinedReader::read(const std::string& request, VLMDesign& design, const std::filesystem::path& file,
+                          VLMError* error) {
     bool isRead = false;
     std::optional<WorkerLoss> loss;
     const bool isDone = operation(error, [&] {
         try {
-            const std::string request = file.native();
             const auto reply = worker_.ask({&request, 1}).at(0);
             if (const auto* death = std::get_if<WorkerDeath>(&reply)) {
                 if (error != nullptr) *error = errorOf(*death);
@@ -83,6 +103,19 @@ bool ConfinedReader::readDesign(VLMDesign& design, const std::filesystem::path& 
     });
     if (loss) throw WorkerLoss(*loss);
     return isDone && isRead;
+}
+
+bool ConfinedReader::readDesign(VLMDesign& design, const std::filesystem::path& file, VLMError* error) {
+    return read(requestOf("", file), design, file, error);
+}
+
+bool ConfinedReader::readThreads(std::vector<VLMThread>& threads, const std::filesystem::path& file, std::size_t count,
+                                 VLMError* error) {
+    VLMDesign design;
+    if (!read(requestOf(std::to_string(count), file), design, file, error)) return false;
+    threads.clear();
+    if (design.useThreadFile() && design.threads().size() == count) threads = design.threads().all();
+    return true;
 }
 
 std::optional<DesignAttributes> ConfinedReader::attributesOfFile(const std::filesystem::path& file, VLMError* error) {

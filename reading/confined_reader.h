@@ -37,12 +37,20 @@ public:
     /// the design is as it was. WorkerLoss, and nothing else, is thrown: when there is no process to be had any more.
     [[nodiscard]] bool readDesign(VLMDesign& design, const std::filesystem::path& file, VLMError* error);
 
+    /// The threads of the side file beside `file`, of which there must be `count`; none where it is not there, or is
+    /// not one that a design of so many threads takes (see takeThreadsOfSideFile). False with `error` where the system
+    /// could not read it this time, or what readDesign names prevents it. Throws as readDesign.
+    [[nodiscard]] bool readThreads(std::vector<VLMThread>& threads, const std::filesystem::path& file,
+                                   std::size_t count, VLMError* error);
+
     /// The attributes of the design in the file; nothing, and the error, where it holds none that can be read. Throws
     /// as readDesign.
     [[nodiscard]] std::optional<DesignAttributes> attributesOfFile(const std::filesystem::path& file, VLMError* error);
 
 private:
     explicit ConfinedReader(LastingWorker worker) noexcept : worker_(std::move(worker)) {}
+    [[nodiscard]] bool read(const std::string& request, VLMDesign& design, const std::filesystem::path& file,
+                            VLMError* error);
 
     LastingWorker worker_;
 };

@@ -261,6 +261,12 @@ TEST_F(SideFile, OfALongNameDoesNotMatterToADesignWithoutOne) {
     EXPECT_TRUE(fs::exists(at(stem + ".dst")));
 }
 
+std::vector<VLMThread> threadsAt(const fs::path& target, std::size_t count) {
+    VLMDesign design;
+    design.setThreads(std::vector<VLMThread>(count));
+    return takeThreadsOfSideFile(design, target) ? design.threads().all() : std::vector<VLMThread>();
+}
+
 VLMDesign designWithSideFile(const fs::path& file) {
     VLMDesign design;
     EXPECT_TRUE(importDesignFromURLerror(design, file, nullptr));
@@ -272,7 +278,8 @@ TEST_F(SideFile, ThatSomebodyElseMakesMeanwhileIsNotOverwritten) {
     folder_.write("in/rose.threads", own);
     fs::create_directory(at("out"));
     const VLMDesign design = designWithSideFile(source_);
-    const SideFilePlan plan = planSideFile(at("out/rose.dst"), {source_, true}, design, design.threads().all(), design);
+    const SideFilePlan plan =
+        planSideFile(at("out/rose.dst"), {source_, true}, design, design.threads().all(), design, threadsAt);
     folder_.write("out/rose.threads", others);
     const SideFileOutcome outcome = carryOut(plan);
     EXPECT_EQ(outcome.error, std::errc::file_exists);
@@ -292,7 +299,7 @@ TEST_F(SideFile, OfOneStemWrittenAtATimeIsOneOfThemAndTheOtherIsSetAside) {
             VLMDesign design = designWithSideFile(source);
             ++ready;
             while (ready < 2) continue;
-            const SaveOutcome saved = saveDesign(design, at(out + target), {source, true}, {});
+            const SaveOutcome saved = saveDesign(design, at(out + target), {source, true}, {}, threadsAt);
             EXPECT_TRUE(saved.isSaved) << saved.error.message();
             return saved.notes.size();
         };

@@ -9,8 +9,11 @@
 #include <chrono>
 #include <csignal>
 #include <thread>
+#include <tuple>
+#include <vector>
 
 #include "formats/format.h"
+#include "formats/thread_file.h"
 #include "platform/confinement.h"
 #include "reading/read_design.h"
 #include "tests/reading/same_design.h"
@@ -56,6 +59,28 @@ INSTANTIATE_TEST_SUITE_P(Each, ConfinedReaderOfFormats, testing::ValuesIn(allFor
                          [](const auto& row) {
                              return std::string(row.param.type == "JEF+" ? "JEFPlus" : row.param.type);
                          });
+
+TEST(ConfinedReading, ReadsSideFilesAsTheyAreReadHere) {
+    const test::TemporaryFolder folder;
+    const auto thread = VLMThread::initWithColorandNameforKeyofPalettewithName(
+        VLMColor::initWithRedgreenblue(0.5, 0, 0), "Red", "1", "Mine", Text());
+    const std::vector<VLMThread> two(2, thread);
+    folder.write("rose.threads", threadFileWith(two));
+    folder.write("damaged.threads", std::string("threads"));
+    std::filesystem::create_symlink("/proc/self/mem", folder.path() / "unread.threads");
+    ConfinedReader reader;
+    for (const auto& [name, count, found] :
+         {std::tuple{"rose.dst", 2U, 2U}, {"rose.dst", 3U, 0U}, {"damaged.dst", 2U, 0U}, {"none.dst", 2U, 0U}}) {
+        std::vector<VLMThread> threads(1);
+        EXPECT_TRUE(reader.readThreads(threads, folder.path() / name, count, nullptr)) << name;
+        ASSERT_EQ(threads.size(), found) << name;
+        for (const VLMThread& each : threads) EXPECT_EQ(each.name(), "Red");
+    }
+    std::vector<VLMThread> threads;
+    VLMError error;
+    EXPECT_FALSE(reader.readThreads(threads, folder.path() / "unread.dst", 2, &error));
+    EXPECT_EQ(error.code, EIO);
+}
 
 TEST(ConfinedReading, SaysWhatIsWrongWithAFile) {
     const test::TemporaryFolder folder;
