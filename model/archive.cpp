@@ -66,7 +66,7 @@ VLMColor VLMColor::initWithCoder(KeyedUnarchiver& coder) {
 }
 
 void VLMThread::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeObject("VLMThreadColor", colorClass, [&](KeyedArchiver& color) { color_.encodeWithCoder(color); });
+    coder.encodeObject("VLMThreadColor", colorClass, [&](KeyedArchiver& coded) { color().encodeWithCoder(coded); });
     coder.encodeText("VLMThreadName", name());
     coder.encodeText("VLMThreadKey", key());
     coder.encodeText("VLMThreadPalette", palette());
@@ -78,14 +78,14 @@ void VLMThread::encodeWithCoder(KeyedArchiver& coder) const {
 
 VLMThread VLMThread::initWithCoder(KeyedUnarchiver& coder) {
     VLMThread thread;
+    Look look;
     coder.decodeObject("VLMThreadColor", colorClass,
-                       [&](KeyedUnarchiver& color) { thread.color_ = VLMColor::initWithCoder(color); });
-    Texts texts;
-    texts.name = coder.decodeText("VLMThreadName");
-    texts.key = coder.decodeText("VLMThreadKey");
-    texts.palette = coder.decodeText("VLMThreadPalette");
-    texts.paletteName = coder.decodeText("VLMThreadPaletteName");
-    thread.texts_ = std::make_shared<const Texts>(std::move(texts));
+                       [&](KeyedUnarchiver& color) { look.color = VLMColor::initWithCoder(color); });
+    look.name = coder.decodeText("VLMThreadName");
+    look.key = coder.decodeText("VLMThreadKey");
+    look.palette = coder.decodeText("VLMThreadPalette");
+    look.paletteName = coder.decodeText("VLMThreadPaletteName");
+    thread.look_ = SharedValue<Look>(std::move(look));
     thread.length_ = coder.decodeFloat("VLMThreadLength");
     thread.tension_ = coder.decodeInteger("VLMThreadTension");
     thread.isShown_ = coder.decodeBool("VLMThreadIsShown");

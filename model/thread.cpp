@@ -64,9 +64,8 @@ const std::string* nearestKey(const VLMColorList& palette, const VLMColor& wante
 VLMThread VLMThread::initWithColorandNameforKeyofPalettewithName(VLMColor color, Text name, Text key, Text palette,
                                                                  Text paletteName) {
     VLMThread thread;
-    thread.color_ = color;
-    thread.texts_ = std::make_shared<const Texts>(
-        Texts{std::move(name), std::move(key), std::move(palette), std::move(paletteName)});
+    thread.look_ =
+        SharedValue(Look{color, std::move(name), std::move(key), std::move(palette), std::move(paletteName)});
     thread.tension_ = usualTension;
     thread.isShown_ = true;
     return thread;
@@ -87,8 +86,7 @@ VLMThread VLMThread::initWithKeyofPalette(const Text& key, const Text& palette) 
 bool VLMThread::changeToColorinPalette(const VLMColor& color, const std::string& palette) {
     if (palette.empty()) {
         const auto name = individualName(color, "Individual color (%1.0f, %1.0f, %1.0f)");
-        texts_ = std::make_shared<const Texts>(Texts{name, "", "", designText("PATTERN_PALETTE", "Threadcolors")});
-        color_ = color;
+        look_ = SharedValue(Look{color, name, "", "", designText("PATTERN_PALETTE", "Threadcolors")});
         return true;
     }
     const auto colors = paletteNamed(palette);
@@ -98,31 +96,25 @@ bool VLMThread::changeToColorinPalette(const VLMColor& color, const std::string&
     }
     const std::string* key = nearestKey(*colors, color, this->palette() == palette);
     const std::string name = key ? nameOfKey(*key, palette) : "";
-    texts_ = std::make_shared<const Texts>(Texts{name, key ? *key : "", palette, nameOfPalette(palette)});
-    color_ = key ? *colors->colorWithKey(*key) : VLMColor();
+    look_ = SharedValue(
+        Look{key ? *colors->colorWithKey(*key) : VLMColor(), name, key ? *key : "", palette, nameOfPalette(palette)});
     return true;
 }
 
-const VLMThread::Texts& VLMThread::texts() const noexcept {
-    static const Texts absent;
-    return texts_ ? *texts_ : absent;
-}
-
-void VLMThread::change(Text Texts::*text, Text value) {
-    Texts changed = texts();
-    changed.*text = std::move(value);
-    texts_ = std::make_shared<const Texts>(std::move(changed));
+const VLMThread::Look& VLMThread::look() const noexcept {
+    static const Look absent;
+    return look_.get() == nullptr ? absent : *look_.get();
 }
 
 bool operator==(const VLMThread& one, const VLMThread& other) noexcept {
-    return one.color_ == other.color_ && one.texts() == other.texts() && one.length_ == other.length_ &&
-           one.tension_ == other.tension_ && one.isShown_ == other.isShown_;
+    return one.look() == other.look() && one.length_ == other.length_ && one.tension_ == other.tension_ &&
+           one.isShown_ == other.isShown_;
 }
 
 std::string VLMThread::description() const {
     return fillPattern(
         "Embroidery Thread: color=%@ of palette %@, name=%@, key=%@, length=%1.1f, tension=%i",
-        {color_.description(), paletteName(), name(), key(), static_cast<double>(length_), std::int64_t{tension_}});
+        {color().description(), paletteName(), name(), key(), static_cast<double>(length_), std::int64_t{tension_}});
 }
 
 }  // namespace velamo

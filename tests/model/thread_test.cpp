@@ -27,6 +27,42 @@ TEST(Thread, TakesItsFiveValues) {
     EXPECT_TRUE(thread.isShown());
 }
 
+TEST(Thread, SharesItsLookWithCopiesUntilOneIsChanged) {
+    const auto red = VLMColor::initWithRedgreenblue(1, 0, 0);
+    const auto blue = VLMColor::initWithRedgreenblue(0, 0, 1);
+    const auto thread = VLMThread::initWithColorandNameforKeyofPalettewithName(red, "Rose", "7", "P", "Palette P");
+    VLMThread copy = thread.copy();
+    copy.setTension(5);
+    copy.addLength(2);
+    EXPECT_TRUE(copy.sharesLookWith(thread));
+    copy.setColor(blue);
+    EXPECT_FALSE(copy.sharesLookWith(thread));
+    EXPECT_EQ(copy.color(), blue);
+    EXPECT_EQ(thread.color(), red);
+    copy.setName("Sea");
+    EXPECT_EQ(copy.name(), "Sea");
+    EXPECT_EQ(copy.key(), "7");
+    EXPECT_EQ(thread.name(), "Rose");
+}
+
+TEST(Thread, IsBlackWithoutTextsUntilItIsChanged) {
+    VLMThread thread;
+    EXPECT_EQ(thread.color(), VLMColor::initWithRedgreenblue(0, 0, 0));
+    EXPECT_EQ(thread.paletteName(), std::nullopt);
+    thread.setPaletteName("Palette P");
+    EXPECT_EQ(thread.color(), VLMColor::initWithRedgreenblue(0, 0, 0));
+    EXPECT_EQ(thread.paletteName(), "Palette P");
+    EXPECT_EQ(thread.name(), std::nullopt);
+}
+
+TEST(Thread, MayBeRecolouredByItsOwnColour) {
+    VLMThread thread;
+    thread.setColor(VLMColor::initWithRedgreenblue(1, 0.5, 0));
+    thread.changeToColorinPalette(thread.color(), "");
+    EXPECT_EQ(thread.color(), VLMColor::initWithRedgreenblue(1, 0.5, 0));
+    EXPECT_EQ(thread.name(), "Individual color (255, 128, 0)");
+}
+
 TEST(Thread, OfAPalettesKeyHasItsColourAndNames) {
     const auto thread = VLMThread::initWithKeyofPalette("019", "Brother");
     EXPECT_EQ(thread.color(),

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <utility>
+
+namespace velamo {
+
+/// A value that never changes, or none, shared by all copies of the handle and gone with the last of them. A handle is
+/// as large as a pointer, half of what the standard's takes, where lists hold millions of them. Copies may be made and
+/// let go of by several threads at a time.
+template <class Value>
+class SharedValue {
+public:
+    SharedValue() noexcept = default;
+    explicit SharedValue(Value value) : cell_(new Cell{std::move(value)}) {}
+    SharedValue(const SharedValue& other) noexcept : cell_(other.cell_) {
+        if (cell_ != nullptr) cell_->owners.fetch_add(1, std::memory_order_relaxed);
+    }
+    SharedValue(SharedValue&& other) noexcept : cell_(std::exchange(other.cell_, nullptr)) {}
+    SharedValue& operator=(SharedValue other) noexcept {
+        std::swap(cell_, other.cell_);
+        return *this;
+    }
+    ~SharedValue() {
+        if (cell_ != nullptr && cell_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete cell_;
+    }
+
+    /// The value, or null.
+    [[nodiscard]] const Value* get() const noexcept { return cell_ == nullptr ? nullptr : &cell_->value; }
+
+private:
+    struct Cell {
+        const Value value;
+        std::atomic<std::size_t> owners{1};
+    };
+    Cell* cell_ = nullptr;
+};
+
+}  // namespace velamo
