@@ -156,18 +156,15 @@ VLMHoopHandle takeHoop(ValueReader& in) {
         name, vendor, code, width, height, isMultiHoop, isRounded, in.takeBool()));
 }
 
-std::string bytesOf(const VLMThread& thread) {
+std::string lookOf(const VLMThread& thread) {
     ValueWriter out;
     for (const double part : {thread.color().red(), thread.color().green(), thread.color().blue()}) out.put(part);
     for (const Text* text : {&thread.name(), &thread.key(), &thread.palette(), &thread.paletteName()}) out.put(*text);
-    out.put(thread.length());
-    out.put(thread.tension());
-    out.put(thread.isShown());
     return out.bytes();
 }
-constexpr std::size_t fewestBytesOfThread = 3 * sizeof(double) + 4 + sizeof(float) + sizeof(std::int32_t) + 1;
+constexpr std::size_t fewestBytesOfLook = 3 * sizeof(double) + 4;
 
-VLMThread takeThread(ValueReader& in) {
+VLMThread takeLook(ValueReader& in) {
     const auto red = in.take<double>();
     const auto green = in.take<double>();
     const auto blue = in.take<double>();
@@ -175,37 +172,74 @@ VLMThread takeThread(ValueReader& in) {
     Text key = in.takeText();
     Text palette = in.takeText();
     Text paletteName = in.takeText();
-    auto thread = VLMThread::initWithColorandNameforKeyofPalettewithName(
-        VLMColor::initWithRedgreenblue(red, green, blue), std::move(name), std::move(key), std::move(palette),
-        std::move(paletteName));
+    return VLMThread::initWithColorandNameforKeyofPalettewithName(VLMColor::initWithRedgreenblue(red, green, blue),
+                                                                  std::move(name), std::move(key), std::move(palette),
+                                                                  std::move(paletteName));
+}
+
+std::string bytesOf(const VLMThread& thread, std::uint32_t look) {
+    ValueWriter out;
+    out.put(look);
+    out.put(thread.length());
+    out.put(thread.tension());
+    out.put(thread.isShown());
+    return out.bytes();
+}
+constexpr std::size_t bytesOfThread = sizeof(std::uint32_t) + sizeof(float) + sizeof(std::int32_t) + 1;
+
+VLMThread takeThread(ValueReader& in, const std::vector<VLMThread>& looks) {
+    const auto look = in.take<std::uint32_t>();
+    if (look >= looks.size()) in.refuse();
+    VLMThread thread = in.ok() ? looks[look] : VLMThread();
     thread.setLength(in.take<float>());
     thread.setTension(in.take<std::int32_t>());
     thread.setIsShown(in.takeBool());
     return thread;
 }
 
-/// The different threads, and for each thread which of them it is: files may change between a few many thousand times.
-void putThreads(ValueWriter& out, const VLMThreadList& threads) {
-    std::unordered_map<std::string, std::uint32_t> numbers;
-    std::vector<std::uint32_t> order;
-    ValueWriter different;
-    order.reserve(threads.size());
-    for (const VLMThread& thread : threads) {
-        const auto [place, isNew] = numbers.try_emplace(bytesOf(thread), static_cast<std::uint32_t>(numbers.size()));
-        if (isNew) different.putRaw(place->first);
-        order.push_back(place->second);
+/// Things one behind the other, each of them once.
+class DifferentThings {
+public:
+    /// The number of the thing with the bytes.
+    std::uint32_t numberOf(std::string bytes) {
+        const auto [place, isNew] = numbers_.try_emplace(std::move(bytes), static_cast<std::uint32_t>(numbers_.size()));
+        if (isNew) bytes_.putRaw(place->first);
+        return place->second;
     }
-    out.put(std::uint64_t{numbers.size()});
-    out.putRaw(different.bytes());
+    void putTo(ValueWriter& out) const {
+        out.put(std::uint64_t{numbers_.size()});
+        out.putRaw(bytes_.bytes());
+    }
+
+private:
+    std::unordered_map<std::string, std::uint32_t> numbers_;
+    ValueWriter bytes_;
+};
+
+/// The different colours with their texts, the different threads that have them, and for each thread which of these it
+/// is: files may change between a few a million times, or keep a tension for each.
+void putThreads(ValueWriter& out, const VLMThreadList& threads) {
+    DifferentThings looks;
+    DifferentThings different;
+    std::vector<std::uint32_t> order;
+    order.reserve(threads.size());
+    for (const VLMThread& thread : threads)
+        order.push_back(different.numberOf(bytesOf(thread, looks.numberOf(lookOf(thread)))));
+    looks.putTo(out);
+    different.putTo(out);
     out.put(std::uint64_t{order.size()});
     for (const std::uint32_t number : order) out.put(number);
 }
 
 VLMThreadList takeThreads(ValueReader& in) {
+    std::vector<VLMThread> looks;
+    const std::size_t lookCount = in.takeCount(fewestBytesOfLook);
+    looks.reserve(lookCount);
+    while (in.ok() && looks.size() < lookCount) looks.push_back(takeLook(in));
     std::vector<VLMThread> different;
-    const std::size_t differentCount = in.takeCount(fewestBytesOfThread);
+    const std::size_t differentCount = in.takeCount(bytesOfThread);
     different.reserve(differentCount);
-    while (in.ok() && different.size() < differentCount) different.push_back(takeThread(in));
+    while (in.ok() && different.size() < differentCount) different.push_back(takeThread(in, looks));
     std::vector<VLMThread> threads;
     const std::size_t count = in.takeCount(sizeof(std::uint32_t));
     threads.reserve(count);

@@ -117,6 +117,24 @@ TEST(DesignBytes, AreFewForManyEqualThreads) {
     EXPECT_EQ(read.design.threads(), design.threads());
 }
 
+/// A file may have a tension for each thread.
+TEST(DesignBytes, KeepColorsSharedWhereThreadsDiffer) {
+    VLMDesign design;
+    const auto thread =
+        VLMThread::initWithColorandNameforKeyofPalettewithName(VLMColor(), std::string(500, 'a'), "", "", "");
+    for (int i = 0; i < 1'000; ++i) {
+        design.threads().push_back(thread);
+        design.threads().back().setTension(i);
+        design.threads().back().setIsShown(i % 2 == 0);
+    }
+    const Bytes bytes = bytesOf(design);
+    EXPECT_LT(bytes.size(), 1'000 * 20 + 2'000);
+    ReadDesign read;
+    ASSERT_TRUE(parse(bytes, read));
+    EXPECT_EQ(read.design.threads(), design.threads());
+    for (const VLMThread& other : read.design.threads()) EXPECT_TRUE(other.sharesLookWith(read.design.threads()[0]));
+}
+
 TEST(DesignBytes, OfAFullDiskAreTheSinksError) {
     const auto full = [](std::span<const std::byte>) { return std::make_error_code(std::errc::no_space_on_device); };
     EXPECT_EQ(writeDesignBytes(oddDesign(), {}, full), std::errc::no_space_on_device);
