@@ -9,6 +9,7 @@
 #include "formats/format.h"
 #include "formats/hoop_choice.h"
 #include "formats/janome.h"
+#include "formats/palette_change.h"
 #include "formats/whole_moves.h"
 #include "model/thread_codes.h"
 #include "platform/local_time.h"
@@ -95,12 +96,9 @@ void putHeader(VLMByteWriter& out, const VLMDesign& design, const ExportOptions&
 
 /// Appends the tables of thread indices and of tensions.
 void putThreads(VLMByteWriter& out, VLMDesign& design) {
-    for (VLMThread& thread : design.threads()) {
-        VLMThread written = thread;
-        if (written.palette() != vendor) written.changeToColorinPalette(written.color(), vendor);
+    takeToPalette(design, vendor, [&out](const VLMThread& written) {
         out.u32(janomeIndexOfCode(written.key().value_or("")).value_or(usualIndex));
-        if (!design.useThreadFile()) thread = std::move(written);
-    }
+    });
     for (const VLMThread& thread : design.threads()) out.u32(thread.tension());
 }
 
@@ -137,8 +135,9 @@ bool importJefDesignFromURLerror(VLMDesign& design, const std::filesystem::path&
 
 std::optional<std::vector<std::uint8_t>> writeJef(VLMDesign& design, const ExportOptions& options, VLMError* error) {
     if (!chooseHoop(design, vendor, hoopErrorTexts, error)) return std::nullopt;
-    VLMByteWriter out(tablesOffset + 2 * std::size_t{entrySize} * design.threads().size() +
-                      2 * (design.stitches().size() + 1));
+    // Two bytes a stitch, and two more of an escape for each change of the thread.
+    const std::size_t threads = design.threads().size();
+    VLMByteWriter out(tablesOffset + (2 * std::size_t{entrySize} + 2) * threads + 2 * (design.stitches().size() + 1));
     putHeader(out, design, options);
     putThreads(out, design);
     putStitches(out, design);

@@ -105,6 +105,24 @@ TEST(JefThreads, BecomeTheNearestOfTheJanomePalette) {
     }
 }
 
+/// A design may change between a few colours a million times.
+TEST(JefThreads, OfOneColourShareWhatTheyBecome) {
+    VLMDesign design = sewn({stitch(1, 1)});
+    VLMThread free;
+    free.setColor(test::threadOf("800").color());
+    design.setThreads({test::threadOf("800"), test::threadOf("405"), free});
+    for (int i = 0; i < 3; ++i) {
+        design.threads()[static_cast<std::size_t>(i)].setTension(i);
+        design.threads()[static_cast<std::size_t>(i)].setLength(static_cast<float>(i) / 2);
+    }
+    std::vector<VLMThread> expected = design.threads().all();
+    for (VLMThread& thread : expected) thread.changeToColorinPalette(thread.color(), "Janome");
+    fileOf(design);
+    EXPECT_EQ(design.threads().all(), expected);
+    EXPECT_TRUE(design.threads()[0].sharesLookWith(design.threads()[2]));
+    EXPECT_FALSE(design.threads()[0].sharesLookWith(design.threads()[1]));
+}
+
 TEST(JefThreads, WithoutPaletteAreWrittenToo) {
     VLMDesign design = sewn({stitch(1, 1)});
     design.threads()[0] = VLMThread();
