@@ -6,6 +6,7 @@
 
 #include "formats/byte_moves.h"
 #include "formats/byte_writer.h"
+#include "formats/palette_change.h"
 #include "formats/whole_moves.h"
 #include "model/thread_codes.h"
 #include "platform/narrow_text.h"
@@ -28,6 +29,7 @@ constexpr std::uint8_t changeMark = 0xFE;
 constexpr std::uint8_t secondChangeMark = 0xB0;
 constexpr std::size_t changeSize = 3;
 constexpr std::size_t shortestMove = 2;
+constexpr std::size_t jumpSize = 4;
 
 constexpr const char* palette = "Brother";
 constexpr const char* usualKey = "005";
@@ -130,6 +132,7 @@ void appendThreads(VLMDesign& design, std::span<const std::uint8_t> indices, std
 
 // Offsets from the section's mark on, as it is written.
 constexpr std::size_t attributesSize = 512;
+constexpr std::size_t graphicHeaderSize = 20;
 constexpr std::size_t writtenThumbnailOffset = 514;
 constexpr std::size_t labelSize = 16;
 
@@ -182,8 +185,8 @@ void putMoves(VLMByteWriter& out, const VLMDesign& design) {
             return {changeMark | secondChangeMark << 8 | former << 16, changeSize};
         }
         const auto [x, y] = moves.take(stitch.deltaX(), -stitch.deltaY());
-        if (stitch.isJumpStitch()) return {longForm(x) | longForm(y) << 16, 4};
-        return {shortForm(x) | shortForm(y) << 8, 2};
+        if (stitch.isJumpStitch()) return {longForm(x) | longForm(y) << 16, jumpSize};
+        return {shortForm(x) | shortForm(y) << 8, shortestMove};
     });
     out.u8(endMark);
 }
@@ -222,18 +225,23 @@ bool importPecSegmentFromDataerror(VLMDesign& design, std::span<const std::uint8
 std::vector<std::uint8_t> takeBrotherIndices(VLMDesign& design) {
     std::vector<std::uint8_t> indices;
     indices.reserve(design.threads().size());
-    for (VLMThread& thread : design.threads()) {
-        VLMThread written = thread;
-        if (written.palette() != palette) written.changeToColorinPalette(written.color(), palette);
+    takeToPalette(design, palette, [&indices](const VLMThread& written) {
         const auto index = brotherIndexOfCode(written.key().value_or(""));
         indices.push_back(static_cast<std::uint8_t>(index.value_or(usualBrotherIndex)));
-        if (!design.useThreadFile()) thread = std::move(written);
-    }
+    });
     return indices;
 }
 
+std::size_t sizeOfPecSegment(const VLMDesign& design) noexcept {
+    const std::size_t attributes = std::max(attributesSize, colorsOffset + markSize + design.threads().size());
+    std::size_t size = attributes + graphicHeaderSize + sizeof endMark;
+    for (const VLMStitch& stitch : design.stitches())
+        size += stitch.isColorChange() ? changeSize : stitch.isJumpStitch() ? jumpSize : shortestMove;
+    return size;
+}
+
 std::vector<std::uint8_t> exportPecSegmentToData(VLMDesign& design) {
-    VLMByteWriter out(smallestSegment + markSize + design.threads().size() + design.stitches().size() * 4);
+    VLMByteWriter out(sizeOfPecSegment(design));
     putAttributes(out, design);
     putGraphicHeader(out, design);
     putMoves(out, design);

@@ -55,6 +55,9 @@ namespace velamo {
 /// The threads that the attribute block has room for.
 inline constexpr std::size_t mostPecThreads = 463;
 
+/// The number of bytes that exportPecSegmentToData gives.
+[[nodiscard]] std::size_t sizeOfPecSegment(const VLMDesign& design) noexcept;
+
 /// A larger section cannot say where its thumbnails begin.
 inline constexpr std::size_t largestPecSection = 512 + 0xFFFFFF;
 

@@ -200,10 +200,16 @@ void putColorTable(VLMByteWriter& out, std::span<const std::uint8_t> colors) {
     out.u16(0);
 }
 
+/// Whether there can be a PEC section of the design and a thumbnail behind it: looked at before anything is drawn.
+bool checkSection(const VLMDesign& design, VLMError* error) {
+    const bool isWithin = design.threads().size() <= mostPecThreads && hasPecThumbnail(design) &&
+                          sizeOfPecSegment(design) <= largestPecSection;
+    return isWithin || failWithSystemError(EFBIG, error);
+}
+
 /// Appends a PEC section and its thumbnails.
-bool putSection(VLMByteWriter& out, const VLMDesign& design, std::span<const std::uint8_t> section,
-                std::span<const std::uint8_t> thumbnails, VLMError* error) {
-    if (section.size() > largestPecSection || !hasPecThumbnail(design)) return failWithSystemError(EFBIG, error);
+bool putSection(VLMByteWriter& out, std::span<const std::uint8_t> section, std::span<const std::uint8_t> thumbnails,
+                VLMError* error) {
     if (thumbnails.empty()) return failWithSystemError(ENOMEM, error);
     out.bytes(section);
     out.bytes(thumbnails);
@@ -260,7 +266,7 @@ bool importPecDesignFromURLerror(VLMDesign& design, const std::filesystem::path&
 }
 
 std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* error) {
-    if (!checkLimits(design, error)) return std::nullopt;
+    if (!checkLimits(design, error) || !checkSection(design, error)) return std::nullopt;
     const auto colors = takeBrotherIndices(design);
     constexpr std::size_t pointSize = 4;
     constexpr std::size_t sizeBesides = 1024;
@@ -272,19 +278,16 @@ std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* e
     // Three bytes reach far enough: a file of the most stitches and threads that there may be has a megabyte.
     out.replace(sectionPointerOffset, static_cast<std::int64_t>(out.size()), 3);
     const auto section = exportPecSegmentToData(design);
-    if (!putSection(out, design, section, pecThumbnailsOfDesignAndThreads(design), error)) return std::nullopt;
+    if (!putSection(out, section, pecThumbnailsOfDesignAndThreads(design), error)) return std::nullopt;
     return out.take();
 }
 
 std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* error) {
-    if (design.threads().size() > mostPecThreads) {
-        failWithSystemError(EFBIG, error);
-        return std::nullopt;
-    }
+    if (!checkSection(design, error)) return std::nullopt;
     const auto section = exportPecSegmentToData(design);
     VLMByteWriter out(pesHeaderSize + section.size() + pecThumbnailSize);
     out.text("#PEC0001");
-    if (!putSection(out, design, section, exportPecBitmapToDataForThread(design, -1), error)) return std::nullopt;
+    if (!putSection(out, section, exportPecBitmapToDataForThread(design, -1), error)) return std::nullopt;
     return out.take();
 }
 

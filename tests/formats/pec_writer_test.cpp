@@ -147,6 +147,15 @@ TEST(PecThreads, OfAFileFillTheAttributesAtMost) {
     }
 }
 
+TEST(PecSegmentWriting, KnowsItsSizeBefore) {
+    for (const std::size_t threads : {1U, 463U, 464U, 2000U}) {
+        VLMDesign design = sewn({stitch(1, 1), jump(200, 3), change(0, 0), stitch(-63, 1)}, threads);
+        EXPECT_EQ(sizeOfPecSegment(design), exportPecSegmentToData(design).size()) << threads;
+    }
+    for (VLMDesign& design : test::awkwardDesigns())
+        EXPECT_EQ(sizeOfPecSegment(design), exportPecSegmentToData(design).size());
+}
+
 TEST(PecSegmentWriting, TruncatesTheMiddle) {
     VLMDesign design = sewn({stitch(1, 1)});
     design.setXMin(-1000);
@@ -201,10 +210,13 @@ TEST(PecExport, RefusesWhatTheOffsetOfTheThumbnailsCannotReach) {
     test::measure(design);
     EXPECT_TRUE(writePec(design, nullptr));
     design.stitches().all().resize(1U << 22, jump(0, 0));
+    const VLMThread janome = test::threadOf("204", "Janome");
+    design.setThreads({janome});
     VLMError error;
     EXPECT_FALSE(writePec(design, &error));
     EXPECT_EQ(error.domain, systemErrorDomain);
     EXPECT_EQ(error.code, EFBIG);
+    EXPECT_EQ(design.threads()[0], janome);  // it was refused before anything was done
 }
 
 }  // namespace
