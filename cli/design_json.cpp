@@ -109,14 +109,6 @@ void writeDescription(std::ostream& out, const VLMDesign& design) {
     out << '"';
 }
 
-void writeStatistics(std::ostream& out, const VLMDesign& design) {
-    std::string figures = textOf(figuresJson(design));
-    figures.pop_back();  // what closes the object
-    out << figures << ",\"description\":";
-    writeDescription(out, design);
-    out << '}';
-}
-
 }  // namespace
 
 Json hoopJson(const VLMHoopHandle& hoop) {
@@ -131,10 +123,12 @@ Json errorJson(const VLMError& error) {
     return {{"domain", std::string(error.domain)}, {"code", error.code}, {"message", error.message()}};
 }
 
-Json statisticsJson(const VLMDesign& design) {
-    Json statistics = figuresJson(design);
-    statistics["description"] = design.description();
-    return statistics;
+void writeStatistics(std::ostream& out, const VLMDesign& design) {
+    std::string figures = textOf(figuresJson(design));
+    figures.pop_back();  // what closes the object
+    out << figures << ",\"description\":";
+    writeDescription(out, design);
+    out << '}';
 }
 
 void writeDesignJson(std::ostream& out, const VLMDesign& design, const VLMError* error) {

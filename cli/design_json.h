@@ -13,8 +13,9 @@ namespace velamo {
 /// The hoop with its eight values; null without one.
 [[nodiscard]] Json hoopJson(const VLMHoopHandle& hoop);
 
-/// The figures that are derived from a design.
-[[nodiscard]] Json statisticsJson(const VLMDesign& design);
+/// Writes the figures that are derived from a design as a JSON object; its description, with a line for each thread, a
+/// piece at a time.
+void writeStatistics(std::ostream& out, const VLMDesign& design);
 
 /// Writes the whole design as a JSON object, one member a line. `error`: why its import failed, or null. Stitches and
 /// threads are written one by one, so that a large design takes no memory beside its own.

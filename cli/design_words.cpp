@@ -1,6 +1,7 @@
 #include "cli/design_words.h"
 
 #include <algorithm>
+#include <ostream>
 #include <vector>
 
 #include "model/description_pattern.h"
@@ -16,7 +17,7 @@ class DesignWords {
 public:
     DesignWords(const VLMDesign& design, const Console& console) : design_(design), console_(console) {}
 
-    [[nodiscard]] std::string text() const {
+    void write(std::ostream& out) const {
         const std::string hoop = hoopInWords();
         std::vector<PatternArgument> arguments{shown(design_.designName()), shown(design_.designType()),
                                                design_.designVersion() / 10.0, length(tenths(design_.designWidth())),
@@ -25,9 +26,8 @@ public:
         for (const std::int32_t count : {std::max(design_.numberOfStitches(), 0), design_.numberOfJumps(),
                                          design_.numberOfThreads(), design_.numberOfDifferentColors()})
             arguments.emplace_back(number(count));
-        std::string text = fillPattern(descriptionPattern(!hoop.empty()), arguments);
-        for (std::int32_t index = 0; index < design_.numberOfThreads(); ++index) text += threadLine(index);
-        return text;
+        out << fillPattern(descriptionPattern(!hoop.empty()), arguments);
+        for (std::int32_t index = 0; index < design_.numberOfThreads(); ++index) out << threadLine(index);
     }
 
 private:
@@ -70,8 +70,8 @@ private:
 
 }  // namespace
 
-std::string designInWords(const VLMDesign& design, const Console& console) {
-    return DesignWords(design, console).text();
+void writeInWords(std::ostream& out, const VLMDesign& design, const Console& console) {
+    DesignWords(design, console).write(out);
 }
 
 }  // namespace velamo

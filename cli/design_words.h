@@ -1,15 +1,15 @@
 #pragma once
 
-#include <string>
+#include <iosfwd>
 
 #include "cli/console.h"
 #include "model/design.h"
 
 namespace velamo {
 
-/// The design's description for a person, in lines: as the design itself gives it, but a number of stitches is never
-/// below zero, a thread without a name goes by its colour, what is absent is left out, the figures have the digits of
-/// the user's locale, and each name stays on its line.
-[[nodiscard]] std::string designInWords(const VLMDesign& design, const Console& console);
+/// Writes the design's description for a person, in lines and a piece at a time: as the design itself gives it, but a
+/// number of stitches is never below zero, a thread without a name goes by its colour, what is absent is left out, the
+/// figures have the digits of the user's locale, and each name stays on its line.
+void writeInWords(std::ostream& out, const VLMDesign& design, const Console& console);
 
 }  // namespace velamo

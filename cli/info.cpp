@@ -15,14 +15,17 @@
 namespace velamo {
 namespace {
 
-Json infoJson(const std::string& file, const VLMDesign& design) {
+void writeInfo(std::ostream& out, const std::string& file, const VLMDesign& design) {
     const DesignAttributes attributes = attributesOfDesign(design);
-    return {{"file", file},
-            {"width", jsonNumber(attributes.widthInMillimetres)},
-            {"height", jsonNumber(attributes.heightInMillimetres)},
-            {"stitches", jsonCount(attributes.stitches)},
-            {"colors", jsonCount(attributes.colors)},
-            {"statistics", statisticsJson(design)}};
+    std::string text = textOf({{"file", file},
+                               {"width", jsonNumber(attributes.widthInMillimetres)},
+                               {"height", jsonNumber(attributes.heightInMillimetres)},
+                               {"stitches", jsonCount(attributes.stitches)},
+                               {"colors", jsonCount(attributes.colors)}});
+    text.pop_back();  // what closes the object
+    out << text << ",\"statistics\":";
+    writeStatistics(out, design);
+    out << '}';
 }
 
 /// Imports each file and hands it on; a problem is reported, and handed on as well.
@@ -58,7 +61,8 @@ ExitStatus info(std::span<const std::string> files, bool withPicture, const Read
     const auto describe = [&](const std::string&, const VLMDesign& design) {
         console.out << separator;
         if (withPicture) printPicture(design, console);
-        console.out << designInWords(design, console) << '\n';
+        writeInWords(console.out, design, console);
+        console.out << '\n';
         separator = "\n";
     };
     return withReader(reading, console, [&](ConfinedReader& reader) {
@@ -67,16 +71,14 @@ ExitStatus info(std::span<const std::string> files, bool withPicture, const Read
 }
 
 ExitStatus infoAsJson(std::span<const std::string> files, const ReadingOptions& reading, const Console& console) {
-    Json list = Json::array();
     return withReader(reading, console, [&](ConfinedReader& reader) {
-        const auto status = readEach(
+        JsonListWriter list(console.out);
+        return readEach(
             files, reader, console,
-            [&list](const std::string& file, const VLMDesign& design) { list.push_back(infoJson(file, design)); },
+            [&list](const std::string& file, const VLMDesign& design) { writeInfo(list.next(), file, design); },
             [&list](const std::string& file, const VLMError& error) {
-                list.push_back({{"file", file}, {"error", errorJson(error)}});
+                list.next() << textOf({{"file", file}, {"error", errorJson(error)}});
             });
-        console.out << listTextOf(list);
-        return status;
     });
 }
 

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <ostream>
+#include <sstream>
 
 #include "platform/terminal.h"
 
@@ -49,14 +51,22 @@ std::string textOf(const Json& json) {
 }
 
 std::string listTextOf(const Json& list) {
-    if (list.empty()) return "[]\n";
-    std::string text = "[";
-    const char* separator = "\n";
-    for (const Json& element : list) {
-        text.append(separator).append("  ").append(textOf(element));
-        separator = ",\n";
+    std::ostringstream text;
+    {
+        JsonListWriter writer(text);
+        for (const Json& element : list) writer.next() << textOf(element);
     }
-    return text + "\n]\n";
+    return text.str();
+}
+
+std::ostream& JsonListWriter::next() {
+    out_ << (isEmpty_ ? "[\n  " : ",\n  ");
+    isEmpty_ = false;
+    return out_;
+}
+
+JsonListWriter::~JsonListWriter() {
+    out_ << (isEmpty_ ? "[]\n" : "\n]\n");
 }
 
 }  // namespace velamo

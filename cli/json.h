@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -24,5 +25,21 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] std::string textOf(const Json& json);
 /// The elements of a list, each on a line of its own.
 [[nodiscard]] std::string listTextOf(const Json& list);
+
+/// Writes such a list as its elements come, so that they take no memory; it ends with the writer.
+class JsonListWriter {
+public:
+    explicit JsonListWriter(std::ostream& out) : out_(out) {}
+    JsonListWriter(const JsonListWriter&) = delete;
+    JsonListWriter& operator=(const JsonListWriter&) = delete;
+    ~JsonListWriter();
+
+    /// Where the next element goes, on one line.
+    [[nodiscard]] std::ostream& next();
+
+private:
+    std::ostream& out_;
+    bool isEmpty_ = true;
+};
 
 }  // namespace velamo
