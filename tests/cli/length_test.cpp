@@ -69,6 +69,9 @@ struct RoundTrip {
     const char* locale;
     std::vector<const char*> lengths;
 };
+void PrintTo(const RoundTrip& row, std::ostream* out) {
+    *out << row.locale;
+}
 class RoundTrips : public testing::TestWithParam<RoundTrip> {};
 TEST_P(RoundTrips, GiveTheTextAgain) {
     const test::Variable locale("LC_ALL", GetParam().locale);
