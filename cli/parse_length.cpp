@@ -42,6 +42,8 @@ Length lengthIn(std::string_view text) {
     for (const auto& [end, unit] : {std::pair{inchMark, inches}, std::pair{std::string_view("in"), inches},
                                     std::pair{std::string_view("mm"), millimetres}}) {
         if (!text.ends_with(end)) continue;
+        // A length below 1/32 inch is printed as the mark alone.
+        if (text == inchMark) return {"0", unit};
         text.remove_suffix(end.size());
         return {std::string(withoutWhiteSpaceAround(text)), unit};
     }

@@ -45,7 +45,7 @@ using ThreadSource = std::function<std::vector<VLMThread>(const std::filesystem:
 /// that nobody can say.
 [[nodiscard]] SideFilePlan planSideFile(const std::filesystem::path& target, const DesignOrigin& origin,
                                         const VLMDesign& design, const std::vector<VLMThread>& threads,
-                                        const VLMDesign& readBack);
+                                        const VLMDesign& readBack, const ThreadSource& threadsBeside);
 
 /// What carrying out a plan did.
 struct SideFileOutcome {

@@ -172,12 +172,6 @@ TEST_F(CatalogueFile, OfAnotherProgramIsRefusedAndLeftAlone) {
     expectToBeLeftAlone("not a catalogue");
 }
 
-TEST_F(CatalogueFile, OfANewerLayoutIsRefusedAndLeftAlone) {
-    std::filesystem::create_directories(file_.parent_path());
-    test::runSql(file_, "PRAGMA application_id = 1447841091; PRAGMA user_version = 1000; CREATE TABLE roots (path)");
-    expectToBeLeftAlone("newer version");
-}
-
 TEST_F(CatalogueFile, ThatIsNoDatabaseIsRefusedAndLeftAlone) {
     folder_.write("deep/catalogue.sqlite", std::string(5000, 'x'));
     expectToBeLeftAlone("not a database");

@@ -52,6 +52,8 @@ INSTANTIATE_TEST_SUITE_P(Parse, Length,
                                          Row{{"parse-length", "--unit", "2", "1 1/2 mm"}, "1.5"},
                                          Row{{"parse-length", "--unit", "2", "3/"}, "76.19999999999999"},
                                          Row{{"parse-length", "--unit", "0", "2 in wide"}, "50.8"},
+                                         Row{{"format-length", "--unit", "2", "0.39"}, "\""},
+                                         Row{{"parse-length", "--unit", "2", "\""}, "0"},
                                          Row{{"parse-length", "--unit", "0", "0 mm"}, "0"}));
 
 class NoLength : public testing::TestWithParam<const char*> {};
@@ -62,8 +64,8 @@ TEST_P(NoLength, IsAFailure) {
     EXPECT_EQ(outcome.problems, "velamo: '" + std::string(GetParam()) + "': There is no number in this. (error 22)\n");
 }
 INSTANTIATE_TEST_SUITE_P(Rows, NoLength,
-                         testing::Values("", " ", "\"", "mm", "in", "rose", "rose 5", "/", "/2", "a/2", "1 a/2", "1/a",
-                                         "1/0", "1/0\"", "0/0", "\xFF"));
+                         testing::Values("", " ", "mm", "in", "rose", "rose 5", "/", "/2", "a/2", "1 a/2", "1/a", "1/0",
+                                         "1/0\"", "0/0", "\xFF"));
 
 struct RoundTrip {
     const char* locale;
