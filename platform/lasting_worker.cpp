@@ -62,11 +62,14 @@ bool LastingWorker::isConfined() {
     return orLoss([this] { return process().isConfined(); });
 }
 
-/// The second time.
+/// The second time, and of another worker: the one that was lost may have gone before it saw the request.
 Reply LastingWorker::askAlone(const std::string& request) {
+    process_.reset();
     auto replies = process().ask({&request, 1});
     if (!replies.empty()) return std::move(replies.front());
+    const bool isToBlame = process().hasTakenRequests();
     process_.reset();
+    if (!isToBlame) throw WorkerLoss(std::system_error(std::make_error_code(std::errc::connection_reset)));
     return WorkerDeath{SIGKILL};
 }
 
@@ -78,7 +81,6 @@ std::vector<Reply> LastingWorker::ask(std::span<const std::string> requests) {
         for (Reply& reply : some)
             replies.push_back(isFromOutside(reply) ? askAlone(requests[replies.size()]) : std::move(reply));
         if (replies.size() == requests.size()) break;
-        process_.reset();
         replies.push_back(askAlone(requests[replies.size()]));
     }
     return replies;

@@ -132,6 +132,11 @@ void endWith(pid_t maker) noexcept {
     if (::getppid() != maker) ::_exit(0);
 }
 
+/// A session, and so a group of processes, of its own, or none at all: what ends the group must not end its maker's.
+void beginSession() noexcept {
+    if (::setsid() < 0) ::_exit(0);
+}
+
 /// Takes from this process what it got from its maker: how signals are taken, and all open files but the socket and the
 /// attachment (-1: none), which get their places. Sockets of other guardians would else never close.
 void breakAway(int socket, int attachment) noexcept {
@@ -258,7 +263,7 @@ WorkerProcess::WorkerProcess(const WorkerTask& task) : time_(task.limits.time) {
     if (guardian_ < 0) throw ends.closed("fork");
     if (guardian_ == 0) {
         breakAway(ends.guardians, ends.attachment);
-        ::setsid();
+        beginSession();
         endWith(self);
         guard(task);
     }
@@ -444,7 +449,7 @@ WorkerNursery::WorkerNursery(const WorkerTask& task) : hasAttachment_(task.hasAt
     if (process_ < 0) throw ends.closed("fork");
     if (process_ == 0) {
         breakAway(ends.guardians, ends.attachment);
-        ::setsid();
+        beginSession();
         nurse(task);
     }
     ::close(ends.guardians);

@@ -90,6 +90,9 @@ public:
     /// one. One thread at a time asks. std::system_error when a request is too long.
     [[nodiscard]] std::vector<Reply> ask(std::span<const std::string> requests);
 
+    /// Whether a request could be sent at all.
+    [[nodiscard]] bool hasTakenRequests() const noexcept { return number_ > 0; }
+
     /// Bytes of the attachment of the last answer, from the offset on, as many as there are; for a task that has one.
     /// It is the worker's to change: read it once. The system's reason when it cannot be read, EIO behind the file's
     /// end.

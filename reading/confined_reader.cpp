@@ -53,7 +53,9 @@ WorkerTask taskOf(const WorkerLimits& limits) {
 bool failAsReader(const std::string& answer, VLMError* error) {
     int code = EBADMSG;
     std::from_chars(answer.data(), answer.data() + answer.size(), code);
-    return failWithSystemError(code, error);
+    failWithSystemError(code, error);
+    if (error != nullptr) error->failureReason = "what was read cannot be handed over: " + error->message();
+    return false;
 }
 
 bool takeAttached(WorkerProcess& worker, VLMDesign& design, const std::filesystem::path& file, VLMError* error) {
