@@ -39,6 +39,7 @@ public:
 
 private:
     bool save(const fs::path& url, std::span<const std::uint8_t> file, VLMError* error) {
+        readBack_.threads().all().reserve(threads_.size());  // a list that grows takes half as much again
         if (!importDesignFromMemory(readBack_, url, file, error)) {
             error->recoverySuggestion = "The new file could not be read again: " + error->message();
             return false;
@@ -58,7 +59,8 @@ private:
     }
 
     void noteLoss() {
-        const std::string loss = lossOf({threads_, design_, readBack_, plan_.result});
+        const auto& found = plan_.bringsThreads ? plan_.threads : readBack_.threads().all();
+        const std::string loss = lossOf({threads_, design_, readBack_, found});
         std::string text = loss.empty() ? "" : "written " + loss;
         if (plan_.isInTheWay)
             text += (text.empty() ? "" : "; ") + ("'" + plan_.file.native() + "' is in the way of its threads");

@@ -60,19 +60,24 @@ ThreadSource threadsFrom(ConfinedReader& reader) {
 SideFilePlan planSideFile(const fs::path& target, const DesignOrigin& origin, const VLMDesign& design,
                           const std::vector<VLMThread>& threads, const VLMDesign& readBack,
                           const ThreadSource& threadsBeside) {
-    SideFilePlan plan{.file = threadFileOf(target), .threads = threads, .result = readBack.threads().all()};
-    // Blocks behind the last thread have none in the design either.
-    for (std::size_t i = threads.size(); i < plan.result.size(); ++i) plan.threads.push_back(plan.result[i]);
-    const bool isWanted = design.useThreadFile() && plan.threads.size() == plan.result.size();
-    const std::vector<VLMThread> there = threadsBeside(target, plan.result.size());
+    SideFilePlan plan;
+    plan.file = threadFileOf(target);
+    const std::vector<VLMThread>& own = readBack.threads().all();
+    if (design.useThreadFile()) {
+        plan.threads = threads;
+        // Blocks behind the last thread have none in the design either.
+        for (std::size_t i = threads.size(); i < own.size(); ++i) plan.threads.push_back(own[i]);
+    }
+    const bool isWanted = design.useThreadFile() && plan.threads.size() == own.size();
+    const std::vector<VLMThread> there = threadsBeside(target, own.size());
     const bool isTaken = !there.empty();
-    const bool saysTheSame = isTaken && areKeptAlike(there, isWanted ? plan.threads : plan.result);
+    const bool saysTheSame = isTaken && areKeptAlike(there, isWanted ? plan.threads : own);
     const bool makesRoom = isTaken || (isWanted && isOwn(plan.file, origin));
     plan.isSetAside = makesRoom && !saysTheSame;
     plan.isWritten = isWanted && (plan.isSetAside || !isThere(plan.file));
     plan.isInTheWay = isWanted && !plan.isWritten && !saysTheSame;
+    plan.bringsThreads = isWanted && !plan.isInTheWay;
     if (plan.isSetAside) static_cast<void>(isThere(plan.file.native() + ".old"));
-    if (isWanted && !plan.isInTheWay) plan.result = plan.threads;
     return plan;
 }
 

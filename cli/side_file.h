@@ -24,8 +24,8 @@ struct SideFilePlan {
     bool isSetAside = false;         // what is there gets another name
     bool isWritten = false;          // then the threads are put there
     bool isInTheWay = false;         // the threads belong there, but something else is there and stays
-    std::vector<VLMThread> threads;  // the design's, and one for each block that has none
-    std::vector<VLMThread> result;   // the threads that the new file will be read with
+    bool bringsThreads = false;      // the new file will be read with the threads, not with its own
+    std::vector<VLMThread> threads;  // of a side file: the design's, and one for each block that has none
 };
 
 /// Where the threads of side files come from: those of the one beside a target, of which there must be so many; none

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <charconv>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "formats/thread_file.h"
@@ -27,6 +28,7 @@ bool readRequested(const std::string& request, VLMDesign& design, VLMError* erro
         std::from_chars(request.data(), request.data() + end, count);
         design.setThreads(std::vector<VLMThread>(count));
         design.setUseThreadFile(takeThreadsOfSideFile(design, file));
+        if (!design.useThreadFile()) design.threads().clear();
         return true;
     });
 }
