@@ -69,12 +69,14 @@ SideFilePlan planSideFile(const fs::path& target, const DesignOrigin& origin, co
         for (std::size_t i = threads.size(); i < own.size(); ++i) plan.threads.push_back(own[i]);
     }
     const bool isWanted = design.useThreadFile() && plan.threads.size() == own.size();
+    // Looked for before it is read: one that somebody makes in between shows when this one is to be made.
+    const bool wasThere = isThere(plan.file);
     const std::vector<VLMThread> there = threadsBeside(target, own.size());
     const bool isTaken = !there.empty();
     const bool saysTheSame = isTaken && areKeptAlike(there, isWanted ? plan.threads : own);
     const bool makesRoom = isTaken || (isWanted && isOwn(plan.file, origin));
     plan.isSetAside = makesRoom && !saysTheSame;
-    plan.isWritten = isWanted && (plan.isSetAside || !isThere(plan.file));
+    plan.isWritten = isWanted && (plan.isSetAside || !wasThere);
     plan.isInTheWay = isWanted && !plan.isWritten && !saysTheSame;
     plan.bringsThreads = isWanted && !plan.isInTheWay;
     if (plan.isSetAside) static_cast<void>(isThere(plan.file.native() + ".old"));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -26,7 +25,10 @@ struct FileState {
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t number = 0;
-    friend auto operator<=>(const FileIdentity&, const FileIdentity&) = default;
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+    friend bool operator<(const FileIdentity& one, const FileIdentity& other) noexcept {
+        return one.device != other.device ? one.device < other.device : one.number < other.number;
+    }
 };
 
 /// The identity of what `path` leads to, links followed; nothing where the system does not tell.
