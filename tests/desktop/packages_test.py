@@ -125,9 +125,10 @@ class Program(PackageTest):
         self.assertIn(str(other), refused.stderr)
 
     def test_speaks_german(self):
-        missing = self.home / "missing.abc"
-        problem = self.run_program("velamo", "info", missing, status=1, LC_ALL="de_DE.UTF-8").stderr
-        self.assertEqual(problem, f"velamo: {missing}: Unbekanntes Dateiformat (UTI). (error 10)\n")
+        unknown = self.home / "rose.abc"
+        unknown.touch()
+        problem = self.run_program("velamo", "info", unknown, status=1, LC_ALL="de_DE.UTF-8").stderr
+        self.assertEqual(problem, f"velamo: {unknown}: Unbekanntes Dateiformat (UTI). (error 10)\n")
         rose = self.run_program("velamo", "info", desktop.SAMPLES / "rose.dst", LC_ALL="de_DE.UTF-8").stdout
         self.assertIn("Größe: 38,6 mm x 64,0 mm", rose)
 

@@ -115,7 +115,8 @@ class Recoll(DesktopTest):
         page = self.run_program("velamo-recoll", self.designs / "rose.dst").stdout
         self.assertIn('<meta name="stitches" content="6872">', page)
         refused = self.run_program("velamo-recoll", self.designs / "poem.dst", status=1)
-        self.assertEqual((refused.stdout, refused.stderr), ("", ""))
+        self.assertEqual(refused.stdout, "")
+        self.assertIn("poem.dst: Unable to import DST file (missing header). (error 123)", refused.stderr)
 
     def test_takes_palettes_from_the_installation(self):
         rose = self.make_janome_rose()
