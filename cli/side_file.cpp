@@ -70,7 +70,7 @@ SideFilePlan planSideFile(const fs::path& target, const DesignOrigin& origin, co
     }
     const bool isWanted = design.useThreadFile() && plan.threads.size() == own.size();
     // Looked for before it is read: one that somebody makes in between shows when this one is to be made.
-    const bool wasThere = isThere(plan.file);
+    const bool wasThere = isWanted && isThere(plan.file);
     const std::vector<VLMThread> there = threadsBeside(target, own.size());
     const bool isTaken = !there.empty();
     const bool saysTheSame = isTaken && areKeptAlike(there, isWanted ? plan.threads : own);
