@@ -23,7 +23,9 @@ public:
         return *this;
     }
     ~SharedValue() {
-        if (cell_ != nullptr && cell_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete cell_;
+        const bool isLast = cell_ != nullptr && cell_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1;
+        // The path analysis does not follow the count, and so sees one cell let go of twice.
+        if (isLast) delete cell_;  // NOLINT(clang-analyzer-cplusplus.NewDelete)
     }
 
     /// The value, or null.
