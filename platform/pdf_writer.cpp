@@ -205,7 +205,7 @@ void PdfWriter::writeShading(const ShapeInk& ink) {
     std::string encode;
     for (std::size_t i = 1; i < stops.size(); ++i) {
         if (stops[i].location <= stops[i - 1].location) continue;
-        if (!functions.empty()) bounds += roundedText(stops[i - 1].location, decimalsOfInk) + " ";
+        if (!functions.empty()) bounds.append(roundedText(stops[i - 1].location, decimalsOfInk)).append(" ");
         functions += "<< /FunctionType 2 /Domain [0 1] /N 1 /C0 [" + colorText(stops[i - 1].color) + "] /C1 [" +
                      colorText(stops[i].color) + "] >> ";
         encode += "0 1 ";
@@ -220,7 +220,9 @@ void PdfWriter::writeResources() {
     put("<< /ExtGState <<\n");
     for (const auto& [alpha, number] : alphas_) {
         const std::string text = roundedText(alpha, decimalsOfInk);
-        put("/a" + std::to_string(number) + " << /CA " + text + " /ca " + text + " >>\n");
+        put("/a" + std::to_string(number));
+        for (const char* key : {" << /CA ", " /ca "}) put(key + text);
+        put(" >>\n");
     }
     put(">> /Shading <<\n");
     for (std::uint32_t i = 0; i < inks_.size(); ++i) {

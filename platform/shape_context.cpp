@@ -121,11 +121,11 @@ void ShapeContext::addLineTo(GraphicsPoint point) {
 /// A curve follows a quarter of a circle to the 4,000th part of its radius. What is a hair more counts as one, too.
 void ShapeContext::addCurves(GraphicsPoint center, double radius, double startAngle, double sweep) {
     constexpr double hair = 0.01;
-    const double count = std::max(1.0, std::ceil(std::abs(sweep) / quarterTurn - hair));
+    const auto count = static_cast<int>(std::max(1.0, std::ceil(std::abs(sweep) / quarterTurn - hair)));
     const double part = sweep / count;
     const double handle = 4.0 / 3 * std::tan(part / 4) * radius;
     GraphicsPoint along{std::cos(startAngle), std::sin(startAngle)};
-    for (double i = 1; i <= count; ++i) {
+    for (int i = 1; i <= count; ++i) {
         const GraphicsPoint next{std::cos(startAngle + i * part), std::sin(startAngle + i * part)};
         addStep(
             Step::curve,
