@@ -135,7 +135,8 @@ void Cloth::layTiles() {
 }
 
 Cloth::Tile& Cloth::tileAt(int row, int column) noexcept {
-    return tiles_[static_cast<std::size_t>(row / tileSide * tilesAcross_ + column / tileSide)];
+    const auto across = static_cast<std::size_t>(tilesAcross_);
+    return tiles_[static_cast<std::size_t>(row / tileSide) * across + static_cast<std::size_t>(column / tileSide)];
 }
 
 void Cloth::closeTile(int row) noexcept {
