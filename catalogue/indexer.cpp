@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <set>
 #include <unordered_set>
 #include <utility>
 
@@ -215,7 +216,7 @@ private:
     void takeSingleFile(const Root& root) {
         const FolderEntry entry{.name = root.path.filename(), .state = root.state, .error = {}};
         FolderContent content(*this, root.path.parent_path());
-        content.take(entry);
+        content.take(entry, false);
     }
 
     void walkFolders() {
@@ -235,11 +236,12 @@ private:
         const double sharePerEntry =
             listing.share / static_cast<double>(std::max<std::size_t>(listing.entries.size(), 1));
         for (const FolderEntry& entry : listing.entries) {
-            content.take(entry);
+            content.take(entry, listing.deadLinks.contains(entry.name));
             finishedShare += sharePerEntry;
             tellProgress(finishedShare);
         }
         if (!listing.error) content.removeRest();
+        for (const std::string& link : listing.deadLinks) deadLinks_.push_back(listing.folder / link);
         tellProgress(finishedShare);
     }
 
@@ -269,9 +271,9 @@ private:
         FolderContent(Indexing& indexing, Path folder) : indexing_(indexing), folder_(std::move(folder)) {
             if (indexing.catalogue_.findFolder(folder_)) rest_ = indexing.catalogue_.designsIn(id());
         }
-        void take(const FolderEntry& entry) {
+        void take(const FolderEntry& entry, bool isDeadLink) {
             const auto known = rest_.find(entry.name);
-            const bool isVanished = entry.error == std::errc::no_such_file_or_directory;
+            const bool isVanished = !isDeadLink && entry.error == std::errc::no_such_file_or_directory;
             if (entry.error) indexing_.noteReason(entry.error);
             if (entry.error)
                 skip(entry, systemError(entry.error.value()));
@@ -409,6 +411,7 @@ private:
         for (const Path& root : vanishedRoots_) removeSingleFile(root);
         for (const Path& root : vanishedRoots_) removeUnvisitedFolders(root);
         for (const Root& root : roots_) removeUnvisitedFolders(root.path);
+        for (const Path& link : missedLinks_) refuseRoot(link, awayError(), false);
         catalogue_.removeEmptyFolders();
     }
 
@@ -419,7 +422,10 @@ private:
     void removeUnvisitedFolders(const Path& top) {
         summary_.removed += catalogue_.removeFolders(top, [this](FolderId id, const Path& folder) {
             const auto isBelow = [&folder](const Path& unread) { return isWithin(folder, unread); };
-            return visitedFolders_.contains(id) || std::any_of(unreadFolders_.begin(), unreadFolders_.end(), isBelow) ||
+            const auto link = std::find_if(deadLinks_.begin(), deadLinks_.end(), isBelow);
+            if (link != deadLinks_.end()) missedLinks_.insert(*link);
+            return link != deadLinks_.end() || visitedFolders_.contains(id) ||
+                   std::any_of(unreadFolders_.begin(), unreadFolders_.end(), isBelow) ||
                    std::any_of(awayFolders_.begin(), awayFolders_.end(), isBelow);
         });
     }
@@ -439,6 +445,8 @@ private:
     std::vector<Path> knownRoots_;  // before this run
     std::vector<Path> labelRoots_;  // all that the catalogue knows
     std::vector<Path> awayFolders_;
+    std::vector<Path> deadLinks_;  // what was found behind them before is away
+    std::set<Path> missedLinks_;   // those of them that designs lie behind
     std::vector<Path> unreadFolders_;
     std::unordered_set<FolderId> visitedFolders_;
     IndexSummary summary_;

@@ -82,8 +82,8 @@ ExitStatus finish(ExitStatus status, const Console& console) {
 int runCommandLine(std::vector<std::string> arguments, const Console& console) noexcept {
     std::optional<HarmlessOutput> harmlessOut;
     std::optional<HarmlessOutput> harmlessProblems;
-    if (console.outIsTerminal) harmlessOut.emplace(console.out);
-    if (console.problemsIsTerminal) harmlessProblems.emplace(console.problems);
+    if (console.outIsTerminal) harmlessOut.emplace(console.out, terminalEncoding());
+    if (console.problemsIsTerminal) harmlessProblems.emplace(console.problems, terminalEncoding());
     auto status = ExitStatus::failure;
     VLMError error;
     const bool isDone = operation(&error, [&] {

@@ -17,11 +17,13 @@ namespace velamo {
 class OptimizedStitches {
 public:
     /// So many stitches may become of `count`. That is far above any real design: four times as long as a machine
-    /// sews, each of them, and kilometres besides. A hostile file's moves could be cut into billions of pieces.
+    /// sews, each of the first million, and kilometres besides. A hostile file's moves could be cut into billions of
+    /// pieces.
     [[nodiscard]] static constexpr std::size_t mostOf(std::size_t count) noexcept {
-        constexpr std::size_t pieces = 4;
+        constexpr std::size_t furtherPieces = 3;
+        constexpr std::size_t mostFurther = std::size_t{3} << 20;
         constexpr std::size_t besides = std::size_t{1} << 19;
-        return pieces * count + besides;
+        return count + std::min(furtherPieces * count, mostFurther) + besides;
     }
 
     /// Makes room for twice as many stitches as `count`; what is not used of it takes no memory, as it is never

@@ -8,6 +8,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <memory>
@@ -145,18 +146,21 @@ bool refuseCalls(const Allowance& allowance) noexcept {
     return filter.load();
 }
 
-void limit(decltype(RLIMIT_AS) resource, rlim_t most) noexcept {
-    const rlimit limit{.rlim_cur = most, .rlim_max = most};
-    ::setrlimit(resource, &limit);
+/// A lower one that nobody may raise stays.
+bool limit(decltype(RLIMIT_AS) resource, rlim_t most) noexcept {
+    rlimit limit{};
+    if (::getrlimit(resource, &limit) != 0) return false;
+    limit.rlim_cur = limit.rlim_max = std::min(limit.rlim_max, most);
+    return ::setrlimit(resource, &limit) == 0;
 }
 
-void limitResources(std::uint64_t memory) noexcept {
+bool limitResources(std::uint64_t memory) noexcept {
     constexpr rlim_t mostOpenFiles = 32;
-    limit(RLIMIT_CORE, 0);
-    limit(RLIMIT_NPROC, 0);
-    limit(RLIMIT_NOFILE, mostOpenFiles);
-    limit(RLIMIT_FSIZE, memory);
-    if (canLimitMemory()) limit(RLIMIT_AS, memory);
+    bool isLimited = limit(RLIMIT_CORE, 0);
+    isLimited = limit(RLIMIT_NPROC, 0) && isLimited;
+    isLimited = limit(RLIMIT_NOFILE, mostOpenFiles) && isLimited;
+    isLimited = limit(RLIMIT_FSIZE, memory) && isLimited;
+    return (!canLimitMemory() || limit(RLIMIT_AS, memory)) && isLimited;
 }
 
 }  // namespace
@@ -173,8 +177,8 @@ Confinement confineToReading(const Allowance& allowance) noexcept {
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
     const bool isReadOnly = restrictToReading();
-    limitResources(allowance.memory);
-    return {.areCallsRefused = refuseCalls(allowance), .isReadOnly = isReadOnly};
+    const bool isLimited = limitResources(allowance.memory);
+    return {.areCallsRefused = refuseCalls(allowance), .isReadOnly = isReadOnly, .isLimited = isLimited};
 }
 
 }  // namespace velamo

@@ -15,6 +15,7 @@ struct Allowance {
 struct Confinement {
     bool areCallsRefused = false;  // every call that a reader has no need of
     bool isReadOnly = false;       // the file system refuses changes by itself, too
+    bool isLimited = false;        // in memory, files and processes
 };
 
 /// Takes from this process, for good, what a reader of untrusted files has no need of: from now on it can open files

@@ -36,6 +36,8 @@ NameKind kindOf(const dirent& entry) noexcept {
     }
 }
 
+enum class LinkEnd : std::uint8_t { folder, noFolder, nowhere };
+
 /// Some file systems do not keep the kind with the name.
 NameKind askedKind(int folder, const char* name) noexcept {
     struct stat status = {};
@@ -71,11 +73,13 @@ struct FolderWalk::FolderHandle {
             entry.error = systemError(errno);
         return entry;
     }
-    /// Also when the system does not let one see: the folder behind such a link must not seem to have vanished.
-    [[nodiscard]] bool mayBeLinkToFolder(const char* name) const noexcept {
+    /// To a folder also when the system does not let one see: it must not seem to have vanished.
+    [[nodiscard]] LinkEnd endOfLink(const char* name) const noexcept {
         struct stat status = {};
-        if (::fstatat(number(), name, &status, 0) == 0) return S_ISDIR(status.st_mode);
-        return errno != ENOENT && errno != ELOOP && errno != ENOTDIR;
+        if (::fstatat(number(), name, &status, 0) == 0)
+            return S_ISDIR(status.st_mode) ? LinkEnd::folder : LinkEnd::noFolder;
+        if (errno == ENOENT) return LinkEnd::nowhere;
+        return errno == ELOOP || errno == ENOTDIR ? LinkEnd::noFolder : LinkEnd::folder;
     }
 
     DIR* stream = nullptr;
@@ -117,8 +121,11 @@ std::optional<FolderListing> FolderWalk::next() {
 std::optional<FolderListing> FolderWalk::list(Pending pending) {
     const FolderHandle handle(pending.folder);
     if (handle.error == std::errc::no_such_file_or_directory) return std::nullopt;
-    FolderListing listing{
-        .folder = std::move(pending.folder), .entries = {}, .error = handle.error, .share = pending.share};
+    FolderListing listing{.folder = std::move(pending.folder),
+                          .entries = {},
+                          .deadLinks = {},
+                          .error = handle.error,
+                          .share = pending.share};
     if (handle.error) return listing;
     struct stat status = {};
     if (::fstat(handle.number(), &status) != 0) {
@@ -140,8 +147,11 @@ void FolderWalk::readNames(const FolderHandle& handle, FolderListing& listing) {
             NameKind kind = kindOf(*entry);
             if (kind == NameKind::unknown) kind = askedKind(handle.number(), name);
             if (kind == NameKind::folder) pending_.push_back({listing.folder / name, 0});
-            if ((kind == NameKind::link || kind == NameKind::unknown) && handle.mayBeLinkToFolder(name))
-                pendingLinks_.push_back({listing.folder / name, 0});
+            if (kind == NameKind::link || kind == NameKind::unknown) {
+                const LinkEnd end = handle.endOfLink(name);
+                if (end == LinkEnd::folder) pendingLinks_.push_back({listing.folder / name, 0});
+                if (end == LinkEnd::nowhere && kind == NameKind::link) listing.deadLinks.emplace(name);
+            }
             if (wanted_(name)) listing.entries.push_back(handle.entry(name));
         }
         errno = 0;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <system_error>
 #include <unordered_set>
@@ -25,6 +26,7 @@ struct FolderEntry {
 struct FolderListing {
     std::filesystem::path folder;
     std::vector<FolderEntry> entries;  // those wanted, in the system's order
+    std::set<std::string> deadLinks;   // names of links that lead nowhere today, wanted or not
     std::error_code error;             // why the folder could not be read, or not to its end
     double share = 0;                  // its part of the whole walk, see FolderWalk::finishedShare
 };

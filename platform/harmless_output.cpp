@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "platform/terminal.h"
-
 namespace velamo {
 namespace {
 
@@ -32,7 +30,8 @@ bool put(std::streambuf& target, std::string_view text) {
 
 }  // namespace
 
-HarmlessOutput::HarmlessOutput(std::ostream& stream) : stream_(stream), target_(stream.rdbuf()) {
+HarmlessOutput::HarmlessOutput(std::ostream& stream, TerminalEncoding encoding)
+    : stream_(stream), target_(stream.rdbuf()), encoding_(encoding) {
     putInto(this);
 }
 
@@ -51,14 +50,14 @@ void HarmlessOutput::putInto(std::streambuf* buffer) {
 bool HarmlessOutput::write(std::string_view text) {
     pending_ += text;
     const std::size_t kept = unfinishedSize(pending_);
-    const bool isWritten =
-        put(*target_, linesForTerminal(std::string_view(pending_).substr(0, pending_.size() - kept)));
+    const auto whole = std::string_view(pending_).substr(0, pending_.size() - kept);
+    const bool isWritten = put(*target_, linesForTerminal(whole, encoding_));
     pending_.erase(0, pending_.size() - kept);
     return isWritten;
 }
 
 bool HarmlessOutput::writePending() {
-    const bool isWritten = put(*target_, linesForTerminal(pending_));
+    const bool isWritten = put(*target_, linesForTerminal(pending_, encoding_));
     pending_.clear();
     return isWritten;
 }

@@ -5,14 +5,17 @@
 #include <string>
 #include <string_view>
 
+#include "platform/terminal.h"
+
 namespace velamo {
 
 /// While it lives, what is written to the stream, which leads to a terminal, is shown and never obeyed: but for line
-/// ends, control characters, marks that turn the direction of writing and bytes that are no UTF-8 are written as "\x1b"
-/// and its like. So no text of a design, a catalogue or a library can command the terminal, whoever prints it.
+/// ends, control characters, marks that turn the direction of writing, bytes that are no UTF-8, and what the terminal's
+/// encoding makes a control character of, are written as "\x1b" and its like. So no text of a design, a catalogue or a
+/// library can command the terminal, whoever prints it.
 class HarmlessOutput : public std::streambuf {
 public:
-    explicit HarmlessOutput(std::ostream& stream);
+    explicit HarmlessOutput(std::ostream& stream, TerminalEncoding encoding = TerminalEncoding::utf8);
     ~HarmlessOutput() override;
     HarmlessOutput(const HarmlessOutput&) = delete;
     HarmlessOutput& operator=(const HarmlessOutput&) = delete;
@@ -30,6 +33,7 @@ private:
 
     std::ostream& stream_;
     std::streambuf* target_;
+    TerminalEncoding encoding_;
     std::string pending_;  // the first bytes of a character whose last ones are still to come
 };
 

@@ -16,7 +16,7 @@ using Step = ShapePath::Step;
 /// Programs that show vectors count in single precision; nothing that can be seen lies farther away.
 constexpr double farthestInMillimetres = 1 << 20;
 constexpr double millimetresOfInch = 25.4;
-constexpr double hairlinesOfInch = 300;  // a pixel of a common printer
+constexpr double hairlinesOfInch = 600;  // a pixel of a common printer, and finer than a stitch's own line
 /// Gradients of a thread differ by what single precision makes of their directions: they have one ink nevertheless.
 constexpr double exactLength = 1e-5;
 constexpr double quarterTurn = std::numbers::pi / 2;

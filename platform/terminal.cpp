@@ -1,5 +1,6 @@
 #include "platform/terminal.h"
 
+#include <langinfo.h>
 #include <sys/ioctl.h>
 #include <unicode/uchar.h>
 #include <unistd.h>
@@ -36,6 +37,12 @@ void appendEscaped(std::string& text, const Utf8Character& character) {
 
 bool isShown(const Utf8Character& character) {
     return character.code >= 0 && !isObeyed(character.code);
+}
+
+/// Of the control characters from 0x80 to 0x9F.
+bool hasControlByte(std::string_view bytes) noexcept {
+    return std::any_of(bytes.begin(), bytes.end(),
+                       [](char byte) { return (static_cast<unsigned char>(byte) & 0xE0U) == 0x80U; });
 }
 
 int descriptorOf(StandardStream stream) noexcept {
@@ -114,12 +121,18 @@ std::string escapedForTerminal(std::string_view text) {
     return escaped;
 }
 
-std::string linesForTerminal(std::string_view text) {
+TerminalEncoding terminalEncoding() noexcept {
+    const bool isUtf8 = std::string_view(::nl_langinfo(CODESET)) == "UTF-8";
+    return isUtf8 ? TerminalEncoding::utf8 : TerminalEncoding::bytes;
+}
+
+std::string linesForTerminal(std::string_view text, TerminalEncoding encoding) {
     std::string lines;
     lines.reserve(text.size());
     while (!text.empty()) {
         const auto character = takeCharacter(text);
-        if (character.code == '\n' || isShown(character))
+        const bool isPlain = encoding == TerminalEncoding::utf8 || !hasControlByte(character.bytes);
+        if (character.code == '\n' || (isShown(character) && isPlain))
             lines += character.bytes;
         else
             appendEscaped(lines, character);

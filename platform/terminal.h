@@ -33,8 +33,13 @@ struct TerminalSize {
 /// and a backslash doubled, so that it can be told apart.
 [[nodiscard]] std::string escapedForTerminal(std::string_view text);
 
+/// What a terminal takes the bytes of a character for, as the user's locale tells: one that takes each for a character
+/// of its own obeys the second byte of "Ś" as it would a control character.
+enum class TerminalEncoding : std::uint8_t { utf8, bytes };
+[[nodiscard]] TerminalEncoding terminalEncoding() noexcept;
+
 /// The same for text of many lines: line ends stay, and backslashes are not doubled.
-[[nodiscard]] std::string linesForTerminal(std::string_view text);
+[[nodiscard]] std::string linesForTerminal(std::string_view text, TerminalEncoding encoding = TerminalEncoding::utf8);
 
 /// JSON that means the same and in which what a terminal would obey (control characters from U+007F on, marks that turn
 /// the direction of writing, line and paragraph separators) is written as "\u009b" and its like.

@@ -6,6 +6,8 @@
 #include <array>
 #include <cerrno>
 
+#include "platform/system_call.h"
+
 namespace velamo {
 namespace {
 
@@ -13,9 +15,8 @@ std::string readToEnd(int descriptor, std::error_code& error) {
     std::string text;
     std::array<char, 65536> part{};
     while (true) {
-        const ssize_t count = ::read(descriptor, part.data(), part.size());
+        const ssize_t count = uninterrupted([&] { return ::read(descriptor, part.data(), part.size()); });
         if (count == 0) return text;
-        if (count < 0 && errno == EINTR) continue;
         if (count > 0) text.append(part.data(), static_cast<std::size_t>(count));
         if (count > 0 && text.size() <= mostBytesOfText) continue;
         error.assign(count < 0 ? errno : EFBIG, std::generic_category());

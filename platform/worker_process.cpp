@@ -22,6 +22,7 @@
 
 #include "platform/confinement.h"
 #include "platform/signals.h"
+#include "platform/system_call.h"
 
 namespace velamo {
 namespace {
@@ -60,24 +61,18 @@ bool send(int socket, const Message& message) {
     }
     std::string bytes(reinterpret_cast<const char*>(&message.header), sizeof(Header));
     bytes += message.text;
-    ssize_t sent = 0;
-    do {
-        sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    } while (sent < 0 && errno == EINTR);
+    const ssize_t sent = uninterrupted([&] { return ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL); });
     return sent == static_cast<ssize_t>(bytes.size());
 }
 
 /// Nothing when the other side is gone.
 std::optional<Message> receive(int socket) {
-    std::array<char, longestMessage> bytes;  // filled by the system
-    ssize_t count = 0;
-    do {
-        count = ::recv(socket, bytes.data(), bytes.size(), 0);
-    } while (count < 0 && errno == EINTR);
+    const auto bytes = std::make_unique_for_overwrite<char[]>(longestMessage);  // too large for a small stack
+    const ssize_t count = uninterrupted([&] { return ::recv(socket, bytes.get(), longestMessage, 0); });
     if (count < static_cast<ssize_t>(sizeof(Header))) return std::nullopt;
     Message message;
-    std::memcpy(&message.header, bytes.data(), sizeof(Header));
-    message.text.assign(bytes.data() + sizeof(Header), static_cast<std::size_t>(count) - sizeof(Header));
+    std::memcpy(&message.header, bytes.get(), sizeof(Header));
+    message.text.assign(bytes.get() + sizeof(Header), static_cast<std::size_t>(count) - sizeof(Header));
     return message;
 }
 
@@ -95,6 +90,13 @@ bool comesBefore(int socket, Clock::time_point deadline) {
     }
 }
 
+/// How the process ended, as waitpid tells; 0 where that cannot be known.
+int waitFor(pid_t process) noexcept {
+    int status = 0;
+    uninterrupted([&] { return ::waitpid(process, &status, 0); });
+    return status;
+}
+
 /// The number of the request that the worker has taken last, where its guardian can see it, too.
 using SharedNumber = std::atomic<std::uint64_t>;
 static_assert(SharedNumber::is_always_lock_free);
@@ -109,10 +111,7 @@ SharedNumber* makeSharedNumber() {
 /// was killed would be waited for in vain.
 std::optional<Message> takeRequest(SharedNumber& current) {
     Header header;
-    ssize_t count = 0;
-    do {
-        count = ::recv(placeOfSocket, &header, sizeof(Header), MSG_PEEK);
-    } while (count < 0 && errno == EINTR);
+    const ssize_t count = uninterrupted([&header] { return ::recv(placeOfSocket, &header, sizeof(Header), MSG_PEEK); });
     if (count < static_cast<ssize_t>(sizeof(Header))) return std::nullopt;
     current = header.number;
     return receive(placeOfSocket);
@@ -159,7 +158,7 @@ void breakAway(int socket, int attachment) noexcept {
     const int attachment = task.hasAttachment ? placeOfAttachment : -1;
     const Confinement confinement =
         confineToReading({.memory = task.limits.memory, .socket = placeOfSocket, .attachment = attachment});
-    const bool isConfined = confinement.areCallsRefused;
+    const bool isConfined = confinement.areCallsRefused && confinement.isLimited;
     if (!send(placeOfSocket, {.header = {.kind = Kind::ready, .isConfined = isConfined}, .text = {}})) ::_exit(0);
     if (task.limits.isConfinedOnly && !isConfined) ::_exit(0);
     while (auto request = takeRequest(current)) {
@@ -183,8 +182,7 @@ void breakAway(int socket, int attachment) noexcept {
     while (current != nullptr) {
         const pid_t worker = ::fork();
         if (worker == 0) serve(task, *current, self);
-        int status = 0;
-        while (worker > 0 && ::waitpid(worker, &status, 0) < 0 && errno == EINTR) continue;
+        const int status = worker > 0 ? waitFor(worker) : 0;
         if (worker < 0 || status == 0 || *current == buried) break;
         buried = *current;
         const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
@@ -212,9 +210,8 @@ std::string WorkerDeath::description() const {
 
 std::error_code AttachmentWriter::append(std::span<const std::byte> bytes) noexcept {
     while (!bytes.empty()) {
-        const ssize_t count = ::pwrite(file_, bytes.data(), bytes.size(), size_);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return {errno, std::generic_category()};
+        const ssize_t count = uninterrupted([&] { return ::pwrite(file_, bytes.data(), bytes.size(), size_); });
+        if (count < 0) return lastSystemError();
         size_ += count;
         bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
@@ -275,7 +272,7 @@ WorkerProcess::WorkerProcess(const WorkerTask& task) : time_(task.limits.time) {
 WorkerProcess::~WorkerProcess() {
     ::close(socket_);
     if (attachment_ >= 0) ::close(attachment_);
-    while (guardian_ > 0 && ::waitpid(guardian_, nullptr, 0) < 0 && errno == EINTR) continue;
+    if (guardian_ > 0) waitFor(guardian_);
 }
 
 bool WorkerProcess::isConfined() {
@@ -350,8 +347,8 @@ std::vector<WorkerProcess::Reply> WorkerProcess::ask(std::span<const std::string
 std::error_code WorkerProcess::readAttachment(std::span<std::byte> bytes, std::uint64_t offset) const noexcept {
     if (offset > attached_ || bytes.size() > attached_ - offset) return std::make_error_code(std::errc::io_error);
     while (!bytes.empty()) {
-        const ssize_t count = ::pread(attachment_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR) continue;
+        const ssize_t count =
+            uninterrupted([&] { return ::pread(attachment_, bytes.data(), bytes.size(), static_cast<off_t>(offset)); });
         if (count <= 0) return {count < 0 ? errno : EIO, std::generic_category()};
         offset += static_cast<std::uint64_t>(count);
         bytes = bytes.subspan(static_cast<std::size_t>(count));
@@ -391,11 +388,7 @@ bool sendDescriptors(int socket, std::span<const int> descriptors) noexcept {
     header->cmsg_type = SCM_RIGHTS;
     header->cmsg_len = CMSG_LEN(descriptors.size_bytes());
     std::memcpy(CMSG_DATA(header), descriptors.data(), descriptors.size_bytes());
-    ssize_t sent = 0;
-    do {
-        sent = ::sendmsg(socket, &message, MSG_NOSIGNAL);
-    } while (sent < 0 && errno == EINTR);
-    return sent == 1;
+    return uninterrupted([&] { return ::sendmsg(socket, &message, MSG_NOSIGNAL); }) == 1;
 }
 
 /// False when the owner is gone.
@@ -408,10 +401,7 @@ bool receiveDescriptors(int socket, std::span<int> descriptors) noexcept {
     message.msg_iovlen = 1;
     message.msg_control = room.bytes.data();
     message.msg_controllen = room.bytes.size();
-    ssize_t count = 0;
-    do {
-        count = ::recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
-    } while (count < 0 && errno == EINTR);
+    const ssize_t count = uninterrupted([&] { return ::recvmsg(socket, &message, MSG_CMSG_CLOEXEC); });
     const cmsghdr* const header = count == 1 ? CMSG_FIRSTHDR(&message) : nullptr;
     if (header == nullptr || header->cmsg_len != CMSG_LEN(descriptors.size_bytes())) return false;
     std::memcpy(descriptors.data(), CMSG_DATA(header), descriptors.size_bytes());
@@ -458,7 +448,7 @@ WorkerNursery::WorkerNursery(const WorkerTask& task) : hasAttachment_(task.hasAt
 
 WorkerNursery::~WorkerNursery() {
     ::close(socket_);
-    while (::waitpid(process_, nullptr, 0) < 0 && errno == EINTR) continue;
+    waitFor(process_);
 }
 
 std::unique_ptr<WorkerProcess> WorkerNursery::makeWorker() {

@@ -13,8 +13,7 @@
 namespace velamo {
 
 /// What a program says, once, where its reader is not confined.
-inline constexpr std::string_view unconfinedNotice =
-    "this system cannot refuse calls to the process that reads designs; it is only limited";
+inline constexpr std::string_view unconfinedNotice = "this system cannot wholly confine the process that reads designs";
 
 /// Reads designs for a program in a process of its own that can do nothing but read (see WorkerProcess): what a file
 /// makes a reader do stays there, and a file that takes too much time or memory is refused. What comes back is checked

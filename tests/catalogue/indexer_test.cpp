@@ -343,6 +343,24 @@ TEST_F(AwayFolder, ThatLayInAnIndexedOneHasVanished) {
     EXPECT_THAT(found(), ElementsAre("b/lily.dst"));
 }
 
+TEST_F(AwayFolder, BehindALinkIsKept) {
+    takeAway("a");
+    std::filesystem::create_directory_symlink(folder_.path() / "a", designs_ / "a");
+    std::filesystem::create_symlink(folder_.path() / "a" / "rose.dst", designs_ / "b" / "rose.dst");
+    const std::vector<std::string> all{"b/lily.dst", "b/rose.dst", "a/rose.dst", "a/deep/tulip.dst"};
+    EXPECT_EQ(run({designs_}), (IndexSummary{.added = 4}));
+    std::filesystem::rename(folder_.path() / "a", folder_.path() / "unplugged");
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_EQ(run({}), (IndexSummary{.unchanged = 1, .skipped = 1}));
+        EXPECT_THAT(told_.problems,
+                    UnorderedElementsAre(Pair(designs_ / "a", ENOENT), Pair(designs_ / "b" / "rose.dst", ENOENT)));
+        EXPECT_THAT(found(), testing::UnorderedElementsAreArray(all));
+    }
+    std::filesystem::remove(designs_ / "a");
+    std::filesystem::remove(designs_ / "b" / "rose.dst");
+    EXPECT_EQ(run({}), (IndexSummary{.unchanged = 1, .removed = 3}));
+}
+
 TEST_F(AwayFolder, MayGoInTheMiddleOfARun) {
     run({designs_ / "a", designs_ / "b"});
     auto observer = told_.observer();

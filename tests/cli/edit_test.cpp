@@ -250,7 +250,7 @@ TEST_F(Edit, SaysWhyAScriptCannotBeRead) {
         const auto outcome = edited({"center"}, {"-f", script, "-o", folder + "/new.dst"});
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.out, "");
-        EXPECT_EQ(outcome.problems, "velamo: " + script + ": " + reason + "\n");
+        EXPECT_EQ(outcome.problems, std::string("velamo: ").append(script).append(": ").append(reason).append("\n"));
         EXPECT_FALSE(std::filesystem::exists(folder + "/new.dst"));
     }
 }

@@ -36,7 +36,7 @@ protected:
     test::TemporaryFolder folder_;
 };
 
-const std::string notice = "this system cannot refuse calls to the process that reads designs; it is only limited\n";
+const std::string notice = "this system cannot wholly confine the process that reads designs\n";
 
 TEST_P(ReadingCommands, ReadInAConfinedProcess) {
     const auto outcome = run(true);

@@ -29,6 +29,7 @@ protected:
             if (listing->error) errors_[relative(listing->folder)] = listing->error.value();
             for (const FolderEntry& entry : listing->entries)
                 entries_.emplace(relative(listing->folder / entry.name), entry);
+            for (const std::string& link : listing->deadLinks) deadLinks_.push_back(relative(listing->folder / link));
         }
         finishedShare_ = walk.finishedShare();
     }
@@ -40,6 +41,7 @@ protected:
     std::vector<std::string> folders_;
     std::map<std::string, int> errors_;
     std::map<std::string, FolderEntry> entries_;
+    std::vector<std::string> deadLinks_;
     double finishedShare_ = 0;
 };
 
@@ -93,6 +95,16 @@ TEST_F(Walk, TellsWhyAnEntryIsUnknown) {
     std::filesystem::create_symlink("nowhere", folder_.path() / "x.dst");
     walk();
     EXPECT_EQ(entries_.at("x.dst").error, std::errc::no_such_file_or_directory);
+}
+
+TEST_F(Walk, TellsOfLinksThatLeadNowhere) {
+    std::filesystem::create_symlink("nowhere", folder_.path() / "x.dst");
+    std::filesystem::create_symlink("/nowhere/at all", folder_.path() / "stick");
+    std::filesystem::create_symlink("loop", folder_.path() / "loop");
+    folder_.write("rose.dst", std::string());
+    std::filesystem::create_symlink("rose.dst", folder_.path() / "rose");
+    walk();
+    EXPECT_THAT(deadLinks_, UnorderedElementsAre("x.dst", "stick"));
 }
 
 TEST_F(Walk, TellsAPipeWithoutWaiting) {

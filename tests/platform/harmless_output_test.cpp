@@ -28,6 +28,16 @@ TEST(HarmlessOutput, PutsCharactersTogetherThatComeInParts) {
     EXPECT_EQ(stream.str(), "Ä\\xc2\\x9b🌹\\xe2\\x80\\xae\\xc3");
 }
 
+TEST(HarmlessOutput, KnowsATerminalThatTakesEachByteForACharacter) {
+    std::ostringstream stream;
+    {
+        HarmlessOutput harmless(stream, TerminalEncoding::bytes);
+        stream << "ä\nś31m\xc5";
+        stream << "\x9b";
+    }
+    EXPECT_EQ(stream.str(), "ä\n\\xc5\\x9b31m\\xc5\\x9b");
+}
+
 TEST(HarmlessOutput, HasNothingInHandOnceItIsFlushed) {
     std::ostringstream stream;
     HarmlessOutput harmless(stream);

@@ -53,7 +53,8 @@ VLMDesign filledSquare(float side) {
     constexpr float row = 4;
     std::vector<VLMStitch> stitches{stitch(0, 0)};
     float direction = 1;
-    for (float y = 0; y < side; y += row, direction = -direction) {
+    const int rows = static_cast<int>(std::ceil(side / row));
+    for (int i = 0; i < rows; ++i, direction = -direction) {
         stitches.push_back(stitch(direction * side, 0));
         stitches.push_back(stitch(0, row));
     }

@@ -6,6 +6,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -46,9 +47,8 @@ public:
 
     /// Runs a program with its standard streams on this terminal, once.
     [[nodiscard]] TerminalOutcome run(std::vector<std::string> words) {
-        std::vector<char*> pointers;
-        for (std::string& word : words) pointers.push_back(word.data());
-        pointers.push_back(nullptr);
+        std::vector<char*> pointers(words.size() + 1);  // the last one stays null
+        std::transform(words.begin(), words.end(), pointers.begin(), [](std::string& word) { return word.data(); });
         const pid_t child = ::fork();
         if (child == 0) {
             for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(slave_, stream);

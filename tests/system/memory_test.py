@@ -36,6 +36,7 @@ FILES = {
     "colors.exp": b"\x80\x01\0\0" * MANY + b"\1\1",
     "tensions.jef": jef(range(MANY // 4 + 1)),
     "long.exp": b"\x30\0\xd0\0" * 4_500_000,
+    "far.exp": b"\x7f\x7f\x81\x81" * 5_000_000,
 }
 # The arguments, the exit status, and a word of the message.
 ROWS = (
@@ -50,6 +51,8 @@ ROWS = (
     ("convert tensions.jef out.jef", 0, ""),
     ("convert tensions.jef out.exp", 0, "without its 250001 colors"),
     ("convert long.exp out.pec", 1, "out.pec: File too large"),
+    ("convert far.exp out.exp", 1, "moves"),
+    ("convert far.exp out.pec", 1, "out.pec: File too large"),
 )
 
 
