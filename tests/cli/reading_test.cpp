@@ -16,7 +16,6 @@ namespace velamo {
 namespace {
 
 using test::call;
-using testing::HasSubstr;
 using Arguments = std::vector<std::string>;
 
 struct Command {

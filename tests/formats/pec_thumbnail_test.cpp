@@ -385,6 +385,7 @@ INSTANTIATE_TEST_SUITE_P(
 /// Nothing bounds the stitches of a PEC file. What a first one takes would make minutes of a million.
 TEST(PecThumbnailOfAMillionStitches, TakesSeconds) {
     std::vector<VLMStitch> stitches;
+    stitches.reserve(1000000);
     for (int i = 0; i < 1000000; ++i) stitches.push_back(stitch(i % 2 == 0 ? 1.0F : -1.0F, i % 4 < 2 ? 1.0F : -1.0F));
     const auto design = designOf(std::move(stitches), {dark});
     const std::clock_t start = std::clock();

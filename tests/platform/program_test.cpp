@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 class Program : public testing::Test {
 protected:
     fs::path write(const std::string& name, const std::string& script, fs::perms permissions = fs::perms::owner_all) {
-        const auto file = folder_.write(name, "#!/bin/sh\n" + script);
+        auto file = folder_.write(name, "#!/bin/sh\n" + script);
         fs::permissions(file, permissions);
         return file;
     }

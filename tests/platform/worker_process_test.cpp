@@ -300,9 +300,11 @@ TEST(Worker, ThatIsLostAnswersNoMore) {
 
 TEST(WorkerNursery, MakesWorkersWhileThereAreThreads) {
     WorkerNursery nursery{WorkerTask(obey, {.time = milliseconds(200)})};
+    constexpr std::size_t count = 4;
     std::vector<std::thread> threads;
+    threads.reserve(count);
     std::atomic<int> answers = 0;
-    for (int i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < count; ++i)
         threads.emplace_back([&] {
             for (int turn = 0; turn < 5; ++turn) {
                 const auto worker = nursery.makeWorker();

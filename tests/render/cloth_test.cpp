@@ -88,7 +88,7 @@ TEST(ClothWithoutPatience, LosesNothingButWhatLiesDeepBelow) {
     sew(204, 120);
     auto bitmap = *Bitmap::make(side, side);
     cloth.show(bitmap);
-    const auto isCovered = [&](int x, int y) { return bitmap.pixels()[static_cast<std::size_t>(y * side + x)] != 0; };
+    const auto isCovered = [&](std::size_t x, std::size_t y) { return bitmap.pixels()[y * side + x] != 0; };
     EXPECT_TRUE(isCovered(106, 104));
     EXPECT_TRUE(isCovered(106, 112));
     EXPECT_FALSE(isCovered(106, 120));

@@ -250,8 +250,8 @@ TEST(VectorPictures, HoldNumbersWhateverTheStitchesAre) {
     std::mt19937 random(11);
     const auto any = [&] { return hostile[random() % std::size(hostile)]; };
     for (int i = 0; i < 300; ++i) {
-        std::vector<VLMStitch> stitches;
-        for (int count = 0; count < 8; ++count) stitches.emplace_back(any(), any(), random() % 3 == 0, false);
+        std::vector<VLMStitch> stitches(8);
+        for (VLMStitch& stitch : stitches) stitch = {any(), any(), random() % 3 == 0, false};
         VLMDesign design = designOfSize(i % 5 == 0 ? -1e9F : 0, 0, 50, 50);
         design.setStitches(std::move(stitches));
         design.setThreads({threadOf(0.1, NAN, 7)});
