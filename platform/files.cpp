@@ -104,9 +104,11 @@ class NamelessFile {
 public:
     NamelessFile(const std::filesystem::path& target, const FileFeatures& features)
         : descriptor_(openIn(target.parent_path(), features)),
-          self_("/proc/self/fd/" + std::to_string(descriptor_.number())) {}
+          self_("/proc/self/fd/" + std::to_string(descriptor_.number())),
+          isUsable_(descriptor_.isOpen() && ::access(self_.c_str(), F_OK) == 0) {}
 
-    [[nodiscard]] bool isOpen() const noexcept { return descriptor_.isOpen() && ::access(self_.c_str(), F_OK) == 0; }
+    /// Whether there is one that can be given a name. Once and for all: who was told no has filled another file.
+    [[nodiscard]] bool isUsable() const noexcept { return isUsable_; }
     [[nodiscard]] int number() const noexcept { return descriptor_.number(); }
 
     /// Gives the file the target's name. One that is there already can only be replaced by renaming, so the file needs
@@ -168,6 +170,7 @@ private:
 
     Descriptor descriptor_;
     std::string self_;
+    bool isUsable_;
 };
 
 /// The file that a path leads to, with its last links followed: a link is left in place and what it names is replaced.
@@ -188,7 +191,7 @@ std::filesystem::path withoutLinks(std::filesystem::path path, std::error_code& 
 std::error_code putInPlace(const std::filesystem::path& target, const ByteProducer& produce,
                            const FileFeatures& features) {
     NamelessFile nameless(target, features);
-    if (nameless.isOpen()) {
+    if (nameless.isUsable()) {
         if (!fill(nameless.number(), produce, features)) return lastSystemError();
         if (nameless.moveTo(target)) return {};
     }
@@ -305,8 +308,8 @@ std::error_code writeAndHandOver(const std::filesystem::path& path, std::span<co
     if (failure) return failure;
     const auto folder = path.parent_path();
     NamelessFile nameless(path, features);
-    if (nameless.isOpen() && !fill(nameless.number(), produce, features)) return lastSystemError();
-    if (!nameless.isOpen() || !nameless.handOverTo(path, handOver, failure))
+    if (nameless.isUsable() && !fill(nameless.number(), produce, features)) return lastSystemError();
+    if (!nameless.isUsable() || !nameless.handOverTo(path, handOver, failure))
         failure = putTemporaryFile(path, produce, features, handOver);
     if (!failure) flushFolder(folder);
     return failure;

@@ -67,7 +67,7 @@ Reply LastingWorker::askAlone(const std::string& request) {
     process_.reset();
     auto replies = process().ask({&request, 1});
     if (!replies.empty()) return std::move(replies.front());
-    const bool isToBlame = process().hasTakenRequests();
+    const bool isToBlame = process().mayBlameRequest();
     process_.reset();
     if (!isToBlame) throw WorkerLoss(std::system_error(std::make_error_code(std::errc::connection_reset)));
     return WorkerDeath{SIGKILL};

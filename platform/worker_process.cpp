@@ -65,10 +65,11 @@ bool send(int socket, const Message& message) {
     return sent == static_cast<ssize_t>(bytes.size());
 }
 
-/// Nothing when the other side is gone.
+/// Nothing, and ECONNRESET, when the other side is gone; the system's reason where it does not tell.
 std::optional<Message> receive(int socket) {
     const auto bytes = std::make_unique_for_overwrite<char[]>(longestMessage);  // too large for a small stack
     const ssize_t count = uninterrupted([&] { return ::recv(socket, bytes.get(), longestMessage, 0); });
+    if (count >= 0 && count < static_cast<ssize_t>(sizeof(Header))) errno = ECONNRESET;
     if (count < static_cast<ssize_t>(sizeof(Header))) return std::nullopt;
     Message message;
     std::memcpy(&message.header, bytes.get(), sizeof(Header));
@@ -309,7 +310,10 @@ std::optional<WorkerProcess::Reply> WorkerProcess::receiveReply(std::uint64_t nu
             return WorkerDeath{SIGALRM};
         }
         auto message = receive(socket_);
-        if (!message) return std::nullopt;
+        if (!message) {
+            hasSocketFailed_ = errno != ECONNRESET;
+            return std::nullopt;
+        }
         if (message->header.kind == Kind::ready) isConfined_ = message->header.isConfined;
         if (message->header.kind == Kind::ready || message->header.number != number) continue;
         if (message->header.kind == Kind::death) return WorkerDeath{message->header.signal};

@@ -90,8 +90,9 @@ public:
     /// one. One thread at a time asks. std::system_error when a request is too long.
     [[nodiscard]] std::vector<Reply> ask(std::span<const std::string> requests);
 
-    /// Whether a request could be sent at all.
-    [[nodiscard]] bool hasTakenRequests() const noexcept { return number_ > 0; }
+    /// Whether a worker that was lost may have been lost by a request: one could be sent, and it was not the system
+    /// that refused to take the answer.
+    [[nodiscard]] bool mayBlameRequest() const noexcept { return number_ > 0 && !hasSocketFailed_; }
 
     /// Bytes of the attachment of the last answer, from the offset on, as many as there are; for a task that has one.
     /// It is the worker's to change: read it once. The system's reason when it cannot be read, EIO behind the file's
@@ -116,6 +117,7 @@ private:
     std::uint64_t number_ = 0;        // of the last request that was sent
     std::uint64_t attached_ = 0;      // bytes, as the last answer said
     std::optional<bool> isConfined_;  // as the process said
+    bool hasSocketFailed_ = false;
 };
 
 /// Makes worker processes of one kind at any time, for a process that may have many threads by then: a process of one
