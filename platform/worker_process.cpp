@@ -91,10 +91,10 @@ bool comesBefore(int socket, Clock::time_point deadline) {
     }
 }
 
-/// How the process ended, as waitpid tells; 0 where that cannot be known.
+/// How the process ended, as waitpid tells; 0 where there is none. Whatever else breaks the waiting off does not last.
 int waitFor(pid_t process) noexcept {
     int status = 0;
-    uninterrupted([&] { return ::waitpid(process, &status, 0); });
+    while (::waitpid(process, &status, 0) < 0 && errno != ECHILD) continue;
     return status;
 }
 

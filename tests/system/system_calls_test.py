@@ -32,6 +32,8 @@ from tracing import CANNOT_TRACE, may_trace
 ERRORS = ("EIO", "ENOSPC", "ESTALE", "EPERM", "EINTR")
 SECONDS_OF_A_RUN = 120
 SECONDS_OF_A_SAMPLE = 35
+# Some failures make one process wait until another one's time is over.
+RUNS_AT_ONCE = 4 * os.cpu_count()
 
 # Calls that a kernel lets fail for no reason of a disk, or never.
 LEFT_OUT = {
@@ -277,11 +279,11 @@ def try_out(failures, seconds):
     """Prints what is wrong after each failure; how many were tried and how many went wrong."""
     end = time.monotonic() + seconds
     tried = wrong = 0
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as threads:
+    with concurrent.futures.ThreadPoolExecutor(RUNS_AT_ONCE) as threads:
         waiting = iter(failures)
         running = {}
         while True:
-            while len(running) < os.cpu_count() and time.monotonic() < end:
+            while len(running) < RUNS_AT_ONCE and time.monotonic() < end:
                 failure = next(waiting, None)
                 if failure is None:
                     break
