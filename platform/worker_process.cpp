@@ -91,6 +91,12 @@ bool comesBefore(int socket, Clock::time_point deadline) {
     }
 }
 
+/// Tells the other side that this one has gone, also where closing fails: nobody is to be waited for in vain.
+void hangUp(int socket) noexcept {
+    ::shutdown(socket, SHUT_RDWR);
+    ::close(socket);
+}
+
 /// How the process ended, as waitpid tells; 0 where there is none. Whatever else breaks the waiting off does not last.
 int waitFor(pid_t process) noexcept {
     int status = 0;
@@ -271,7 +277,7 @@ WorkerProcess::WorkerProcess(const WorkerTask& task) : time_(task.limits.time) {
 }
 
 WorkerProcess::~WorkerProcess() {
-    ::close(socket_);
+    hangUp(socket_);
     if (attachment_ >= 0) ::close(attachment_);
     if (guardian_ > 0) waitFor(guardian_);
 }
@@ -451,7 +457,7 @@ WorkerNursery::WorkerNursery(const WorkerTask& task) : hasAttachment_(task.hasAt
 }
 
 WorkerNursery::~WorkerNursery() {
-    ::close(socket_);
+    hangUp(socket_);
     waitFor(process_);
 }
 
