@@ -4,11 +4,11 @@
 #include <ostream>
 #include <vector>
 
+#include "measure/value_transformer.h"
 #include "model/description_pattern.h"
 #include "platform/number_format.h"
 #include "platform/text.h"
 #include "platform/user.h"
-#include "render/value_transformer.h"
 
 namespace velamo {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "cli/console.h"
-#include "render/value_transformer.h"
+#include "measure/value_transformer.h"
 
 namespace CLI {
 class App;

@@ -12,11 +12,11 @@
 #include "cli/catalogue_file.h"
 #include "cli/commands.h"
 #include "cli/json.h"
+#include "measure/value_transformer.h"
 #include "platform/harmless_output.h"
 #include "platform/number_format.h"
 #include "platform/search_words.h"
 #include "platform/user.h"
-#include "render/value_transformer.h"
 
 namespace velamo {
 namespace {

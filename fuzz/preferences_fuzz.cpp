@@ -2,9 +2,9 @@
 
 #include "fuzz/claims.h"
 #include "fuzz/input_file.h"
+#include "measure/value_transformer.h"
 #include "platform/files.h"
 #include "platform/property_list.h"
-#include "render/value_transformer.h"
 
 namespace velamo::fuzz {
 namespace {

@@ -1,6 +1,6 @@
 #include "model/hoop.h"
 
-#include "render/value_transformer.h"
+#include "measure/value_transformer.h"
 
 namespace velamo {
 

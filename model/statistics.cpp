@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "measure/value_transformer.h"
 #include "model/description_pattern.h"
 #include "model/design.h"
 #include "model/written_types.h"
 #include "platform/resources.h"
-#include "render/value_transformer.h"
 
 namespace velamo {
 namespace {

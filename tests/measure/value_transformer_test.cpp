@@ -1,4 +1,4 @@
-#include "render/value_transformer.h"
+#include "measure/value_transformer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
