@@ -12,7 +12,7 @@
 #include "formats/format.h"
 #include "formats/pec.h"
 #include "formats/pec_thumbnail.h"
-#include "platform/files.h"
+#include "platform/system/files.h"
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {

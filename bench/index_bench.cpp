@@ -13,8 +13,8 @@
 #include "catalogue/indexer.h"
 #include "formats/format.h"
 #include "formats/thread_file.h"
-#include "platform/files.h"
-#include "platform/folder_walk.h"
+#include "platform/system/files.h"
+#include "platform/system/folder_walk.h"
 #include "plugin/host.h"
 #include "tests/support/temporary_folder.h"
 

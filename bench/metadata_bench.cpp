@@ -9,7 +9,7 @@
 
 #include "bench/beside.h"
 #include "bench/design_files.h"
-#include "platform/shared_module.h"
+#include "platform/system/shared_module.h"
 #include "plugin/host.h"
 #include "plugin/importer.h"
 #include "plugin/owned.h"

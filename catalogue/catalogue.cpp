@@ -5,9 +5,9 @@
 #include <array>
 #include <chrono>
 
-#include "platform/file_lock.h"
-#include "platform/private_files.h"
-#include "platform/search_words.h"
+#include "platform/system/file_lock.h"
+#include "platform/system/private_files.h"
+#include "platform/text/search_words.h"
 
 namespace velamo {
 namespace {

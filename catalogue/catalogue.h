@@ -13,7 +13,7 @@
 
 #include "catalogue/database.h"
 #include "catalogue/search.h"
-#include "platform/file_state.h"
+#include "platform/system/file_state.h"
 #include "plugin/host.h"
 
 namespace velamo {

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/file_state.h"
-#include "platform/lasting_worker.h"
+#include "platform/processes/lasting_worker.h"
+#include "platform/system/file_state.h"
 #include "reading/read_design.h"
 #include "reading/reader_failures.h"
 

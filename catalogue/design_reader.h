@@ -10,7 +10,7 @@
 
 #include "catalogue/search.h"
 #include "model/error.h"
-#include "platform/lasting_worker.h"
+#include "platform/processes/lasting_worker.h"
 
 namespace velamo {
 

@@ -10,8 +10,8 @@
 #include "formats/format.h"
 #include "formats/import.h"
 #include "formats/thread_file.h"
-#include "platform/files.h"
-#include "platform/folder_walk.h"
+#include "platform/system/files.h"
+#include "platform/system/folder_walk.h"
 
 namespace velamo {
 namespace {

@@ -4,7 +4,7 @@
 #include <system_error>
 
 #include "catalogue/database.h"
-#include "platform/user_data.h"
+#include "platform/system/user_data.h"
 
 namespace velamo {
 

@@ -7,7 +7,7 @@
 #include <ostream>
 
 #include "cli/commands.h"
-#include "platform/harmless_output.h"
+#include "platform/text/harmless_output.h"
 
 namespace velamo {
 namespace {

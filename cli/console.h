@@ -9,8 +9,8 @@
 #include <system_error>
 
 #include "model/error.h"
-#include "platform/terminal.h"
-#include "platform/text.h"
+#include "platform/system/terminal.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 

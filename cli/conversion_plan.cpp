@@ -5,7 +5,7 @@
 #include <set>
 
 #include "formats/thread_file.h"
-#include "platform/search_words.h"
+#include "platform/text/search_words.h"
 
 namespace velamo {
 namespace {

@@ -11,7 +11,7 @@
 #include "cli/progress_bar.h"
 #include "cli/save_design.h"
 #include "formats/format.h"
-#include "platform/folder_walk.h"
+#include "platform/system/folder_walk.h"
 
 namespace velamo {
 namespace {

@@ -6,9 +6,9 @@
 
 #include "measure/value_transformer.h"
 #include "model/description_pattern.h"
-#include "platform/number_format.h"
-#include "platform/text.h"
-#include "platform/user.h"
+#include "platform/system/user.h"
+#include "platform/text/number_format.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 namespace {

@@ -13,7 +13,7 @@
 #include "cli/desktop_hosts.h"
 #include "cli/failed_thumbnails.h"
 #include "cli/json.h"
-#include "platform/user_data.h"
+#include "platform/system/user_data.h"
 
 namespace velamo {
 namespace {

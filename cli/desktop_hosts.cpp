@@ -4,8 +4,8 @@
 #include <iterator>
 #include <system_error>
 
-#include "platform/program.h"
-#include "platform/user_data.h"
+#include "platform/processes/program.h"
+#include "platform/system/user_data.h"
 
 namespace velamo {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/user.h"
+#include "platform/system/user.h"
 
 namespace velamo {
 

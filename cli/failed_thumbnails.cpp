@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "formats/byte_reader.h"
-#include "platform/files.h"
+#include "platform/system/files.h"
 
 namespace velamo {
 namespace {

@@ -8,8 +8,8 @@
 
 #include "cli/commands.h"
 #include "cli/design_json.h"
-#include "platform/number_format.h"
-#include "platform/user.h"
+#include "platform/system/user.h"
+#include "platform/text/number_format.h"
 
 namespace velamo {
 namespace {

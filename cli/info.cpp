@@ -9,7 +9,7 @@
 #include "cli/design_words.h"
 #include "cli/terminal_picture.h"
 #include "formats/design_attributes.h"
-#include "platform/harmless_output.h"
+#include "platform/text/harmless_output.h"
 #include "render/design_picture.h"
 
 namespace velamo {

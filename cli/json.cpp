@@ -7,7 +7,7 @@
 #include <ostream>
 #include <sstream>
 
-#include "platform/terminal.h"
+#include "platform/text/harmless_text.h"
 
 namespace velamo {
 namespace {

@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "platform/text.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 

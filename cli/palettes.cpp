@@ -13,8 +13,8 @@
 #include "cli/json.h"
 #include "model/color_list.h"
 #include "model/thread.h"
-#include "platform/resources.h"
-#include "platform/search_words.h"
+#include "platform/text/resources.h"
+#include "platform/text/search_words.h"
 
 namespace velamo {
 namespace {

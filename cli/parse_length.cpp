@@ -9,8 +9,8 @@
 
 #include "cli/commands.h"
 #include "cli/length.h"
-#include "platform/number_format.h"
-#include "platform/user.h"
+#include "platform/system/user.h"
+#include "platform/text/number_format.h"
 
 namespace velamo {
 namespace {

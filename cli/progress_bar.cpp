@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string_view>
 
-#include "platform/harmless_output.h"
+#include "platform/text/harmless_output.h"
 
 namespace velamo {
 

@@ -15,7 +15,7 @@
 #include "cli/commands.h"
 #include "cli/edit_script.h"
 #include "formats/format.h"
-#include "platform/files.h"
+#include "platform/system/files.h"
 
 namespace velamo {
 namespace {

@@ -6,7 +6,7 @@
 #include "formats/export.h"
 #include "formats/import.h"
 #include "formats/thread_file.h"
-#include "platform/files.h"
+#include "platform/system/files.h"
 
 namespace velamo {
 namespace {

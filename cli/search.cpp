@@ -13,10 +13,10 @@
 #include "cli/commands.h"
 #include "cli/json.h"
 #include "measure/value_transformer.h"
-#include "platform/harmless_output.h"
-#include "platform/number_format.h"
-#include "platform/search_words.h"
-#include "platform/user.h"
+#include "platform/system/user.h"
+#include "platform/text/harmless_output.h"
+#include "platform/text/number_format.h"
+#include "platform/text/search_words.h"
 
 namespace velamo {
 namespace {

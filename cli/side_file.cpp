@@ -4,8 +4,8 @@
 #include <system_error>
 
 #include "formats/thread_file.h"
-#include "platform/files.h"
-#include "platform/set_aside.h"
+#include "platform/system/files.h"
+#include "platform/system/set_aside.h"
 
 namespace velamo {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "platform/bitmap.h"
-#include "platform/terminal.h"
+#include "platform/graphics/bitmap.h"
+#include "platform/system/terminal.h"
 
 namespace velamo {
 

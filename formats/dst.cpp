@@ -8,8 +8,8 @@
 #include "formats/stitch_sink.h"
 #include "formats/undefined_threads.h"
 #include "formats/whole_moves.h"
-#include "platform/narrow_text.h"
-#include "platform/text.h"
+#include "platform/text/narrow_text.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 namespace {

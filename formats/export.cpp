@@ -5,8 +5,8 @@
 #include "editing/optimize.h"
 #include "formats/format.h"
 #include "formats/thread_file.h"
-#include "platform/log.h"
-#include "platform/text.h"
+#include "platform/system/log.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 namespace {

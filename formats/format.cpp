@@ -13,7 +13,7 @@
 #include "formats/sew.h"
 #include "formats/vp3.h"
 #include "model/written_types.h"
-#include "platform/text.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 namespace {

@@ -12,7 +12,7 @@
 #include "formats/palette_change.h"
 #include "formats/whole_moves.h"
 #include "model/thread_codes.h"
-#include "platform/local_time.h"
+#include "platform/system/local_time.h"
 
 namespace velamo {
 namespace {

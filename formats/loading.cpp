@@ -3,7 +3,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/files.h"
+#include "platform/system/files.h"
 
 namespace velamo {
 

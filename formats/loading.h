@@ -16,7 +16,7 @@ struct ImportOptions {
 };
 
 /// The bytes of a design file. Throws the reason as a std::system_error where reading breaks off or the file has more
-/// than 256 MB (mostBytesOfFile, see platform/files.h), and where the options say so. May throw std::bad_alloc.
+/// than 256 MB (mostBytesOfFile, see platform/system/files.h), and where the options say so. May throw std::bad_alloc.
 [[nodiscard]] std::vector<std::uint8_t> loadFile(const std::filesystem::path& url, const ImportOptions& options);
 
 }  // namespace velamo

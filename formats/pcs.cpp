@@ -12,7 +12,7 @@
 #include "formats/stitch_sink.h"
 #include "formats/undefined_threads.h"
 #include "formats/whole_moves.h"
-#include "platform/resources.h"
+#include "platform/text/resources.h"
 
 namespace velamo {
 namespace {

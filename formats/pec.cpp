@@ -9,7 +9,7 @@
 #include "formats/palette_change.h"
 #include "formats/whole_moves.h"
 #include "model/thread_codes.h"
-#include "platform/narrow_text.h"
+#include "platform/text/narrow_text.h"
 
 namespace velamo {
 namespace {

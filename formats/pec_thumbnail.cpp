@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "model/error.h"
-#include "platform/bitmap.h"
+#include "platform/graphics/bitmap.h"
 #include "render/draw_design.h"
 
 namespace velamo {

@@ -1,6 +1,6 @@
 #include "formats/saving.h"
 
-#include "platform/files.h"
+#include "platform/system/files.h"
 
 namespace velamo {
 

@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "platform/files.h"
-#include "platform/old_archive.h"
-#include "platform/property_list.h"
+#include "platform/plist/old_archive.h"
+#include "platform/plist/property_list.h"
+#include "platform/system/files.h"
 
 namespace velamo {
 namespace {

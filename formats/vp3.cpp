@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "formats/byte_moves.h"
-#include "platform/text.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 namespace {

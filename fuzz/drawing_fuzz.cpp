@@ -2,7 +2,7 @@
 #include <string_view>
 
 #include "fuzz/claims.h"
-#include "platform/bitmap.h"
+#include "platform/graphics/bitmap.h"
 #include "render/design_picture.h"
 #include "render/draw_design.h"
 #include "render/thumbnail.h"

@@ -9,8 +9,8 @@
 #include "formats/format.h"
 #include "fuzz/import_input.h"
 #include "model/design.h"
-#include "platform/files.h"
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
+#include "platform/system/files.h"
 #include "tests/support/samples.h"
 
 namespace velamo::fuzz {

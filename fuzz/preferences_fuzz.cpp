@@ -3,8 +3,8 @@
 #include "fuzz/claims.h"
 #include "fuzz/input_file.h"
 #include "measure/value_transformer.h"
-#include "platform/files.h"
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
+#include "platform/system/files.h"
 
 namespace velamo::fuzz {
 namespace {

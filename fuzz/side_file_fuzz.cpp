@@ -1,8 +1,8 @@
 #include "formats/thread_file.h"
 #include "fuzz/claims.h"
 #include "fuzz/input_file.h"
-#include "platform/files.h"
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
+#include "platform/system/files.h"
 
 namespace velamo::fuzz {
 namespace {

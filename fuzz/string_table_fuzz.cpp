@@ -1,7 +1,7 @@
-#include "platform/string_table.h"
+#include "platform/text/string_table.h"
 
 #include "fuzz/claims.h"
-#include "platform/text.h"
+#include "platform/text/text.h"
 
 namespace velamo::fuzz {
 namespace {

@@ -5,7 +5,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/text.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 

@@ -7,9 +7,9 @@
 #include <limits>
 #include <memory>
 
-#include "platform/files.h"
-#include "platform/property_list.h"
-#include "platform/user.h"
+#include "platform/plist/property_list.h"
+#include "platform/system/files.h"
+#include "platform/system/user.h"
 
 namespace velamo {
 namespace {

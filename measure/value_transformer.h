@@ -14,8 +14,8 @@
 #include <utility>
 #include <variant>
 
-#include "platform/number_format.h"
-#include "platform/text.h"
+#include "platform/text/number_format.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 

@@ -1,7 +1,7 @@
 #include <cerrno>
 
 #include "model/design.h"
-#include "platform/keyed_archive.h"
+#include "platform/plist/keyed_archive.h"
 
 namespace velamo {
 namespace {

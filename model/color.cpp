@@ -1,6 +1,6 @@
 #include "model/color.h"
 
-#include "platform/text.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 namespace {

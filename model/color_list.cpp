@@ -5,8 +5,8 @@
 #include <mutex>
 #include <optional>
 
-#include "platform/files.h"
-#include "platform/resources.h"
+#include "platform/system/files.h"
+#include "platform/text/resources.h"
 
 namespace velamo {
 namespace {

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "platform/resources.h"
+#include "platform/text/resources.h"
 
 namespace velamo {
 namespace {

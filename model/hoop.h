@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "platform/text.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 

@@ -5,7 +5,7 @@
 #include "model/description_pattern.h"
 #include "model/design.h"
 #include "model/written_types.h"
-#include "platform/resources.h"
+#include "platform/text/resources.h"
 
 namespace velamo {
 namespace {

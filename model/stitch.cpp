@@ -1,6 +1,6 @@
 #include "model/stitch.h"
 
-#include "platform/text.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 

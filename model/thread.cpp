@@ -4,8 +4,8 @@
 
 #include "model/color_list.h"
 #include "model/error.h"
-#include "platform/log.h"
-#include "platform/resources.h"
+#include "platform/system/log.h"
+#include "platform/text/resources.h"
 
 namespace velamo {
 namespace {

@@ -7,7 +7,7 @@
 #include "model/color.h"
 #include "model/list.h"
 #include "model/shared_value.h"
-#include "platform/text.h"
+#include "platform/text/text.h"
 
 namespace velamo {
 

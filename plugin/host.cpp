@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "platform/shared_module.h"
+#include "platform/system/shared_module.h"
 #include "plugin/attributes.h"
 
 namespace velamo {

@@ -8,7 +8,7 @@
 
 #include "formats/design_attributes.h"
 #include "model/design.h"
-#include "platform/lasting_worker.h"
+#include "platform/processes/lasting_worker.h"
 
 namespace velamo {
 

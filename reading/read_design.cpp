@@ -1,7 +1,7 @@
 #include "reading/read_design.h"
 
 #include "formats/import.h"
-#include "platform/file_state.h"
+#include "platform/system/file_state.h"
 
 namespace velamo {
 

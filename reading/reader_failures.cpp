@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "platform/terminal.h"
+#include "platform/text/harmless_text.h"
 
 namespace velamo {
 

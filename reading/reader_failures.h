@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "model/error.h"
-#include "platform/worker_process.h"
+#include "platform/processes/worker_process.h"
 
 namespace velamo {
 

@@ -8,7 +8,7 @@
 
 #include "model/color.h"
 #include "model/design.h"
-#include "platform/bitmap.h"
+#include "platform/graphics/bitmap.h"
 
 namespace velamo {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/vector_picture.h"
+#include "platform/graphics/vector_picture.h"
 #include "render/draw_design.h"
 
 namespace velamo {

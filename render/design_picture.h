@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "model/design.h"
-#include "platform/bitmap.h"
-#include "platform/byte_sink.h"
+#include "platform/graphics/bitmap.h"
+#include "platform/system/byte_sink.h"
 
 namespace velamo {
 

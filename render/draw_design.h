@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "model/design.h"
-#include "platform/graphics_context.h"
+#include "platform/graphics/graphics_context.h"
 
 namespace velamo {
 

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "model/design.h"
-#include "platform/bitmap.h"
+#include "platform/graphics/bitmap.h"
 
 namespace velamo {
 

@@ -3,7 +3,7 @@
 
 #include "integrations/kde/extractor.h"
 #include "model/error.h"
-#include "platform/program_start.h"
+#include "platform/system/program_start.h"
 
 /// Answers one request; whoever asks again starts the program again.
 int main() {

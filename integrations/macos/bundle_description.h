@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
 
 namespace velamo {
 

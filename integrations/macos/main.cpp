@@ -5,8 +5,8 @@
 
 #include "integrations/macos/bundle_description.h"
 #include "model/error.h"
-#include "platform/files.h"
-#include "platform/program_start.h"
+#include "platform/system/files.h"
+#include "platform/system/program_start.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include "integrations/recoll/recoll_handler.h"
 #include "model/error.h"
-#include "platform/program_start.h"
+#include "platform/system/program_start.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "integrations/attribute_words.h"
-#include "platform/text.h"
+#include "platform/text/text.h"
 #include "reading/reader_failures.h"
 
 namespace velamo {

@@ -11,9 +11,9 @@
 
 #include "integrations/thumbnails/thumbnail_of_file.h"
 #include "model/error.h"
-#include "platform/file_state.h"
-#include "platform/files.h"
-#include "platform/program_start.h"
+#include "platform/system/file_state.h"
+#include "platform/system/files.h"
+#include "platform/system/program_start.h"
 #include "reading/reader_failures.h"
 
 namespace velamo {

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "platform/bitmap.h"
+#include "platform/graphics/bitmap.h"
 #include "reading/confined_reader.h"
 
 namespace velamo {

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <csignal>
 
-#include "platform/confinement.h"
+#include "platform/processes/confinement.h"
 #include "tests/catalogue/support.h"
 #include "tests/support/child_processes.h"
 #include "tests/support/other_user.h"

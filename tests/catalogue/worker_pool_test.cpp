@@ -8,7 +8,7 @@
 #include <fstream>
 #include <set>
 
-#include "platform/confinement.h"
+#include "platform/processes/confinement.h"
 
 namespace velamo {
 namespace {

@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "formats/format.h"
-#include "platform/files.h"
+#include "platform/system/files.h"
 #include "tests/cli/support.h"
 
 namespace velamo {

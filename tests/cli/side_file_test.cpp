@@ -9,7 +9,7 @@
 #include "cli/save_design.h"
 #include "formats/import.h"
 #include "formats/thread_file.h"
-#include "platform/files.h"
+#include "platform/system/files.h"
 #include "tests/cli/support.h"
 #include "tests/support/other_user.h"
 

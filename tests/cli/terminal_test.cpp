@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "catalogue/catalogue.h"
+#include "platform/text/harmless_text.h"
 #include "tests/cli/support.h"
 #include "tests/support/environment.h"
 #include "tests/support/pseudo_terminal.h"

@@ -14,7 +14,7 @@
 #include "formats/export.h"
 #include "formats/format.h"
 #include "formats/import.h"
-#include "platform/files.h"
+#include "platform/system/files.h"
 #include "tests/faults/failing_memory.h"
 #include "tests/plugin/importer_module.h"
 #include "tests/support/samples.h"

@@ -11,7 +11,7 @@
 #include "formats/format.h"
 #include "formats/import.h"
 #include "formats/thread_file.h"
-#include "platform/files.h"
+#include "platform/system/files.h"
 #include "tests/support/bytes.h"
 #include "tests/support/designs.h"
 #include "tests/support/temporary_folder.h"

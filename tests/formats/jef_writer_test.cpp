@@ -3,7 +3,7 @@
 #include <chrono>
 
 #include "formats/jef.h"
-#include "platform/local_time.h"
+#include "platform/system/local_time.h"
 #include "tests/support/bytes.h"
 #include "tests/support/designs.h"
 #include "tests/support/temporary_folder.h"

@@ -8,7 +8,7 @@
 #include <random>
 #include <string>
 
-#include "platform/bitmap.h"
+#include "platform/graphics/bitmap.h"
 #include "render/draw_design.h"
 #include "tests/support/stitches.h"
 

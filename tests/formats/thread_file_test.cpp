@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {

@@ -9,9 +9,9 @@
 #include <sstream>
 
 #include "formats/format.h"
-#include "platform/files.h"
-#include "platform/property_list.h"
-#include "platform/string_table.h"
+#include "platform/plist/property_list.h"
+#include "platform/system/files.h"
+#include "platform/text/string_table.h"
 #include "plugin/host.h"
 #include "tests/plugin/importer_module.h"
 #include "tests/support/samples.h"

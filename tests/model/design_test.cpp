@@ -5,8 +5,8 @@
 #include <cerrno>
 #include <limits>
 
-#include "platform/keyed_archive.h"
-#include "platform/property_list.h"
+#include "platform/plist/keyed_archive.h"
+#include "platform/plist/property_list.h"
 
 namespace velamo {
 namespace {

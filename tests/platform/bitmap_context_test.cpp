@@ -1,4 +1,4 @@
-#include "platform/bitmap_context.h"
+#include "platform/graphics/bitmap_context.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "platform/bitmap.h"
+#include "platform/graphics/bitmap.h"
 
 namespace velamo {
 namespace {

@@ -1,5 +1,5 @@
 // What a confined process is refused, tried from inside one.
-#include "platform/confinement.h"
+#include "platform/processes/confinement.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@
 #include <fstream>
 #include <functional>
 
-#include "platform/worker_process.h"
+#include "platform/processes/worker_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/without_filters.h"
 

@@ -1,4 +1,4 @@
-#include "platform/file_lock.h"
+#include "platform/system/file_lock.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/files.h"
+#include "platform/system/files.h"
 
 #include <fcntl.h>
 #include <grp.h>
@@ -20,8 +20,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/file_state.h"
-#include "platform/interruption.h"
+#include "platform/system/file_state.h"
+#include "platform/system/interruption.h"
 #include "tests/support/bytes.h"
 #include "tests/support/other_user.h"
 #include "tests/support/sanitizers.h"

@@ -1,4 +1,4 @@
-#include "platform/harmless_output.h"
+#include "platform/text/harmless_output.h"
 
 #include <gtest/gtest.h>
 

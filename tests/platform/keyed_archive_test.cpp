@@ -1,4 +1,4 @@
-#include "platform/keyed_archive.h"
+#include "platform/plist/keyed_archive.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 #include <limits>
 #include <random>
 
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
 #include "tests/support/property_lists.h"
 
 namespace velamo {

@@ -1,4 +1,4 @@
-#include "platform/lasting_worker.h"
+#include "platform/processes/lasting_worker.h"
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>

@@ -1,4 +1,4 @@
-#include "platform/narrow_text.h"
+#include "platform/text/narrow_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/number_format.h"
+#include "platform/text/number_format.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/old_archive.h"
+#include "platform/plist/old_archive.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/output_buffer.h"
+#include "platform/system/output_buffer.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -7,7 +7,7 @@
 #include <map>
 #include <sstream>
 
-#include "platform/resources.h"
+#include "platform/text/resources.h"
 
 namespace velamo {
 namespace {

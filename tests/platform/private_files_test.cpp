@@ -1,4 +1,4 @@
-#include "platform/private_files.h"
+#include "platform/system/private_files.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

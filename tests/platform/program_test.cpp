@@ -1,4 +1,4 @@
-#include "platform/program.h"
+#include "platform/processes/program.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/resources.h"
+#include "platform/text/resources.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,9 +9,9 @@
 #include <system_error>
 #include <thread>
 
-#include "platform/files.h"
-#include "platform/string_table.h"
-#include "platform/text.h"
+#include "platform/system/files.h"
+#include "platform/text/string_table.h"
+#include "platform/text/text.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
 

@@ -1,4 +1,4 @@
-#include "platform/search_words.h"
+#include "platform/text/search_words.h"
 
 #include <gtest/gtest.h>
 

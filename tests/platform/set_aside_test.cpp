@@ -1,4 +1,4 @@
-#include "platform/set_aside.h"
+#include "platform/system/set_aside.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

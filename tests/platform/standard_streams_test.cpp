@@ -1,4 +1,4 @@
-#include "platform/standard_streams.h"
+#include "platform/system/standard_streams.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

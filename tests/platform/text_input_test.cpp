@@ -1,4 +1,4 @@
-#include "platform/text_input.h"
+#include "platform/system/text_input.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

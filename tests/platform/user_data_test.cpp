@@ -1,4 +1,4 @@
-#include "platform/user_data.h"
+#include "platform/system/user_data.h"
 
 #include <gtest/gtest.h>
 

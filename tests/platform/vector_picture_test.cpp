@@ -1,4 +1,4 @@
-#include "platform/vector_picture.h"
+#include "platform/graphics/vector_picture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/worker_process.h"
+#include "platform/processes/worker_process.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -19,8 +19,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/confinement.h"
-#include "platform/files.h"
+#include "platform/processes/confinement.h"
+#include "platform/system/files.h"
 #include "tests/support/child_processes.h"
 #include "tests/support/temporary_folder.h"
 

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "platform/shared_module.h"
+#include "platform/system/shared_module.h"
 #include "plugin/attributes.h"
 #include "plugin/host.h"
 #include "plugin/importer.h"

@@ -14,7 +14,7 @@
 
 #include "formats/format.h"
 #include "formats/thread_file.h"
-#include "platform/confinement.h"
+#include "platform/processes/confinement.h"
 #include "reading/read_design.h"
 #include "tests/reading/same_design.h"
 #include "tests/support/child_processes.h"

@@ -8,7 +8,7 @@
 #include <random>
 #include <string>
 
-#include "platform/files.h"
+#include "platform/system/files.h"
 #include "tests/support/png.h"
 #include "tests/support/stitches.h"
 #include "tests/support/vector_files.h"

@@ -7,7 +7,7 @@
 #include <new>
 #include <random>
 
-#include "platform/bitmap.h"
+#include "platform/graphics/bitmap.h"
 #include "tests/support/recording_context.h"
 #include "tests/support/stitches.h"
 

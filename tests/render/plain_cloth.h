@@ -11,7 +11,7 @@
 
 #include "model/color.h"
 #include "model/design.h"
-#include "platform/bitmap.h"
+#include "platform/graphics/bitmap.h"
 
 namespace velamo::test {
 

@@ -9,7 +9,7 @@
 
 #include "formats/export.h"
 #include "formats/format.h"
-#include "platform/files.h"
+#include "platform/system/files.h"
 #include "tests/support/designs.h"
 #include "tests/support/samples.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/property_list.h"
+#include "platform/plist/property_list.h"
 
 namespace velamo::test {
 
