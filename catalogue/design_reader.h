@@ -4,15 +4,24 @@
 #include <filesystem>
 #include <functional>
 #include <span>
+#include <string>
 #include <system_error>
 #include <variant>
 #include <vector>
 
-#include "catalogue/search.h"
 #include "model/error.h"
 #include "platform/processes/lasting_worker.h"
+#include "plugin/host.h"
 
 namespace velamo {
+
+/// Why a file could not be read as a design.
+struct DesignFailure {
+    std::string domain;
+    int code = 0;
+    std::string message;
+    friend bool operator==(const DesignFailure&, const DesignFailure&) = default;
+};
 
 /// What came of reading a file: the design's attributes, why it is no sound design, or why the system did not let it be
 /// read at all.

@@ -6,10 +6,10 @@
 #include <unordered_set>
 #include <utility>
 
-#include "catalogue/worker_pool.h"
 #include "formats/format.h"
 #include "formats/import.h"
 #include "formats/thread_file.h"
+#include "platform/processes/worker_pool.h"
 #include "platform/system/files.h"
 #include "platform/system/folder_walk.h"
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/design_reader.h"
 #include "catalogue/number_range.h"
-#include "plugin/host.h"
 
 namespace velamo {
 
@@ -27,14 +27,6 @@ struct SearchRequest {
     SortKey sortKey = SortKey::name;
     bool isReversed = false;
     std::optional<std::int64_t> limit = {};  // at most so many, the first in order
-};
-
-/// Why a file could not be read as a design.
-struct DesignFailure {
-    std::string domain;
-    int code = 0;
-    std::string message;
-    friend bool operator==(const DesignFailure&, const DesignFailure&) = default;
 };
 
 struct FoundDesign {

@@ -5,12 +5,12 @@
 #include <optional>
 #include <ostream>
 
-#include "catalogue/worker_pool.h"
 #include "cli/conversion_plan.h"
 #include "cli/convert.h"
 #include "cli/progress_bar.h"
 #include "cli/save_design.h"
 #include "formats/format.h"
+#include "platform/processes/worker_pool.h"
 #include "platform/system/folder_walk.h"
 
 namespace velamo {

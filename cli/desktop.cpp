@@ -10,9 +10,9 @@
 #include "catalogue/indexer.h"
 #include "cli/catalogue_file.h"
 #include "cli/commands.h"
-#include "cli/desktop_hosts.h"
-#include "cli/failed_thumbnails.h"
 #include "cli/json.h"
+#include "integrations/desktops/desktop_hosts.h"
+#include "integrations/desktops/failed_thumbnails.h"
 #include "platform/system/user_data.h"
 
 namespace velamo {

@@ -38,8 +38,8 @@ const std::map<std::string, std::set<std::string>> roomsBelow{
       "editing", "formats", "plugin", "catalogue", "reading"}},
     {"samples", {"model", "formats"}},
     {"integrations",
-     {"platform/system", "platform/text", "platform/plist", "platform/graphics", "render", "model", "formats",
-      "reading"}},
+     {"platform/system", "platform/text", "platform/plist", "platform/graphics", "platform/processes", "render",
+      "model", "formats", "reading"}},
 };
 
 /// The room that a file of the project lies in; none for what lies in no room.

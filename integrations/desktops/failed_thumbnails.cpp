@@ -1,4 +1,4 @@
-#include "cli/failed_thumbnails.h"
+#include "integrations/desktops/failed_thumbnails.h"
 
 #include <charconv>
 #include <string>

@@ -1,4 +1,4 @@
-#include "cli/desktop_hosts.h"
+#include "integrations/desktops/desktop_hosts.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include "catalogue/worker_pool.h"
+#include "platform/processes/worker_pool.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
