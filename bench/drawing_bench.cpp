@@ -7,10 +7,10 @@
 #include <random>
 
 #include "bench/beside.h"
-#include "formats/pec_thumbnail.h"
-#include "render/design_picture.h"
-#include "render/draw_design.h"
-#include "render/thumbnail.h"
+#include "velamo/formats/pec_thumbnail.h"
+#include "velamo/render/design_picture.h"
+#include "velamo/render/draw_design.h"
+#include "velamo/render/thumbnail.h"
 
 namespace velamo {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "bench/beside.h"
 #include "bench/dst_file.h"
-#include "formats/dst.h"
+#include "velamo/formats/dst.h"
 
 namespace velamo {
 namespace {

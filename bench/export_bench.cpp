@@ -7,13 +7,13 @@
 #include <string>
 
 #include "bench/beside.h"
-#include "editing/optimize.h"
-#include "formats/export.h"
-#include "formats/format.h"
-#include "formats/pec.h"
-#include "formats/pec_thumbnail.h"
-#include "platform/system/files.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/editing/optimize.h"
+#include "velamo/formats/export.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/pec.h"
+#include "velamo/formats/pec_thumbnail.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo {
 namespace {

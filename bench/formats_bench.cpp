@@ -6,15 +6,15 @@
 
 #include "bench/beside.h"
 #include "bench/design_files.h"
-#include "formats/dst.h"
-#include "formats/exp.h"
-#include "formats/jef.h"
-#include "formats/jpx.h"
-#include "formats/ksm.h"
-#include "formats/pcs.h"
-#include "formats/pes.h"
-#include "formats/sew.h"
-#include "formats/vp3.h"
+#include "velamo/formats/dst.h"
+#include "velamo/formats/exp.h"
+#include "velamo/formats/jef.h"
+#include "velamo/formats/jpx.h"
+#include "velamo/formats/ksm.h"
+#include "velamo/formats/pcs.h"
+#include "velamo/formats/pes.h"
+#include "velamo/formats/sew.h"
+#include "velamo/formats/vp3.h"
 
 namespace velamo {
 namespace {

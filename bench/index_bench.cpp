@@ -11,12 +11,12 @@
 #include "bench/beside.h"
 #include "bench/dst_file.h"
 #include "catalogue/indexer.h"
-#include "formats/format.h"
-#include "formats/thread_file.h"
-#include "platform/system/files.h"
-#include "platform/system/folder_walk.h"
 #include "plugin/host.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/thread_file.h"
+#include "velamo/platform/system/files.h"
+#include "velamo/platform/system/folder_walk.h"
 
 namespace velamo {
 namespace {

@@ -9,11 +9,11 @@
 
 #include "bench/beside.h"
 #include "bench/design_files.h"
-#include "platform/system/shared_module.h"
 #include "plugin/host.h"
 #include "plugin/importer.h"
 #include "plugin/owned.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/platform/system/shared_module.h"
 
 namespace velamo {
 namespace {

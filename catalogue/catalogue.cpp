@@ -5,9 +5,9 @@
 #include <array>
 #include <chrono>
 
-#include "platform/system/file_lock.h"
-#include "platform/system/private_files.h"
-#include "platform/text/search_words.h"
+#include "velamo/platform/system/file_lock.h"
+#include "velamo/platform/system/private_files.h"
+#include "velamo/platform/text/search_words.h"
 
 namespace velamo {
 namespace {

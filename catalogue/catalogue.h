@@ -13,8 +13,8 @@
 
 #include "catalogue/database.h"
 #include "catalogue/search.h"
-#include "platform/system/file_state.h"
 #include "plugin/host.h"
+#include "velamo/platform/system/file_state.h"
 
 namespace velamo {
 

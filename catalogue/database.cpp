@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/text/harmless_text.h"
-#include "platform/text/text.h"
+#include "velamo/platform/text/harmless_text.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

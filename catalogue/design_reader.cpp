@@ -6,10 +6,10 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/processes/lasting_worker.h"
-#include "platform/system/file_state.h"
 #include "reading/read_design.h"
 #include "reading/reader_failures.h"
+#include "velamo/platform/processes/lasting_worker.h"
+#include "velamo/platform/system/file_state.h"
 
 namespace velamo {
 namespace {

@@ -9,9 +9,9 @@
 #include <variant>
 #include <vector>
 
-#include "model/error.h"
-#include "platform/processes/lasting_worker.h"
 #include "plugin/host.h"
+#include "velamo/model/error.h"
+#include "velamo/platform/processes/lasting_worker.h"
 
 namespace velamo {
 

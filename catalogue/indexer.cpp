@@ -6,12 +6,12 @@
 #include <unordered_set>
 #include <utility>
 
-#include "formats/format.h"
-#include "formats/import.h"
-#include "formats/thread_file.h"
-#include "platform/processes/worker_pool.h"
-#include "platform/system/files.h"
-#include "platform/system/folder_walk.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/import.h"
+#include "velamo/formats/thread_file.h"
+#include "velamo/platform/processes/worker_pool.h"
+#include "velamo/platform/system/files.h"
+#include "velamo/platform/system/folder_walk.h"
 
 namespace velamo {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "catalogue/catalogue.h"
 #include "catalogue/design_reader.h"
-#include "model/error.h"
+#include "velamo/model/error.h"
 
 namespace velamo {
 

@@ -7,7 +7,7 @@
 #include <variant>
 
 #include "catalogue/database.h"
-#include "platform/text/search_words.h"
+#include "velamo/platform/text/search_words.h"
 
 namespace velamo {
 namespace {

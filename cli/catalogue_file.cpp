@@ -4,7 +4,7 @@
 #include <system_error>
 
 #include "catalogue/database.h"
-#include "platform/system/user_data.h"
+#include "velamo/platform/system/user_data.h"
 
 namespace velamo {
 

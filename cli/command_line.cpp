@@ -7,7 +7,7 @@
 #include <ostream>
 
 #include "cli/commands.h"
-#include "platform/text/harmless_output.h"
+#include "velamo/platform/text/harmless_output.h"
 
 namespace velamo {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "platform/text/harmless_text.h"
+#include "velamo/platform/text/harmless_text.h"
 
 namespace velamo {
 namespace {

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <system_error>
 
-#include "model/error.h"
-#include "platform/system/terminal.h"
-#include "platform/text/text.h"
+#include "velamo/model/error.h"
+#include "velamo/platform/system/terminal.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 

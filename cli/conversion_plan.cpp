@@ -4,8 +4,8 @@
 #include <map>
 #include <set>
 
-#include "formats/thread_file.h"
-#include "platform/text/search_words.h"
+#include "velamo/formats/thread_file.h"
+#include "velamo/platform/text/search_words.h"
 
 namespace velamo {
 namespace {

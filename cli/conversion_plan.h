@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/system/file_state.h"
+#include "velamo/platform/system/file_state.h"
 
 namespace velamo {
 

@@ -9,7 +9,7 @@
 #include "cli/design_json.h"
 #include "cli/jobs_option.h"
 #include "cli/save_design.h"
-#include "formats/format.h"
+#include "velamo/formats/format.h"
 
 namespace velamo {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "cli/console.h"
 #include "cli/reading.h"
-#include "formats/saving.h"
+#include "velamo/formats/saving.h"
 
 namespace velamo {
 

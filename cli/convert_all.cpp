@@ -9,9 +9,9 @@
 #include "cli/convert.h"
 #include "cli/progress_bar.h"
 #include "cli/save_design.h"
-#include "formats/format.h"
-#include "platform/processes/worker_pool.h"
-#include "platform/system/folder_walk.h"
+#include "velamo/formats/format.h"
+#include "velamo/platform/processes/worker_pool.h"
+#include "velamo/platform/system/folder_walk.h"
 
 namespace velamo {
 namespace {

@@ -3,7 +3,7 @@
 #include <iosfwd>
 
 #include "cli/json.h"
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 

@@ -4,11 +4,11 @@
 #include <ostream>
 #include <vector>
 
-#include "measure/value_transformer.h"
-#include "model/description_pattern.h"
-#include "platform/system/user.h"
-#include "platform/text/number_format.h"
-#include "platform/text/text.h"
+#include "velamo/measure/value_transformer.h"
+#include "velamo/model/description_pattern.h"
+#include "velamo/platform/system/user.h"
+#include "velamo/platform/text/number_format.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

@@ -13,7 +13,7 @@
 #include "cli/json.h"
 #include "integrations/desktops/desktop_hosts.h"
 #include "integrations/desktops/failed_thumbnails.h"
-#include "platform/system/user_data.h"
+#include "velamo/platform/system/user_data.h"
 
 namespace velamo {
 namespace {

@@ -9,7 +9,7 @@
 #include "cli/design_json.h"
 #include "cli/edit_words.h"
 #include "cli/save_design.h"
-#include "platform/system/text_input.h"
+#include "velamo/platform/system/text_input.h"
 
 namespace velamo {
 namespace {

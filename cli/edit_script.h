@@ -11,7 +11,7 @@
 
 #include "cli/json.h"
 #include "cli/reading.h"
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 

@@ -3,13 +3,13 @@
 #include <array>
 
 #include "cli/design_json.h"
-#include "editing/append.h"
-#include "editing/basting.h"
-#include "editing/edit_error.h"
-#include "editing/optimize.h"
-#include "editing/selection.h"
-#include "editing/stitch_edits.h"
-#include "editing/transform.h"
+#include "velamo/editing/append.h"
+#include "velamo/editing/basting.h"
+#include "velamo/editing/edit_error.h"
+#include "velamo/editing/optimize.h"
+#include "velamo/editing/selection.h"
+#include "velamo/editing/stitch_edits.h"
+#include "velamo/editing/transform.h"
 
 namespace velamo {
 namespace {

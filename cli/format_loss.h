@@ -3,7 +3,7 @@
 #include <span>
 #include <string>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 

@@ -8,8 +8,8 @@
 
 #include "cli/commands.h"
 #include "cli/design_json.h"
-#include "platform/system/user.h"
-#include "platform/text/number_format.h"
+#include "velamo/platform/system/user.h"
+#include "velamo/platform/text/number_format.h"
 
 namespace velamo {
 namespace {

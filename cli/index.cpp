@@ -11,7 +11,7 @@
 #include "cli/commands.h"
 #include "cli/jobs_option.h"
 #include "cli/progress_bar.h"
-#include "platform/system/private_files.h"
+#include "velamo/platform/system/private_files.h"
 
 namespace velamo {
 namespace {

@@ -8,9 +8,9 @@
 #include "cli/design_json.h"
 #include "cli/design_words.h"
 #include "cli/terminal_picture.h"
-#include "formats/design_attributes.h"
-#include "platform/text/harmless_output.h"
-#include "render/design_picture.h"
+#include "velamo/formats/design_attributes.h"
+#include "velamo/platform/text/harmless_output.h"
+#include "velamo/render/design_picture.h"
 
 namespace velamo {
 namespace {

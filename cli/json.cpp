@@ -7,7 +7,7 @@
 #include <ostream>
 #include <sstream>
 
-#include "platform/text/harmless_text.h"
+#include "velamo/platform/text/harmless_text.h"
 
 namespace velamo {
 namespace {

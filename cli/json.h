@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "platform/text/text.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 

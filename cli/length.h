@@ -5,7 +5,7 @@
 #include <string>
 
 #include "cli/console.h"
-#include "measure/value_transformer.h"
+#include "velamo/measure/value_transformer.h"
 
 namespace CLI {
 class App;

@@ -1,9 +1,9 @@
 #include <iostream>
 
 #include "cli/command_line.h"
-#include "platform/system/output_buffer.h"
-#include "platform/system/program_start.h"
-#include "platform/system/terminal.h"
+#include "velamo/platform/system/output_buffer.h"
+#include "velamo/platform/system/program_start.h"
+#include "velamo/platform/system/terminal.h"
 
 int main(int argumentCount, char** arguments) {
     velamo::startProgram();

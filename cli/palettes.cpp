@@ -11,10 +11,10 @@
 
 #include "cli/commands.h"
 #include "cli/json.h"
-#include "model/color_list.h"
-#include "model/thread.h"
-#include "platform/text/resources.h"
-#include "platform/text/search_words.h"
+#include "velamo/model/color_list.h"
+#include "velamo/model/thread.h"
+#include "velamo/platform/text/resources.h"
+#include "velamo/platform/text/search_words.h"
 
 namespace velamo {
 namespace {

@@ -9,8 +9,8 @@
 
 #include "cli/commands.h"
 #include "cli/length.h"
-#include "platform/system/user.h"
-#include "platform/text/number_format.h"
+#include "velamo/platform/system/user.h"
+#include "velamo/platform/text/number_format.h"
 
 namespace velamo {
 namespace {

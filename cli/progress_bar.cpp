@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string_view>
 
-#include "platform/text/harmless_output.h"
+#include "velamo/platform/text/harmless_output.h"
 
 namespace velamo {
 

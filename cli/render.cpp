@@ -14,8 +14,8 @@
 
 #include "cli/commands.h"
 #include "cli/edit_script.h"
-#include "formats/format.h"
-#include "platform/system/files.h"
+#include "velamo/formats/format.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "cli/console.h"
 #include "cli/reading.h"
-#include "render/design_picture.h"
+#include "velamo/render/design_picture.h"
 
 namespace velamo {
 

@@ -3,10 +3,10 @@
 #include <ostream>
 
 #include "cli/format_loss.h"
-#include "formats/export.h"
-#include "formats/import.h"
-#include "formats/thread_file.h"
-#include "platform/system/files.h"
+#include "velamo/formats/export.h"
+#include "velamo/formats/import.h"
+#include "velamo/formats/thread_file.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo {
 namespace {

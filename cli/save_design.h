@@ -6,8 +6,8 @@
 
 #include "cli/console.h"
 #include "cli/side_file.h"
-#include "formats/saving.h"
-#include "model/design.h"
+#include "velamo/formats/saving.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 

@@ -12,11 +12,11 @@
 #include "cli/catalogue_file.h"
 #include "cli/commands.h"
 #include "cli/json.h"
-#include "measure/value_transformer.h"
-#include "platform/system/user.h"
-#include "platform/text/harmless_output.h"
-#include "platform/text/number_format.h"
-#include "platform/text/search_words.h"
+#include "velamo/measure/value_transformer.h"
+#include "velamo/platform/system/user.h"
+#include "velamo/platform/text/harmless_output.h"
+#include "velamo/platform/text/number_format.h"
+#include "velamo/platform/text/search_words.h"
 
 namespace velamo {
 namespace {

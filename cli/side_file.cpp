@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <system_error>
 
-#include "formats/thread_file.h"
-#include "platform/system/files.h"
-#include "platform/system/set_aside.h"
+#include "velamo/formats/thread_file.h"
+#include "velamo/platform/system/files.h"
+#include "velamo/platform/system/set_aside.h"
 
 namespace velamo {
 namespace {

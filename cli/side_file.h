@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "model/design.h"
 #include "reading/confined_reader.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 

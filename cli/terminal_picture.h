@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "platform/graphics/bitmap.h"
-#include "platform/system/terminal.h"
+#include "velamo/platform/graphics/bitmap.h"
+#include "velamo/platform/system/terminal.h"
 
 namespace velamo {
 

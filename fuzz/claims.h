@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo::fuzz {
 

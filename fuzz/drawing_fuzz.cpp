@@ -2,10 +2,10 @@
 #include <string_view>
 
 #include "fuzz/claims.h"
-#include "platform/graphics/bitmap.h"
-#include "render/design_picture.h"
-#include "render/draw_design.h"
-#include "render/thumbnail.h"
+#include "velamo/platform/graphics/bitmap.h"
+#include "velamo/render/design_picture.h"
+#include "velamo/render/draw_design.h"
+#include "velamo/render/thumbnail.h"
 
 namespace velamo::fuzz {
 namespace {

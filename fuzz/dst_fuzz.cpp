@@ -1,4 +1,4 @@
-#include "formats/dst.h"
+#include "velamo/formats/dst.h"
 
 #include "fuzz/claims.h"
 

@@ -1,4 +1,4 @@
-#include "formats/exp.h"
+#include "velamo/formats/exp.h"
 
 #include "fuzz/claims.h"
 

@@ -5,13 +5,13 @@
 #include <cmath>
 #include <optional>
 
-#include "editing/optimize.h"
-#include "formats/dst.h"
-#include "formats/exp.h"
-#include "formats/jef.h"
-#include "formats/pcs.h"
-#include "formats/pes.h"
 #include "fuzz/claims.h"
+#include "velamo/editing/optimize.h"
+#include "velamo/formats/dst.h"
+#include "velamo/formats/exp.h"
+#include "velamo/formats/jef.h"
+#include "velamo/formats/pcs.h"
+#include "velamo/formats/pes.h"
 
 namespace velamo::fuzz {
 

@@ -1,7 +1,7 @@
-#include "formats/import.h"
 #include "fuzz/export_claims.h"
 #include "fuzz/import_input.h"
 #include "fuzz/input_file.h"
+#include "velamo/formats/import.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace velamo;

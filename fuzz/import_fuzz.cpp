@@ -1,7 +1,7 @@
-#include "formats/import.h"
 #include "fuzz/claims.h"
 #include "fuzz/import_input.h"
 #include "fuzz/input_file.h"
+#include "velamo/formats/import.h"
 
 namespace velamo::fuzz {
 namespace {

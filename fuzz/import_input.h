@@ -3,7 +3,7 @@
 #include <span>
 #include <vector>
 
-#include "formats/format.h"
+#include "velamo/formats/format.h"
 
 namespace velamo::fuzz {
 

@@ -1,4 +1,4 @@
-#include "formats/jef.h"
+#include "velamo/formats/jef.h"
 
 #include "fuzz/claims.h"
 

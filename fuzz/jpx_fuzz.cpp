@@ -1,4 +1,4 @@
-#include "formats/jpx.h"
+#include "velamo/formats/jpx.h"
 
 #include "fuzz/claims.h"
 

@@ -1,4 +1,4 @@
-#include "formats/ksm.h"
+#include "velamo/formats/ksm.h"
 
 #include "fuzz/claims.h"
 

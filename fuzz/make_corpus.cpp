@@ -6,12 +6,12 @@
 #include <functional>
 #include <map>
 
-#include "formats/format.h"
 #include "fuzz/import_input.h"
-#include "model/design.h"
-#include "platform/plist/property_list.h"
-#include "platform/system/files.h"
 #include "tests/support/samples.h"
+#include "velamo/formats/format.h"
+#include "velamo/model/design.h"
+#include "velamo/platform/plist/property_list.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo::fuzz {
 namespace {

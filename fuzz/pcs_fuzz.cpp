@@ -1,4 +1,4 @@
-#include "formats/pcs.h"
+#include "velamo/formats/pcs.h"
 
 #include "fuzz/claims.h"
 

@@ -1,4 +1,4 @@
-#include "formats/pes.h"
+#include "velamo/formats/pes.h"
 
 #include "fuzz/claims.h"
 

@@ -2,9 +2,9 @@
 
 #include "fuzz/claims.h"
 #include "fuzz/input_file.h"
-#include "measure/value_transformer.h"
-#include "platform/plist/property_list.h"
-#include "platform/system/files.h"
+#include "velamo/measure/value_transformer.h"
+#include "velamo/platform/plist/property_list.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo::fuzz {
 namespace {

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "platform/system/files.h"
+#include "velamo/platform/system/files.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

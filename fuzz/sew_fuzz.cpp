@@ -1,4 +1,4 @@
-#include "formats/sew.h"
+#include "velamo/formats/sew.h"
 
 #include "fuzz/claims.h"
 

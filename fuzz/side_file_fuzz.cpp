@@ -1,8 +1,8 @@
-#include "formats/thread_file.h"
 #include "fuzz/claims.h"
 #include "fuzz/input_file.h"
-#include "platform/plist/property_list.h"
-#include "platform/system/files.h"
+#include "velamo/formats/thread_file.h"
+#include "velamo/platform/plist/property_list.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo::fuzz {
 namespace {

@@ -1,7 +1,7 @@
-#include "platform/text/string_table.h"
+#include "velamo/platform/text/string_table.h"
 
 #include "fuzz/claims.h"
-#include "platform/text/text.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo::fuzz {
 namespace {

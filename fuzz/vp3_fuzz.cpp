@@ -1,4 +1,4 @@
-#include "formats/vp3.h"
+#include "velamo/formats/vp3.h"
 
 #include "fuzz/claims.h"
 

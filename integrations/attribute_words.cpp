@@ -5,7 +5,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/text/text.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 

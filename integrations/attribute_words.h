@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "formats/design_attributes.h"
+#include "velamo/formats/design_attributes.h"
 
 namespace velamo {
 

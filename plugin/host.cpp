@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "platform/system/shared_module.h"
 #include "plugin/attributes.h"
+#include "velamo/platform/system/shared_module.h"
 
 namespace velamo {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "formats/design_attributes.h"
+#include "velamo/formats/design_attributes.h"
 
 namespace velamo {
 

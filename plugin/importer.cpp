@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <string>
 
-#include "formats/design_attributes.h"
 #include "plugin/attributes.h"
+#include "velamo/formats/design_attributes.h"
 
 namespace velamo {
 namespace {

@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "formats/thread_file.h"
 #include "reading/design_bytes.h"
 #include "reading/read_design.h"
 #include "reading/reader_failures.h"
+#include "velamo/formats/thread_file.h"
 
 namespace velamo {
 namespace {

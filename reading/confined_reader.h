@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/design_attributes.h"
-#include "model/design.h"
-#include "platform/processes/lasting_worker.h"
+#include "velamo/formats/design_attributes.h"
+#include "velamo/model/design.h"
+#include "velamo/platform/processes/lasting_worker.h"
 
 namespace velamo {
 

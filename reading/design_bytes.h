@@ -5,7 +5,7 @@
 #include <span>
 #include <system_error>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 

@@ -1,7 +1,7 @@
 #include "reading/read_design.h"
 
-#include "formats/import.h"
-#include "platform/system/file_state.h"
+#include "velamo/formats/import.h"
+#include "velamo/platform/system/file_state.h"
 
 namespace velamo {
 

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 

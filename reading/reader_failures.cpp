@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "platform/text/harmless_text.h"
+#include "velamo/platform/text/harmless_text.h"
 
 namespace velamo {
 

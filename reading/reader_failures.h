@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "model/error.h"
-#include "platform/processes/worker_process.h"
+#include "velamo/model/error.h"
+#include "velamo/platform/processes/worker_process.h"
 
 namespace velamo {
 

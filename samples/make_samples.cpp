@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <numbers>
 
-#include "formats/export.h"
-#include "formats/format.h"
 #include "samples/pen.h"
+#include "velamo/formats/export.h"
+#include "velamo/formats/format.h"
 
 namespace velamo {
 namespace {

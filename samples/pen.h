@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 

@@ -4,8 +4,8 @@
 #include <iterator>
 #include <system_error>
 
-#include "platform/processes/program.h"
-#include "platform/system/user_data.h"
+#include "velamo/platform/processes/program.h"
+#include "velamo/platform/system/user_data.h"
 
 namespace velamo {
 namespace {

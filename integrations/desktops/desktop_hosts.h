@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/system/user.h"
+#include "velamo/platform/system/user.h"
 
 namespace velamo {
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <system_error>
 
-#include "formats/byte_reader.h"
-#include "platform/system/files.h"
+#include "velamo/formats/byte_reader.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo {
 namespace {

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "integrations/attribute_words.h"
-#include "platform/text/harmless_text.h"
+#include "velamo/platform/text/harmless_text.h"
 
 namespace velamo {
 namespace {

@@ -2,8 +2,8 @@
 #include <iostream>
 
 #include "integrations/kde/extractor.h"
-#include "model/error.h"
-#include "platform/system/program_start.h"
+#include "velamo/model/error.h"
+#include "velamo/platform/system/program_start.h"
 
 /// Answers one request; whoever asks again starts the program again.
 int main() {

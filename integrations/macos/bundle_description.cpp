@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/format.h"
+#include "velamo/formats/format.h"
 
 namespace velamo {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/plist/property_list.h"
+#include "velamo/platform/plist/property_list.h"
 
 namespace velamo {
 

@@ -4,9 +4,9 @@
 #include <iostream>
 
 #include "integrations/macos/bundle_description.h"
-#include "model/error.h"
-#include "platform/system/files.h"
-#include "platform/system/program_start.h"
+#include "velamo/model/error.h"
+#include "velamo/platform/system/files.h"
+#include "velamo/platform/system/program_start.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include <iostream>
 
 #include "integrations/recoll/recoll_handler.h"
-#include "model/error.h"
-#include "platform/system/program_start.h"
+#include "velamo/model/error.h"
+#include "velamo/platform/system/program_start.h"
 
 namespace {
 

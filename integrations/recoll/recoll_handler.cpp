@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "integrations/attribute_words.h"
-#include "platform/text/text.h"
 #include "reading/reader_failures.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

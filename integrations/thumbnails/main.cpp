@@ -10,11 +10,11 @@
 #include <vector>
 
 #include "integrations/thumbnails/thumbnail_of_file.h"
-#include "model/error.h"
-#include "platform/system/file_state.h"
-#include "platform/system/files.h"
-#include "platform/system/program_start.h"
 #include "reading/reader_failures.h"
+#include "velamo/model/error.h"
+#include "velamo/platform/system/file_state.h"
+#include "velamo/platform/system/files.h"
+#include "velamo/platform/system/program_start.h"
 
 namespace velamo {
 namespace {

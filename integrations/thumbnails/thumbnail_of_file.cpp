@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "render/thumbnail.h"
+#include "velamo/render/thumbnail.h"
 
 namespace velamo {
 

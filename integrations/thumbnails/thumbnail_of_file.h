@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <optional>
 
-#include "platform/graphics/bitmap.h"
 #include "reading/confined_reader.h"
+#include "velamo/platform/graphics/bitmap.h"
 
 namespace velamo {
 

@@ -6,10 +6,10 @@
 #include <chrono>
 #include <csignal>
 
-#include "platform/processes/confinement.h"
 #include "tests/catalogue/support.h"
 #include "tests/support/child_processes.h"
 #include "tests/support/other_user.h"
+#include "velamo/platform/processes/confinement.h"
 
 namespace velamo {
 namespace {

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "catalogue/indexer.h"
-#include "formats/import.h"
 #include "tests/support/dst.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/import.h"
 
 namespace velamo::test {
 

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 
-#include "formats/format.h"
-#include "platform/system/files.h"
 #include "tests/cli/support.h"
+#include "velamo/formats/format.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo {
 namespace {

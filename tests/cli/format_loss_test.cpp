@@ -3,10 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "formats/format.h"
 #include "tests/cli/support.h"
 #include "tests/support/designs.h"
 #include "tests/support/janome_files.h"
+#include "velamo/formats/format.h"
 
 namespace velamo {
 namespace {

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "cli/render.h"
-#include "formats/import.h"
 #include "tests/cli/support.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

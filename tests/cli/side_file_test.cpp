@@ -7,11 +7,11 @@
 #include <thread>
 
 #include "cli/save_design.h"
-#include "formats/import.h"
-#include "formats/thread_file.h"
-#include "platform/system/files.h"
 #include "tests/cli/support.h"
 #include "tests/support/other_user.h"
+#include "velamo/formats/import.h"
+#include "velamo/formats/thread_file.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo {
 namespace {

@@ -6,11 +6,11 @@
 #include <algorithm>
 
 #include "catalogue/catalogue.h"
-#include "platform/text/harmless_text.h"
 #include "tests/cli/support.h"
 #include "tests/support/environment.h"
 #include "tests/support/pseudo_terminal.h"
 #include "tests/support/vp3_file.h"
+#include "velamo/platform/text/harmless_text.h"
 
 namespace velamo {
 namespace {

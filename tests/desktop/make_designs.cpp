@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <string>
 
-#include "formats/format.h"
-#include "model/error.h"
 #include "tests/support/patches.h"
+#include "velamo/formats/format.h"
+#include "velamo/model/error.h"
 
 int main(int argumentCount, char** arguments) {
     if (argumentCount != 2) {

@@ -92,7 +92,7 @@ class Library(PackageTest):
     def test_pkg_config_finds_it(self):
         desktop.need("pkg-config", "g++")
         flags = self.run_program("pkg-config", "--cflags", "--libs", "velamo").stdout.split()
-        self.assertEqual(flags, ["-I/usr/include/velamo", "-lvelamo"])
+        self.assertEqual(flags, ["-lvelamo"])
         self.assertEqual(self.run_program("pkg-config", "--modversion", "velamo").stdout.strip(),
                          self.field("velamo-dev", "Version"))
         self.run_program(*COMPILER, USER / "library_user.cpp", *flags, "-o", self.home / "library_user")
@@ -107,8 +107,8 @@ class Library(PackageTest):
                 self.assertEqual((result.returncode, result.stderr), (0, ""))
 
     def compile_alone(self, header):
-        return self.run_program(*COMPILER, "-fsyntax-only", f"-I{HEADERS}", "-x", "c++", "-",
-                                input=f"#include <{header.relative_to(HEADERS)}>\n", status=None)
+        return self.run_program(*COMPILER, "-fsyntax-only", "-x", "c++", "-",
+                                input=f"#include <{header.relative_to(HEADERS.parent)}>\n", status=None)
 
 
 class Program(PackageTest):

@@ -1,12 +1,12 @@
-#include "editing/basting.h"
+#include "velamo/editing/basting.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
-#include "editing/append.h"
 #include "tests/support/stitches.h"
+#include "velamo/editing/append.h"
 
 namespace velamo {
 namespace {

@@ -1,11 +1,11 @@
-#include "editing/optimize.h"
+#include "velamo/editing/optimize.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "editing/optimized_stitches.h"
 #include "tests/editing/step_by_step.h"
+#include "velamo/editing/optimized_stitches.h"
 
 namespace velamo {
 namespace {

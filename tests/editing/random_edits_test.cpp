@@ -5,10 +5,10 @@
 #include <cmath>
 #include <functional>
 
-#include "editing/selection.h"
-#include "editing/stitch_edits.h"
-#include "editing/transform.h"
 #include "tests/editing/step_by_step.h"
+#include "velamo/editing/selection.h"
+#include "velamo/editing/stitch_edits.h"
+#include "velamo/editing/transform.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "editing/selection.h"
+#include "velamo/editing/selection.h"
 
 #include <gtest/gtest.h>
 

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "editing/optimize.h"
 #include "tests/support/stitches.h"
+#include "velamo/editing/optimize.h"
 
 // The operations as they are told, one insertion and removal after the other: slow, and plain enough to be believed.
 // The library's own, which make a new list in one pass, are compared with these on many random designs.

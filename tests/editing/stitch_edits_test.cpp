@@ -1,4 +1,4 @@
-#include "editing/stitch_edits.h"
+#include "velamo/editing/stitch_edits.h"
 
 #include <gtest/gtest.h>
 

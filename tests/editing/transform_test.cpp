@@ -1,4 +1,4 @@
-#include "editing/transform.h"
+#include "velamo/editing/transform.h"
 
 #include <gtest/gtest.h>
 

@@ -5,21 +5,21 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "editing/append.h"
-#include "editing/basting.h"
-#include "editing/optimize.h"
-#include "editing/selection.h"
-#include "editing/stitch_edits.h"
-#include "editing/transform.h"
-#include "formats/export.h"
-#include "formats/format.h"
-#include "formats/import.h"
-#include "platform/system/files.h"
 #include "tests/faults/failing_memory.h"
 #include "tests/plugin/importer_module.h"
 #include "tests/support/samples.h"
 #include "tests/support/stitches.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/editing/append.h"
+#include "velamo/editing/basting.h"
+#include "velamo/editing/optimize.h"
+#include "velamo/editing/selection.h"
+#include "velamo/editing/stitch_edits.h"
+#include "velamo/editing/transform.h"
+#include "velamo/formats/export.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/import.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo {
 namespace {

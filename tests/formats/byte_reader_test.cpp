@@ -1,4 +1,4 @@
-#include "formats/byte_reader.h"
+#include "velamo/formats/byte_reader.h"
 
 #include <gtest/gtest.h>
 

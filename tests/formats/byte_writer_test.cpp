@@ -1,4 +1,4 @@
-#include "formats/byte_writer.h"
+#include "velamo/formats/byte_writer.h"
 
 #include <gtest/gtest.h>
 

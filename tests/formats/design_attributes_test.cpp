@@ -1,4 +1,4 @@
-#include "formats/design_attributes.h"
+#include "velamo/formats/design_attributes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "formats/dst.h"
+#include "velamo/formats/dst.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 #include <ostream>
 #include <random>
 
-#include "formats/import.h"
 #include "tests/support/dst.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

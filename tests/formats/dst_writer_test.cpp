@@ -3,11 +3,11 @@
 #include <cmath>
 #include <random>
 
-#include "formats/dst.h"
 #include "tests/support/bytes.h"
 #include "tests/support/designs.h"
 #include "tests/support/other_user.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/dst.h"
 
 namespace velamo {
 namespace {

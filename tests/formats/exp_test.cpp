@@ -1,11 +1,11 @@
-#include "formats/exp.h"
+#include "velamo/formats/exp.h"
 
 #include <gtest/gtest.h>
 
-#include "formats/import.h"
 #include "tests/support/bytes.h"
 #include "tests/support/stitches.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

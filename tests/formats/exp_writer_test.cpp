@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "formats/exp.h"
 #include "tests/support/bytes.h"
 #include "tests/support/designs.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/exp.h"
 
 namespace velamo {
 namespace {

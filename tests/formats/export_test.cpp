@@ -1,4 +1,4 @@
-#include "formats/export.h"
+#include "velamo/formats/export.h"
 
 #include <gtest/gtest.h>
 
@@ -8,13 +8,13 @@
 #include <cstdio>
 #include <limits>
 
-#include "formats/format.h"
-#include "formats/import.h"
-#include "formats/thread_file.h"
-#include "platform/system/files.h"
 #include "tests/support/bytes.h"
 #include "tests/support/designs.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/import.h"
+#include "velamo/formats/thread_file.h"
+#include "velamo/platform/system/files.h"
 
 namespace {
 

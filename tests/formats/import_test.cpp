@@ -1,15 +1,15 @@
-#include "formats/import.h"
+#include "velamo/formats/import.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <utility>
 
-#include "formats/design_attributes.h"
-#include "formats/format.h"
-#include "formats/thread_file.h"
 #include "tests/support/dst.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/design_attributes.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/thread_file.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "formats/janome.h"
+#include "velamo/formats/janome.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
-#include "formats/jef.h"
+#include "velamo/formats/jef.h"
 
 #include <gtest/gtest.h>
 
 #include <ostream>
 
-#include "formats/import.h"
 #include "tests/support/janome_files.h"
 #include "tests/support/stitches.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

@@ -2,11 +2,11 @@
 
 #include <chrono>
 
-#include "formats/jef.h"
-#include "platform/system/local_time.h"
 #include "tests/support/bytes.h"
 #include "tests/support/designs.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/jef.h"
+#include "velamo/platform/system/local_time.h"
 
 namespace velamo {
 namespace {

@@ -1,11 +1,11 @@
-#include "formats/jpx.h"
+#include "velamo/formats/jpx.h"
 
 #include <gtest/gtest.h>
 
-#include "formats/import.h"
 #include "tests/support/janome_files.h"
 #include "tests/support/stitches.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "formats/pcs.h"
+#include "velamo/formats/pcs.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 #include <ostream>
 #include <random>
 
-#include "formats/import.h"
 #include "tests/support/pcs_file.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

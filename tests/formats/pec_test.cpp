@@ -1,4 +1,4 @@
-#include "formats/pec.h"
+#include "velamo/formats/pec.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "formats/pec_thumbnail.h"
+#include "velamo/formats/pec_thumbnail.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,9 @@
 #include <random>
 #include <string>
 
-#include "platform/graphics/bitmap.h"
-#include "render/draw_design.h"
 #include "tests/support/stitches.h"
+#include "velamo/platform/graphics/bitmap.h"
+#include "velamo/render/draw_design.h"
 
 namespace velamo {
 namespace {

@@ -3,12 +3,12 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "formats/pec.h"
-#include "formats/pec_thumbnail.h"
-#include "formats/pes.h"
 #include "tests/support/bytes.h"
 #include "tests/support/designs.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/pec.h"
+#include "velamo/formats/pec_thumbnail.h"
+#include "velamo/formats/pes.h"
 
 namespace velamo {
 namespace {

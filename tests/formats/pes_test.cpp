@@ -1,12 +1,12 @@
-#include "formats/pes.h"
+#include "velamo/formats/pes.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "formats/import.h"
 #include "tests/support/brother_files.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

@@ -4,13 +4,13 @@
 #include <fstream>
 #include <map>
 
-#include "formats/export.h"
-#include "formats/format.h"
-#include "formats/import.h"
 #include "tests/support/designs.h"
 #include "tests/support/other_user.h"
 #include "tests/support/samples.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/export.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

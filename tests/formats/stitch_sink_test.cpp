@@ -1,4 +1,4 @@
-#include "formats/stitch_sink.h"
+#include "velamo/formats/stitch_sink.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "formats/thread_file.h"
+#include "velamo/formats/thread_file.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/plist/property_list.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/platform/plist/property_list.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "formats/vp3.h"
+#include "velamo/formats/vp3.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 #include <ostream>
 #include <random>
 
-#include "formats/import.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vp3_file.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "formats/whole_moves.h"
+#include "velamo/formats/whole_moves.h"
 
 #include <gtest/gtest.h>
 

@@ -8,14 +8,14 @@
 #include <set>
 #include <sstream>
 
-#include "formats/format.h"
-#include "platform/plist/property_list.h"
-#include "platform/system/files.h"
-#include "platform/text/string_table.h"
 #include "plugin/host.h"
 #include "tests/plugin/importer_module.h"
 #include "tests/support/samples.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/format.h"
+#include "velamo/platform/plist/property_list.h"
+#include "velamo/platform/system/files.h"
+#include "velamo/platform/text/string_table.h"
 
 namespace velamo {
 namespace {

@@ -10,14 +10,14 @@
 #include <string>
 #include <vector>
 
-#include "formats/format.h"
 #include "integrations/thumbnails/thumbnail_of_file.h"
-#include "render/thumbnail.h"
 #include "tests/support/designs.h"
 #include "tests/support/patches.h"
 #include "tests/support/png.h"
 #include "tests/support/samples.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/format.h"
+#include "velamo/render/thumbnail.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "measure/value_transformer.h"
+#include "velamo/measure/value_transformer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

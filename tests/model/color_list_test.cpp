@@ -1,4 +1,4 @@
-#include "model/color_list.h"
+#include "velamo/model/color_list.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "model/color.h"
+#include "velamo/model/color.h"
 
 #include <gtest/gtest.h>
 

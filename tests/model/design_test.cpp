@@ -1,12 +1,12 @@
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <limits>
 
-#include "platform/plist/keyed_archive.h"
-#include "platform/plist/property_list.h"
+#include "velamo/platform/plist/keyed_archive.h"
+#include "velamo/platform/plist/property_list.h"
 
 namespace velamo {
 namespace {

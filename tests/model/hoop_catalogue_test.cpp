@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 namespace {

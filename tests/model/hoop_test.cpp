@@ -1,4 +1,4 @@
-#include "model/hoop.h"
+#include "velamo/model/hoop.h"
 
 #include <gtest/gtest.h>
 

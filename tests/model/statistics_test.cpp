@@ -3,7 +3,7 @@
 #include <limits>
 #include <ostream>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 namespace {

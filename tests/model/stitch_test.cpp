@@ -1,4 +1,4 @@
-#include "model/stitch.h"
+#include "velamo/model/stitch.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "model/thread_codes.h"
+#include "velamo/model/thread_codes.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 namespace {

@@ -1,11 +1,11 @@
-#include "model/thread.h"
+#include "velamo/model/thread.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "model/color_list.h"
-#include "model/design.h"
+#include "velamo/model/color_list.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/graphics/bitmap_context.h"
+#include "velamo/platform/graphics/bitmap_context.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "platform/graphics/bitmap.h"
+#include "velamo/platform/graphics/bitmap.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/graphics/bitmap.h"
+#include "velamo/platform/graphics/bitmap.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

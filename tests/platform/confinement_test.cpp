@@ -1,5 +1,5 @@
 // What a confined process is refused, tried from inside one.
-#include "platform/processes/confinement.h"
+#include "velamo/platform/processes/confinement.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -25,9 +25,9 @@
 #include <fstream>
 #include <functional>
 
-#include "platform/processes/worker_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/without_filters.h"
+#include "velamo/platform/processes/worker_process.h"
 
 namespace velamo {
 namespace {

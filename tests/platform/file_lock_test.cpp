@@ -1,4 +1,4 @@
-#include "platform/system/file_lock.h"
+#include "velamo/platform/system/file_lock.h"
 
 #include <gtest/gtest.h>
 

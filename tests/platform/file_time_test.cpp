@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "platform/system/system_state.h"
+#include "velamo/platform/system/system_state.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/system/files.h"
+#include "velamo/platform/system/files.h"
 
 #include <fcntl.h>
 #include <grp.h>
@@ -20,12 +20,12 @@
 #include <thread>
 #include <vector>
 
-#include "platform/system/file_state.h"
-#include "platform/system/interruption.h"
 #include "tests/support/bytes.h"
 #include "tests/support/other_user.h"
 #include "tests/support/sanitizers.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/platform/system/file_state.h"
+#include "velamo/platform/system/interruption.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/system/folder_walk.h"
+#include "velamo/platform/system/folder_walk.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

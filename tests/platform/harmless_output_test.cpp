@@ -1,4 +1,4 @@
-#include "platform/text/harmless_output.h"
+#include "velamo/platform/text/harmless_output.h"
 
 #include <gtest/gtest.h>
 

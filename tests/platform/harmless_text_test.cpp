@@ -1,4 +1,4 @@
-#include "platform/text/harmless_text.h"
+#include "velamo/platform/text/harmless_text.h"
 
 #include <gtest/gtest.h>
 

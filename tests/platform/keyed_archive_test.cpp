@@ -1,4 +1,4 @@
-#include "platform/plist/keyed_archive.h"
+#include "velamo/platform/plist/keyed_archive.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,8 +7,8 @@
 #include <limits>
 #include <random>
 
-#include "platform/plist/property_list.h"
 #include "tests/support/property_lists.h"
+#include "velamo/platform/plist/property_list.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/processes/lasting_worker.h"
+#include "velamo/platform/processes/lasting_worker.h"
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>

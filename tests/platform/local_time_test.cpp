@@ -1,4 +1,4 @@
-#include "platform/system/local_time.h"
+#include "velamo/platform/system/local_time.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/text/narrow_text.h"
+#include "velamo/platform/text/narrow_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/text/number_format.h"
+#include "velamo/platform/text/number_format.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/plist/old_archive.h"
+#include "velamo/platform/plist/old_archive.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/system/output_buffer.h"
+#include "velamo/platform/system/output_buffer.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -7,7 +7,7 @@
 #include <map>
 #include <sstream>
 
-#include "platform/text/resources.h"
+#include "velamo/platform/text/resources.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/system/private_files.h"
+#include "velamo/platform/system/private_files.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "platform/processes/program.h"
+#include "velamo/platform/processes/program.h"
 
 #include <gtest/gtest.h>
 

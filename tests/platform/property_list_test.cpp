@@ -1,4 +1,4 @@
-#include "platform/plist/property_list.h"
+#include "velamo/platform/plist/property_list.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/text/resources.h"
+#include "velamo/platform/text/resources.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,11 +9,11 @@
 #include <system_error>
 #include <thread>
 
-#include "platform/system/files.h"
-#include "platform/text/string_table.h"
-#include "platform/text/text.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/platform/system/files.h"
+#include "velamo/platform/text/string_table.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

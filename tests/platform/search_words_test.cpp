@@ -1,4 +1,4 @@
-#include "platform/text/search_words.h"
+#include "velamo/platform/text/search_words.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/system/set_aside.h"
+#include "velamo/platform/system/set_aside.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

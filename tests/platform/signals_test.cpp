@@ -1,4 +1,4 @@
-#include "platform/system/signals.h"
+#include "velamo/platform/system/signals.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>

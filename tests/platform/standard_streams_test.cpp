@@ -1,4 +1,4 @@
-#include "platform/system/standard_streams.h"
+#include "velamo/platform/system/standard_streams.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/system/terminal.h"
+#include "velamo/platform/system/terminal.h"
 
 #include <gtest/gtest.h>
 

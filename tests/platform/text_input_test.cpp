@@ -1,4 +1,4 @@
-#include "platform/system/text_input.h"
+#include "velamo/platform/system/text_input.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/text/text.h"
+#include "velamo/platform/text/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/system/user_data.h"
+#include "velamo/platform/system/user_data.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/system/user.h"
+#include "velamo/platform/system/user.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

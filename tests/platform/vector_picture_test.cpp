@@ -1,4 +1,4 @@
-#include "platform/graphics/vector_picture.h"
+#include "velamo/platform/graphics/vector_picture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/processes/worker_pool.h"
+#include "velamo/platform/processes/worker_pool.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -8,7 +8,7 @@
 #include <fstream>
 #include <set>
 
-#include "platform/processes/confinement.h"
+#include "velamo/platform/processes/confinement.h"
 
 namespace velamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/processes/worker_process.h"
+#include "velamo/platform/processes/worker_process.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -19,10 +19,10 @@
 #include <thread>
 #include <vector>
 
-#include "platform/processes/confinement.h"
-#include "platform/system/files.h"
 #include "tests/support/child_processes.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/platform/processes/confinement.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo {
 namespace {

@@ -2,11 +2,11 @@
 
 #include <stdexcept>
 
-#include "platform/system/shared_module.h"
 #include "plugin/attributes.h"
 #include "plugin/host.h"
 #include "plugin/importer.h"
 #include "tests/support/dst.h"
+#include "velamo/platform/system/shared_module.h"
 
 namespace velamo::test {
 

@@ -8,11 +8,11 @@
 #include <optional>
 #include <thread>
 
-#include "formats/thread_file.h"
 #include "tests/plugin/importer_module.h"
 #include "tests/support/other_user.h"
 #include "tests/support/sanitizers.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/thread_file.h"
 
 namespace velamo {
 namespace {

@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 
-#include "formats/format.h"
+#include "velamo/formats/format.h"
 
 namespace velamo::test {
 

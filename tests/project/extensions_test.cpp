@@ -8,8 +8,8 @@
 #include <set>
 #include <string>
 
-#include "formats/format.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/format.h"
 
 namespace velamo {
 namespace {

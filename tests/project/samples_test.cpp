@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <set>
 
-#include "formats/format.h"
-#include "formats/import.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

@@ -12,14 +12,14 @@
 #include <tuple>
 #include <vector>
 
-#include "formats/format.h"
-#include "formats/thread_file.h"
-#include "platform/processes/confinement.h"
 #include "reading/read_design.h"
 #include "tests/reading/same_design.h"
 #include "tests/support/child_processes.h"
 #include "tests/support/samples.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/thread_file.h"
+#include "velamo/platform/processes/confinement.h"
 
 namespace velamo {
 namespace {

@@ -8,11 +8,11 @@
 #include <random>
 #include <vector>
 
-#include "formats/format.h"
-#include "formats/import.h"
 #include "tests/reading/same_design.h"
 #include "tests/support/samples.h"
 #include "tests/support/temporary_folder.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/import.h"
 
 namespace velamo {
 namespace {

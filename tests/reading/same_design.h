@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo::test {
 

@@ -1,4 +1,4 @@
-#include "render/cloth.h"
+#include "velamo/render/cloth.h"
 
 #include <gtest/gtest.h>
 

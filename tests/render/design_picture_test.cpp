@@ -1,4 +1,4 @@
-#include "render/design_picture.h"
+#include "velamo/render/design_picture.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,10 @@
 #include <random>
 #include <string>
 
-#include "platform/system/files.h"
 #include "tests/support/png.h"
 #include "tests/support/stitches.h"
 #include "tests/support/vector_files.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo {
 namespace {

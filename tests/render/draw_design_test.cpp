@@ -1,4 +1,4 @@
-#include "render/draw_design.h"
+#include "velamo/render/draw_design.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <new>
 #include <random>
 
-#include "platform/graphics/bitmap.h"
 #include "tests/support/recording_context.h"
 #include "tests/support/stitches.h"
+#include "velamo/platform/graphics/bitmap.h"
 
 namespace velamo {
 namespace {

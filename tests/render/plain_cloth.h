@@ -9,9 +9,9 @@
 #include <numbers>
 #include <vector>
 
-#include "model/color.h"
-#include "model/design.h"
-#include "platform/graphics/bitmap.h"
+#include "velamo/model/color.h"
+#include "velamo/model/design.h"
+#include "velamo/platform/graphics/bitmap.h"
 
 namespace velamo::test {
 

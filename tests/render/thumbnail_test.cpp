@@ -1,4 +1,4 @@
-#include "render/thumbnail.h"
+#include "velamo/render/thumbnail.h"
 
 #include <gtest/gtest.h>
 

@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "editing/optimize.h"
-#include "model/design.h"
 #include "tests/support/stitches.h"
+#include "velamo/editing/optimize.h"
+#include "velamo/model/design.h"
 
 namespace velamo::test {
 

@@ -7,11 +7,11 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/export.h"
-#include "formats/format.h"
-#include "platform/system/files.h"
 #include "tests/support/designs.h"
 #include "tests/support/samples.h"
+#include "velamo/formats/export.h"
+#include "velamo/formats/format.h"
+#include "velamo/platform/system/files.h"
 
 namespace velamo::test {
 

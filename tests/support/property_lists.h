@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/plist/property_list.h"
+#include "velamo/platform/plist/property_list.h"
 
 namespace velamo::test {
 

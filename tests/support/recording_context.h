@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/graphics/graphics_context.h"
+#include "velamo/platform/graphics/graphics_context.h"
 
 namespace velamo::test {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "model/design.h"
+#include "velamo/model/design.h"
 
 namespace velamo {
 

@@ -1,9 +1,9 @@
 // library_user IN OUT: tells a design's attributes, its first thread and the size of its picture, writes it for another
 // machine, and says what is wrong with a design that is not there.
-#include <formats/design_attributes.h>
-#include <formats/export.h>
-#include <formats/import.h>
-#include <render/design_picture.h>
+#include <velamo/formats/design_attributes.h>
+#include <velamo/formats/export.h>
+#include <velamo/formats/import.h>
+#include <velamo/render/design_picture.h>
 
 #include <iostream>
 

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "velamo/model/error.h"
+
+namespace velamo {
+
+/// Why an edit was refused. A refused edit has changed nothing.
+enum class EditFailure : int {
+    invalidOrientation = 70,
+    movesTooLarge = 71,  // the stitches could not be optimised, see optimizeJumpsFor
+    tooFewThreads = 72,  // colour blocks without a thread
+    invalidBasting = 73,
+};
+
+/// Fills the slot, if there is one. Always false.
+bool failEdit(EditFailure failure, VLMError* error);
+
+}  // namespace velamo

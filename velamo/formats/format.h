@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string_view>
+
+#include "velamo/formats/loading.h"
+#include "velamo/formats/saving.h"
+#include "velamo/model/design.h"
+
+namespace velamo {
+
+/// One kind of embroidery file, known by the extension of its name.
+struct Format {
+    using Reader = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                            const ImportOptions& options) noexcept;
+    using Writer = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
+                            const ExportOptions& options) noexcept;
+    using BytesReader = bool (*)(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);
+
+    std::string_view extension;  // lower case
+    std::string_view type;       // the design type that its reader sets
+    Reader reader;
+    BytesReader bytesReader;  // the same from memory; may throw std::bad_alloc
+    Writer writer = nullptr;  // null: such files are only read
+};
+
+/// All formats, in the order in which import tells them apart.
+[[nodiscard]] std::span<const Format> allFormats() noexcept;
+
+/// The format of files with the extension, which is compared without regard to case; null when it is none of ours.
+[[nodiscard]] const Format* formatWithExtension(std::string_view extension) noexcept;
+
+/// The last component of the path; a slash behind it changes nothing.
+[[nodiscard]] std::filesystem::path fileNameOf(const std::filesystem::path& url);
+
+/// The extension of a file name without its dot, in lower case, or "".
+[[nodiscard]] std::string extensionOf(const std::filesystem::path& url);
+
+/// Whether a file is a design by its name: whether its extension is one of ours.
+[[nodiscard]] bool hasDesignName(const std::filesystem::path& url);
+
+}  // namespace velamo

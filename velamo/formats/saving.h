@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <span>
+#include <string>
+
+#include "velamo/model/error.h"
+
+namespace velamo {
+
+/// What a caller may want to say about a file that is written.
+struct ExportOptions {
+    /// The date and time that the file carries, where its format does so: 14 digits, year to second. Empty: now, by the
+    /// user's clock.
+    std::string dateText;
+    /// What takes the bytes of the finished file, which is called once, and when nothing else can fail; false, with an
+    /// error in the slot, fails the export. Empty: they are put at the URL in one step, as replaceFile does, or the
+    /// system's error is given.
+    std::function<bool(const std::filesystem::path& url, std::span<const std::uint8_t> file, VLMError* error)> save =
+        nullptr;
+};
+
+/// Hands a finished file to where the options say. False on failure, with the error.
+[[nodiscard]] bool saveFile(const std::filesystem::path& url, std::span<const std::uint8_t> file,
+                            const ExportOptions& options, VLMError* error);
+
+}  // namespace velamo
