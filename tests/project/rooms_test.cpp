@@ -34,7 +34,7 @@ std::string roomOf(const Format& format) {
 class FormatRooms : public testing::TestWithParam<Format> {};
 TEST_P(FormatRooms, AreAllThere) {
     const std::string room = roomOf(GetParam());
-    for (const std::string& file : {"formats/" + room + ".h", "formats/" + room + ".cpp",
+    for (const std::string& file : {"velamo/formats/" + room + ".h", "velamo/formats/" + room + ".cpp",
                                     "tests/formats/" + room + "_test.cpp", "fuzz/" + room + "_fuzz.cpp"})
         EXPECT_TRUE(fs::exists(sourceFolder / file)) << file;
     if (GetParam().writer != nullptr) {
@@ -63,7 +63,7 @@ std::vector<Error> errorsInSources() {
     static const std::regex row(R"re(\{\s*(\w+),\s*"([^"]*)"\s*\})re");
     static const std::regex table(R"(ErrorText,\s*\d+>\s*\w+\{\{([\s\S]*?)\}\};)");
     std::vector<Error> errors;
-    for (const char* folder : {"model", "editing", "formats"})
+    for (const char* folder : {"velamo/model", "velamo/editing", "velamo/formats"})
         for (const auto& entry : fs::directory_iterator(sourceFolder / folder)) {
             if (entry.path().extension() != ".cpp") continue;
             const std::string source = textOf(entry.path());
