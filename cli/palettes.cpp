@@ -6,14 +6,11 @@
 #include <cmath>
 #include <memory>
 #include <ostream>
-#include <set>
 #include <string>
 
 #include "cli/commands.h"
 #include "cli/json.h"
-#include "velamo/model/color_list.h"
-#include "velamo/model/thread.h"
-#include "velamo/platform/text/resources.h"
+#include "velamo/model/palettes.h"
 #include "velamo/platform/text/search_words.h"
 
 namespace velamo {
@@ -25,25 +22,11 @@ struct Palette {
     std::vector<VLMThread> threads;  // one for each key
 };
 
-/// The names of all folders "<name>.clr", without that ending, in order.
-std::set<std::string> paletteNames(std::span<const std::filesystem::path> resourceFolders) {
-    std::set<std::string> names;
-    for (const auto& folder : resourceFolders) {
-        std::error_code error;  // a folder that is not there holds none
-        for (const auto& entry : std::filesystem::directory_iterator(folder, error))
-            if (entry.path().extension() == ".clr" && entry.is_directory(error)) names.insert(entry.path().stem());
-    }
-    return names;
-}
-
-std::vector<Palette> allPalettes(std::span<const std::filesystem::path> resourceFolders) {
+std::vector<Palette> allPalettes() {
     std::vector<Palette> palettes;
-    for (const std::string& name : paletteNames(resourceFolders)) {
-        const auto colors = paletteNamed(name);
-        if (!colors || colors->allSortedKeys().empty()) continue;
-        Palette palette{.name = name, .displayName = name, .threads = {}};
-        for (const std::string& key : colors->allSortedKeys())
-            palette.threads.push_back(VLMThread::initWithKeyofPalette(key, name));
+    for (const std::string& name : paletteNames()) {
+        Palette palette{.name = name, .displayName = name, .threads = threadsOfPalette(name)};
+        if (palette.threads.empty()) continue;
         palette.displayName = palette.threads.front().paletteName().value_or(name);
         palettes.push_back(std::move(palette));
     }
@@ -91,9 +74,9 @@ void print(const Palette& palette, const Console& console) {
 
 }  // namespace
 
-ExitStatus palettes(std::span<const std::filesystem::path> resourceFolders, const Console& console) {
+ExitStatus palettes(const Console& console) {
     const char* separator = "";
-    for (const Palette& palette : allPalettes(resourceFolders)) {
+    for (const Palette& palette : allPalettes()) {
         console.out << separator;
         print(palette, console);
         separator = "\n";
@@ -101,9 +84,9 @@ ExitStatus palettes(std::span<const std::filesystem::path> resourceFolders, cons
     return ExitStatus::success;
 }
 
-ExitStatus palettesAsJson(std::span<const std::filesystem::path> resourceFolders, const Console& console) {
+ExitStatus palettesAsJson(const Console& console) {
     Json list = Json::array();
-    for (const Palette& palette : allPalettes(resourceFolders)) list.push_back(paletteJson(palette));
+    for (const Palette& palette : allPalettes()) list.push_back(paletteJson(palette));
     console.out << listTextOf(list);
     return ExitStatus::success;
 }
@@ -113,10 +96,7 @@ void describePalettes(CLI::App& program, Action& chosen) {
     const auto isJson = std::make_shared<bool>(false);
     command->add_flag("--json", *isJson, "Print a JSON list with an object for each palette");
     command->callback([&chosen, isJson] {
-        chosen = [isJson](const Console& console) {
-            const auto folders = resourceFolders();
-            return *isJson ? palettesAsJson(folders, console) : palettes(folders, console);
-        };
+        chosen = [isJson](const Console& console) { return *isJson ? palettesAsJson(console) : palettes(console); };
     });
 }
 

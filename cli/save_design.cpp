@@ -40,7 +40,7 @@ public:
 private:
     bool save(const fs::path& url, std::span<const std::uint8_t> file, VLMError* error) {
         readBack_.threads().all().reserve(threads_.size());  // a list that grows takes half as much again
-        if (!importDesignFromMemory(readBack_, url, file, error)) {
+        if (!importDesignFromBytes(readBack_, file, extensionOf(fileNameOf(url)), error)) {
             error->recoverySuggestion = "The new file could not be read again: " + error->message();
             return false;
         }

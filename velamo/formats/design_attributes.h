@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
+#include <string_view>
 
 #include "velamo/model/design.h"
 
@@ -18,6 +21,12 @@ struct DesignAttributes {
 
 /// The attributes of a design at hand. May throw std::bad_alloc.
 [[nodiscard]] DesignAttributes attributesOfDesign(const VLMDesign& design);
+
+/// The attributes of the design that a file's bytes hold, and those of its side file if there is one: as
+/// attributesOfFile gives them, without the disk (see importDesignFromBytes).
+[[nodiscard]] std::optional<DesignAttributes> attributesOfBytes(std::span<const std::uint8_t> file,
+                                                                std::string_view extension,
+                                                                std::span<const std::uint8_t> sideFile = {}) noexcept;
 
 /// The attributes of a design file, with the threads of its side file; nothing when the file holds no design that can
 /// be read, or memory runs out. The one entry behind the plug-in and behind the programs for each desktop: it writes

@@ -48,30 +48,54 @@ void updateSideFile(const VLMDesign& design) {
         deleteThreadsFromDesign(design, *location);
 }
 
+bool canBeExported(const VLMDesign& design, VLMError* error) {
+    if (design.threads().empty()) return fail(errorTexts, noThreads, error);
+    return !design.stitches().empty() || fail(errorTexts, noStitches, error);
+}
+
+/// Fits the design to the format and lets its writer make the file.
+bool write(VLMDesign& design, const Format& format, const std::filesystem::path& url, const ExportOptions& options,
+           VLMError* error) {
+    const bool isFitted = optimizeJumpsFor(design, format.type);
+    // Nothing but jumps: a file of that would be read by nobody.
+    if (design.stitches().empty()) return fail(errorTexts, noStitches, error);
+    VLMError writerError;
+    if (!format.writer(design, url, &writerError, isFitted ? options : withoutSaving(options))) {
+        if (error != nullptr) *error = std::move(writerError);
+        return false;
+    }
+    return isFitted || fail(errorTexts, movesTooLarge, error);
+}
+
 }  // namespace
 
 bool exportDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                             const ExportOptions& options) noexcept {
     return operation(error, [&] {
-        if (design.threads().empty()) return fail(errorTexts, noThreads, error);
-        if (design.stitches().empty()) return fail(errorTexts, noStitches, error);
+        if (!canBeExported(design, error)) return false;
         const auto name = fileNameOf(url);
         design.setDesignName(name.native());
         const std::string extension = extensionOf(name);
         const Format* format = formatWithExtension(extension);
         if (format == nullptr || format->writer == nullptr) return refuseFormat(url, extension, error);
-
-        const bool isFitted = optimizeJumpsFor(design, format->type);
-        // Nothing but jumps: a file of that would be read by nobody.
-        if (design.stitches().empty()) return fail(errorTexts, noStitches, error);
-        VLMError writerError;
-        if (!format->writer(design, url, &writerError, isFitted ? options : withoutSaving(options))) {
-            if (error != nullptr) *error = std::move(writerError);
-            return false;
-        }
-        if (!isFitted) return fail(errorTexts, movesTooLarge, error);
+        if (!write(design, *format, url, options, error)) return false;
         updateSideFile(design);
         return true;
+    });
+}
+
+bool exportDesignToBytes(VLMDesign& design, std::string_view extension, std::vector<std::uint8_t>& bytes,
+                         VLMError* error, const ExportOptions& options) noexcept {
+    return operation(error, [&] {
+        if (!canBeExported(design, error)) return false;
+        const Format* format = formatWithExtension(extension);
+        if (format == nullptr || format->writer == nullptr) return fail(errorTexts, unsupportedFormat, error);
+        ExportOptions kept = options;
+        kept.save = [&bytes](const std::filesystem::path&, std::span<const std::uint8_t> file, VLMError*) {
+            bytes.assign(file.begin(), file.end());
+            return true;
+        };
+        return write(design, *format, "design." + std::string(format->extension), kept, error);
     });
 }
 

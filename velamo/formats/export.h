@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <string_view>
+#include <vector>
 
 #include "velamo/formats/saving.h"
 #include "velamo/model/design.h"
@@ -21,5 +24,11 @@ namespace velamo {
 /// has its new name; what fitting and writer did to it stays.
 [[nodiscard]] bool exportDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                           const ExportOptions& options = {}) noexcept;
+
+/// The same without the disk: `bytes` becomes what the file would hold, and stays as it is on failure. The extension
+/// ("pes", in any case) decides the format. The design keeps its name, and no side file is touched: where the format
+/// holds no threads of one's own, threadFileWith gives what belongs beside the file. `options.save` is not asked.
+[[nodiscard]] bool exportDesignToBytes(VLMDesign& design, std::string_view extension, std::vector<std::uint8_t>& bytes,
+                                       VLMError* error, const ExportOptions& options = {}) noexcept;
 
 }  // namespace velamo

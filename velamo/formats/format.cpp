@@ -18,27 +18,20 @@
 namespace velamo {
 namespace {
 
-/// A file of Janome's is read by its extension.
-constexpr Format::BytesReader readJefFile = [](VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error) {
-    return readJef(design, file, "jef", error);
-};
-constexpr Format::BytesReader readJefPlusFile = [](VLMDesign& design, std::span<const std::uint8_t> file,
-                                                   VLMError* error) { return readJef(design, file, "jef+", error); };
-
 constexpr std::array<Format, 13> formats{{
-    {"jef", "JEF", importJefDesignFromURLerror, readJefFile, exportJefDesignToURLerror},
-    {"jef+", "JEF+", importJefDesignFromURLerror, readJefPlusFile},
-    {"jpx", "JPX", importJpxDesignFromURLerror, readJpx},
-    {"pes", "PES", importPesDesignFromURLerror, readPes, exportPesDesignToURLerror},
-    {"pec", "PEC", importPecDesignFromURLerror, readPec, exportPecDesignToURLerror},
-    {"sew", "SEW", importSewDesignFromURLerror, readSew},
-    {"exp", "EXP", importExpDesignFromURLerror, readExp, exportExpDesignToURLerror},
-    {"dst", "DST", importDstDesignFromURLerror, readDst, exportDstDesignToURLerror},
-    {"vp3", "VP3", importVp3DesignFromURLerror, readVp3},
-    {"ksm", "KSM", importKsmDesignFromURLerror, readKsm},
-    {"pcs", "PCS", importPcxDesignFromURLerror, readPcx, exportPcsDesignToURLerror},
-    {"pcd", "PCD", importPcxDesignFromURLerror, readPcx},
-    {"pcq", "PCQ", importPcxDesignFromURLerror, readPcx},
+    {"jef", "JEF", importJefDesignFromURLerror, exportJefDesignToURLerror},
+    {"jef+", "JEF+", importJefDesignFromURLerror},
+    {"jpx", "JPX", importJpxDesignFromURLerror},
+    {"pes", "PES", importPesDesignFromURLerror, exportPesDesignToURLerror},
+    {"pec", "PEC", importPecDesignFromURLerror, exportPecDesignToURLerror},
+    {"sew", "SEW", importSewDesignFromURLerror},
+    {"exp", "EXP", importExpDesignFromURLerror, exportExpDesignToURLerror},
+    {"dst", "DST", importDstDesignFromURLerror, exportDstDesignToURLerror},
+    {"vp3", "VP3", importVp3DesignFromURLerror},
+    {"ksm", "KSM", importKsmDesignFromURLerror},
+    {"pcs", "PCS", importPcxDesignFromURLerror, exportPcsDesignToURLerror},
+    {"pcd", "PCD", importPcxDesignFromURLerror},
+    {"pcq", "PCQ", importPcxDesignFromURLerror},
 }};
 static_assert(std::all_of(formats.begin(), formats.end(), [](const Format& format) {
     return (format.writer != nullptr) == (writtenTypeNamed(format.type) != nullptr);

@@ -17,12 +17,10 @@ struct Format {
                             const ImportOptions& options) noexcept;
     using Writer = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                             const ExportOptions& options) noexcept;
-    using BytesReader = bool (*)(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);
 
     std::string_view extension;  // lower case
     std::string_view type;       // the design type that its reader sets
     Reader reader;
-    BytesReader bytesReader;  // the same from memory; may throw std::bad_alloc
     Writer writer = nullptr;  // null: such files are only read
 };
 

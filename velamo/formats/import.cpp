@@ -17,10 +17,11 @@ constexpr std::array<ErrorText, 3> errorTexts{{
 
 /// Takes better threads from the side file, where it has some. False, with the system's error, where that could not be
 /// read this time: the design would seem to have no such threads.
-bool askSideFile(VLMDesign& design, const std::filesystem::path& url, VLMError* error) noexcept {
+template <class Take>
+bool askSideFile(VLMDesign& design, const Take& take, VLMError* error) noexcept {
     design.setUseThreadFile(false);
     return operation(error, [&] {
-        design.setUseThreadFile(takeThreadsOfSideFile(design, url));
+        design.setUseThreadFile(take());
         return true;
     });
 }
@@ -33,6 +34,26 @@ bool finish(VLMDesign& design, VLMError* error) {
     return true;
 }
 
+/// Reads a file of the format and its side file, which `takeSideFile` asks.
+template <class Take>
+bool read(VLMDesign& design, const Format& format, const std::filesystem::path& url, const ImportOptions& options,
+          const Take& takeSideFile, VLMError* error) {
+    VLMError readerError;
+    const bool isRead = format.reader(design, url, &readerError, options);
+    VLMError sideFileError;
+    const bool isAsked = askSideFile(design, takeSideFile, &sideFileError);
+    if (!isRead || (!isAsked && options.givesSystemReason)) {
+        if (error != nullptr) *error = std::move(isRead ? sideFileError : readerError);
+        return false;
+    }
+    return finish(design, error);
+}
+
+void empty(VLMDesign& design) {
+    design.threads().clear();
+    design.stitches().clear();
+}
+
 }  // namespace
 
 bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
@@ -41,32 +62,32 @@ bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& ur
         const auto name = fileNameOf(url);
         design.setDesignName(name.native());
         design.setDesignLocation(url);
-        design.threads().clear();
-        design.stitches().clear();
-
+        empty(design);
         const Format* format = formatWithExtension(extensionOf(name));
         if (format == nullptr) return fail(errorTexts, unknownFormat, error);
-        VLMError readerError;
-        const bool isRead = format->reader(design, url, &readerError, options);
-        VLMError sideFileError;
-        const bool isAsked = askSideFile(design, url, &sideFileError);
-        if (!isRead || (!isAsked && options.givesSystemReason)) {
-            if (error != nullptr) *error = std::move(isRead ? sideFileError : readerError);
-            return false;
-        }
-        return finish(design, error);
+        return read(
+            design, *format, url, options, [&] { return takeThreadsOfSideFile(design, url); }, error);
     });
 }
 
-bool importDesignFromMemory(VLMDesign& design, const std::filesystem::path& url, std::span<const std::uint8_t> file,
-                            VLMError* error) noexcept {
+bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file, std::string_view extension,
+                           VLMError* error, std::span<const std::uint8_t> sideFile) noexcept {
     return operation(error, [&] {
-        design.threads().clear();
-        design.stitches().clear();
-        const Format* format = formatWithExtension(extensionOf(fileNameOf(url)));
-        if (format == nullptr) return fail(errorTexts, unknownFormat, error);
-        design.setDesignType(std::string(format->type));
-        return format->bytesReader(design, file, error) && finish(design, error);
+        const Format* format = formatWithExtension(extension);
+        if (format != nullptr) return importDesignFromBytes(design, file, *format, error, sideFile);
+        empty(design);
+        return fail(errorTexts, unknownFormat, error);
+    });
+}
+
+bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file, const Format& format, VLMError* error,
+                           std::span<const std::uint8_t> sideFile) noexcept {
+    return operation(error, [&] {
+        empty(design);
+        const std::filesystem::path url = "design." + std::string(format.extension);
+        return read(
+            design, format, url, {.givesSystemReason = true, .bytes = file},
+            [&] { return takeThreadsOf(design, sideFile); }, error);
     });
 }
 

@@ -3,11 +3,14 @@
 #include <cstdint>
 #include <filesystem>
 #include <span>
+#include <string_view>
 
 #include "velamo/formats/loading.h"
 #include "velamo/model/design.h"
 
 namespace velamo {
+
+struct Format;
 
 /// Fills `design` from an embroidery file; the extension of its name, in any case, decides the format. Name and
 /// location are set and both lists emptied first; other fields keep their values until the format's reader sets them.
@@ -22,9 +25,14 @@ namespace velamo {
 [[nodiscard]] bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                             const ImportOptions& options = {}) noexcept;
 
-/// The same from the bytes that such a file holds, without the disk: sets the design's type, threads, stitches and
-/// bounds, the display range, and the hoop where the file names one. Name, location and useThreadFile stay.
-[[nodiscard]] bool importDesignFromMemory(VLMDesign& design, const std::filesystem::path& url,
-                                          std::span<const std::uint8_t> file, VLMError* error) noexcept;
+/// The same from the bytes that such a file holds, without the disk. The extension ("dst", in any case) decides the
+/// format; `sideFile` holds the bytes of the thread side file, if there is one. Name and location stay as they are. The
+/// bytes have to live as long as the call. Any number of threads may read at once, each into its own design.
+[[nodiscard]] bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file,
+                                         std::string_view extension, VLMError* error,
+                                         std::span<const std::uint8_t> sideFile = {}) noexcept;
+/// The same for a format at hand.
+[[nodiscard]] bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file, const Format& format,
+                                         VLMError* error, std::span<const std::uint8_t> sideFile = {}) noexcept;
 
 }  // namespace velamo

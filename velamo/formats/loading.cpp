@@ -7,10 +7,11 @@
 
 namespace velamo {
 
-std::vector<std::uint8_t> loadFile(const std::filesystem::path& url, const ImportOptions& options) {
+FileBytes loadFile(const std::filesystem::path& url, const ImportOptions& options) {
+    if (options.bytes) return FileBytes(*options.bytes);
     FileContent content = readFile(url);
     if (content.error && (content.isOpened || options.givesSystemReason)) throw std::system_error(content.error);
-    return std::move(content.bytes);
+    return FileBytes(std::move(content.bytes));
 }
 
 }  // namespace velamo

@@ -74,8 +74,11 @@ std::filesystem::path threadFileOf(std::filesystem::path url) {
 }
 
 bool takeThreadsOfSideFile(VLMDesign& design, const std::filesystem::path& url) {
-    const auto bytes = readWholeFile(threadFileOf(url));
-    const auto list = bytes.empty() ? std::nullopt : parsePropertyList(bytes);
+    return takeThreadsOf(design, readWholeFile(threadFileOf(url)));
+}
+
+bool takeThreadsOf(VLMDesign& design, std::span<const std::uint8_t> sideFile) {
+    const auto list = sideFile.empty() ? std::nullopt : parsePropertyList(sideFile);
     const auto* entries = list ? list->as<PropertyList::Array>() : nullptr;
     if (entries == nullptr) return false;
     std::vector<VLMThread> threads;

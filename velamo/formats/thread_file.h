@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <vector>
 
 #include "velamo/model/design.h"
@@ -25,6 +26,9 @@ namespace velamo {
 /// The same, but throws std::system_error where the system could not read the side file this time, so that nobody can
 /// say whether it has such threads. May throw std::bad_alloc.
 [[nodiscard]] bool takeThreadsOfSideFile(VLMDesign& design, const std::filesystem::path& url);
+
+/// The same with the bytes of a side file. May throw std::bad_alloc.
+[[nodiscard]] bool takeThreadsOf(VLMDesign& design, std::span<const std::uint8_t> sideFile);
 
 /// Writes the side file beside `url`, atomically. Always true: a design is saved even where its side file cannot be.
 bool exportThreadsForDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept;
