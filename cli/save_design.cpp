@@ -4,6 +4,7 @@
 
 #include "cli/format_loss.h"
 #include "velamo/formats/export.h"
+#include "velamo/formats/format.h"
 #include "velamo/formats/import.h"
 #include "velamo/formats/thread_file.h"
 #include "velamo/platform/system/files.h"

@@ -30,13 +30,5 @@ TEST(Palettes, AreListedAsJson) {
     EXPECT_EQ(json[1]["name"], "Janome");
 }
 
-TEST(Palettes, OfNoFolderAreNone) {
-    std::ostringstream out;
-    std::ostringstream problems;
-    const std::vector<std::filesystem::path> folders{"/nowhere"};
-    EXPECT_EQ(palettesAsJson(folders, {.out = out, .problems = problems}), ExitStatus::success);
-    EXPECT_EQ(out.str(), "[]\n");
-}
-
 }  // namespace
 }  // namespace velamo

@@ -325,7 +325,7 @@ def main():
     parser.add_argument("program", type=Path)
     parser.add_argument("samples", type=Path)
     parser.add_argument("--long", action="store_true", help="every call, with every error")
-    parser.add_argument("--case", help="the calls of one command: " + ", ".join(case.name for case in CASES))
+    parser.add_argument("--case", help="all calls of one command: " + ", ".join(case.name for case in CASES))
     parser.add_argument("--only", help="one failure, as it is printed")
     options = parser.parse_args()
     PROGRAM, SAMPLES = options.program.resolve(), options.samples.resolve()
