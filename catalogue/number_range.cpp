@@ -1,7 +1,8 @@
 #include "catalogue/number_range.h"
 
 #include <algorithm>
-#include <charconv>
+
+#include "velamo/platform/text/plain_number.h"
 
 namespace velamo {
 namespace {
@@ -9,10 +10,7 @@ namespace {
 std::optional<double> parseDecimal(std::string_view text) {
     const auto isPartOfDecimal = [](char letter) { return letter == '.' || (letter >= '0' && letter <= '9'); };
     if (!std::all_of(text.begin(), text.end(), isPartOfDecimal)) return std::nullopt;
-    double number = 0;
-    const char* end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number, std::chars_format::fixed);
-    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
+    return plainNumber<double>(text);
 }
 
 /// Whether the text is an end of a range that can be read; an empty one leaves `number` open.

@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <charconv>
 
 #include "cli/edit_words.h"
+#include "velamo/platform/text/plain_number.h"
 
 namespace velamo {
 namespace {
@@ -42,12 +42,11 @@ void EditArguments::refuse(std::size_t index, std::string_view expected) const {
 
 template <class Number>
 Number EditArguments::number(std::size_t index, std::string_view expected) const {
-    Number number{};
     std::string_view word = text(index);
     if (word.starts_with('+') && !word.starts_with("+-")) word.remove_prefix(1);
-    const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), number);
-    if (failure != std::errc() || end != word.data() + word.size()) refuse(index, expected);
-    return number;
+    const auto number = plainNumber<Number>(word);
+    if (!number) refuse(index, expected);
+    return *number;
 }
 
 std::int32_t EditArguments::integer(std::size_t index) const {

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "velamo/platform/text/harmless_text.h"
+#include "velamo/platform/text/plain_number.h"
 
 namespace velamo {
 namespace {
@@ -21,9 +22,8 @@ Json nonFinite(double number) {
 double shortestDouble(float number) {
     std::array<char, 32> digits{};
     const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-    double shortest = 0;
-    std::from_chars(digits.data(), written.ptr, shortest);
-    return static_cast<float>(shortest) == number ? shortest : double{number};
+    const auto shortest = plainNumber<double>({digits.data(), written.ptr});
+    return shortest && static_cast<float>(*shortest) == number ? *shortest : double{number};
 }
 
 }  // namespace

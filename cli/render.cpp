@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cmath>
 #include <iomanip>
 #include <memory>
@@ -16,6 +15,7 @@
 #include "cli/edit_script.h"
 #include "velamo/formats/format.h"
 #include "velamo/platform/system/files.h"
+#include "velamo/platform/text/plain_number.h"
 
 namespace velamo {
 namespace {
@@ -154,10 +154,8 @@ ExitStatus renderDesign(const RenderRequest& request, ConfinedReader& reader, co
 }
 
 std::string refuseScale(const std::string& text) {
-    double scale = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), scale);
-    const bool isNumber = failure == std::errc() && end == text.data() + text.size();
-    return isNumber && std::isfinite(scale) && scale > 0 ? "" : "'" + text + "' is no positive number";
+    const auto scale = plainNumber<double>(text);
+    return scale && std::isfinite(*scale) && *scale > 0 ? "" : "'" + text + "' is no positive number";
 }
 
 }  // namespace

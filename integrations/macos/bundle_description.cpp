@@ -42,9 +42,13 @@ std::string identifierOf(const FileType& type) {
     return "de.velamo.embroidery." + std::string(type.format.extension);
 }
 
+/// What the system itself takes files named ".exp" for. Those named ".jpx" are pictures to it, which are not ours.
+constexpr const char* systemsTypeOfExp = "com.apple.symbol-export";
+
 Array identifiers() {
     Array identifiers;
     for (const FileType& type : fileTypes()) identifiers.emplace_back(identifierOf(type));
+    identifiers.emplace_back(std::string(systemsTypeOfExp));
     return identifiers;
 }
 
@@ -57,7 +61,7 @@ PropertyList declarationOf(const FileType& type) {
     return PropertyList(Dictionary{
         {"UTTypeIdentifier", PropertyList(identifierOf(type))},
         {"UTTypeDescription", PropertyList(std::string(type.format.type) + " embroidery design")},
-        {"UTTypeConformsTo", PropertyList(Array{text("public.data")})},
+        {"UTTypeConformsTo", PropertyList(Array{text("public.data"), text("public.content")})},
         {"UTTypeTagSpecification", PropertyList(Dictionary{{"public.filename-extension", PropertyList(type.extensions)},
                                                            {"public.mime-type", PropertyList(mimeType)}})}});
 }
@@ -83,7 +87,7 @@ std::string schemaOf(const FileType& type) {
 
 }  // namespace
 
-PropertyList importerBundleProperties(const std::string& version) {
+PropertyList importerBundleProperties(const std::string& version, const std::string& system) {
     return PropertyList(
         Dictionary{{"CFBundleDevelopmentRegion", text("en")},
                    {"CFBundleDocumentTypes",
@@ -96,6 +100,7 @@ PropertyList importerBundleProperties(const std::string& version) {
                    {"CFBundlePackageType", text("BNDL")},
                    {"CFBundleShortVersionString", PropertyList(version)},
                    {"CFBundleVersion", PropertyList(version)},
+                   {"LSMinimumSystemVersion", PropertyList(system)},
                    {"CFPlugInDynamicRegistration", text("NO")},
                    {"CFPlugInFactories", PropertyList(Dictionary{{factoryID, text(factoryFunction)}})},
                    {"CFPlugInTypes", PropertyList(Dictionary{{importerTypeID, PropertyList(Array{text(factoryID)})}})},

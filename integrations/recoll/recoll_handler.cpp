@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <istream>
 #include <optional>
 #include <ostream>
@@ -10,6 +9,7 @@
 
 #include "integrations/attribute_words.h"
 #include "reading/reader_failures.h"
+#include "velamo/platform/text/plain_number.h"
 #include "velamo/platform/text/text.h"
 
 namespace velamo {
@@ -43,9 +43,10 @@ std::optional<FieldHead> parseFieldHead(const std::string& line) {
     if (colon == std::string::npos) return std::nullopt;
     FieldHead head{.name = line.substr(0, colon)};
     std::transform(head.name.begin(), head.name.end(), head.name.begin(), lowerCase);
-    const char* end = line.data() + line.size();
-    const auto parsed = std::from_chars(line.data() + colon + 2, end, head.length);
-    return parsed.ec == std::errc() && parsed.ptr == end ? std::optional(head) : std::nullopt;
+    const auto length = plainNumber<decltype(head.length)>(std::string_view(line).substr(colon + 2));
+    if (!length) return std::nullopt;
+    head.length = *length;
+    return head;
 }
 
 /// The file name that a request asks for, empty when it asks for none; nothing when it is no request.

@@ -1,5 +1,4 @@
 #include <cerrno>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -15,6 +14,7 @@
 #include "velamo/platform/system/file_state.h"
 #include "velamo/platform/system/files.h"
 #include "velamo/platform/system/program_start.h"
+#include "velamo/platform/text/plain_number.h"
 
 namespace velamo {
 namespace {
@@ -51,10 +51,8 @@ bool writeThumbnail(const std::filesystem::path& design, const std::filesystem::
 
 /// A whole number of pixels from one on, or nothing.
 std::optional<int> pixelsIn(std::string_view text) noexcept {
-    int pixels = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), pixels);
-    const bool isNumber = failure == std::errc() && end == text.data() + text.size();
-    return isNumber && pixels > 0 ? std::optional(pixels) : std::nullopt;
+    const auto pixels = plainNumber<int>(text);
+    return pixels && *pixels > 0 ? pixels : std::nullopt;
 }
 
 }  // namespace

@@ -90,6 +90,7 @@ TEST_F(BundleProperties, NameTheBundleAndItsModule) {
     EXPECT_EQ(text("CFPlugInDynamicRegistration"), "NO");
     EXPECT_EQ(text("CFBundleVersion"), text("CFBundleShortVersionString"));
     EXPECT_THAT(text("CFBundleVersion"), testing::MatchesRegex("[0-9]+.[0-9]+.[0-9]+"));
+    EXPECT_THAT(text("LSMinimumSystemVersion"), testing::MatchesRegex("[0-9]+.[0-9]+"));
     EXPECT_TRUE(fs::is_regular_file(contents / "MacOS" / text("CFBundleExecutable")));
 }
 
@@ -122,17 +123,32 @@ TEST_F(BundleProperties, DeclareEveryExtensionOnce) {
             << identifier;
         const auto shortName = identifier.substr(identifier.rfind('.') + 1);
         EXPECT_EQ(*tags->find("public.mime-type")->as<std::string>(), "application/x-embroidery-" + shortName);
-        EXPECT_THAT(textsIn(declaration.find("UTTypeConformsTo")), ElementsAre("public.data"));
+        EXPECT_THAT(textsIn(declaration.find("UTTypeConformsTo")), ElementsAre("public.content", "public.data"));
         EXPECT_THAT(*declaration.find("UTTypeDescription")->as<std::string>(), testing::EndsWith(" embroidery design"));
     }
     EXPECT_EQ(declared, expectedTypes());
+}
+
+TEST_F(BundleProperties, DescribeEachTypeInEnglishAndGerman) {
+    for (const char* language : {"en.lproj", "de.lproj"}) {
+        const auto bytes = readWholeFile(contents / "Resources" / language / "InfoPlist.strings");
+        const auto table = parseStringTable({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+        std::set<std::string> described;
+        for (const auto& [key, value] : table) described.insert(key);
+        std::set<std::string> declared;
+        for (const PropertyList& declaration : *find({"UTImportedTypeDeclarations"})->as<Array>())
+            declared.insert(*declaration.find("UTTypeDescription")->as<std::string>());
+        EXPECT_EQ(described, declared) << language;
+    }
 }
 
 TEST_F(BundleProperties, ClaimEveryType) {
     const auto* types = find({"CFBundleDocumentTypes"})->as<Array>();
     ASSERT_EQ(types->size(), 1U);
     EXPECT_EQ(*types->front().find("CFBundleTypeRole")->as<std::string>(), "MDImporter");
-    EXPECT_EQ(textsIn(types->front().find("LSItemContentTypes")), expectedIdentifiers());
+    auto expected = expectedIdentifiers();
+    expected.insert("com.apple.symbol-export");  // what the system takes ".exp" for
+    EXPECT_EQ(textsIn(types->front().find("LSItemContentTypes")), expected);
 }
 
 /// What the schema declares, a line for each attribute and each list of a type, as an XML parser sees it.

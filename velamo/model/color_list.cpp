@@ -1,11 +1,11 @@
 #include "velamo/model/color_list.h"
 
 #include <array>
-#include <charconv>
 #include <mutex>
 #include <optional>
 
 #include "velamo/platform/system/files.h"
+#include "velamo/platform/text/plain_number.h"
 #include "velamo/platform/text/resources.h"
 
 namespace velamo {
@@ -26,11 +26,10 @@ template <class Number>
 std::optional<Number> takeNumber(std::string_view& line) noexcept {
     line.remove_prefix(std::min(line.find_first_not_of(separators), line.size()));
     if (line.substr(0, 1) == "+") line.remove_prefix(1);
-    Number number{};
-    const auto [end, failure] = std::from_chars(line.data(), line.data() + line.size(), number);
-    if (failure == std::errc::invalid_argument) return std::nullopt;
-    line.remove_prefix(static_cast<std::size_t>(end - line.data()));
-    return number;
+    const auto number = scanPlainNumber<Number>(line);
+    if (!number) return std::nullopt;
+    line.remove_prefix(number->length);
+    return number->fits ? number->value : 0;
 }
 
 struct Entry {

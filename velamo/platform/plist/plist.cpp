@@ -1,7 +1,5 @@
 #include "velamo/platform/plist/plist.h"
 
-#include <locale.h>
-
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -9,6 +7,7 @@
 #include <stdexcept>
 
 #include "velamo/platform/plist/plist_guard.h"
+#include "velamo/platform/text/plain_locale.h"
 #include "velamo/platform/text/text.h"
 
 namespace velamo {
@@ -17,16 +16,12 @@ namespace {
 /// libplist reads and writes numbers by the locale of the thread, in which a comma may stand for the point.
 class PlainNumbers {
 public:
-    PlainNumbers() noexcept : former_(::uselocale(plain())) {}
+    PlainNumbers() noexcept : former_(::uselocale(plainLocale())) {}
     ~PlainNumbers() { ::uselocale(former_); }
     PlainNumbers(const PlainNumbers&) = delete;
     PlainNumbers& operator=(const PlainNumbers&) = delete;
 
 private:
-    static locale_t plain() noexcept {
-        static const locale_t plainLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
-        return plainLocale;
-    }
     locale_t former_;
 };
 

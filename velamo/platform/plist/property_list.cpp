@@ -1,7 +1,6 @@
 #include "velamo/platform/plist/property_list.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdlib>
 #include <limits>
 #include <map>
@@ -9,6 +8,7 @@
 #include <stdexcept>
 
 #include "velamo/platform/plist/plist.h"
+#include "velamo/platform/text/plain_number.h"
 #include "velamo/platform/text/text.h"
 
 namespace velamo {
@@ -53,11 +53,7 @@ template <class Number>
 std::optional<Number> numberFrom(const std::string& text) {
     const std::size_t first = std::min(text.find_first_not_of(" \t\r\n"), text.size());
     const std::size_t end = text.find_last_not_of(" \t\r\n") + 1;
-    Number number{};
-    if (first >= end) return std::nullopt;
-    const auto [stop, error] = std::from_chars(text.data() + first, text.data() + end, number);
-    if (error != std::errc() || stop != text.data() + end) return std::nullopt;
-    return number;
+    return first < end ? plainNumber<Number>(std::string_view(text).substr(first, end - first)) : std::nullopt;
 }
 
 std::optional<std::int64_t> narrowed(double value) {

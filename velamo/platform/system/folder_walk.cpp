@@ -132,7 +132,7 @@ std::optional<FolderListing> FolderWalk::list(Pending pending) {
         listing.error = systemError(errno);
         return listing;
     }
-    if (!listed_.insert({status.st_dev, status.st_ino}).second) return std::nullopt;
+    if (!listed_.insert({static_cast<std::uint64_t>(status.st_dev), status.st_ino}).second) return std::nullopt;
     readNames(handle, listing);
     return listing;
 }

@@ -1,15 +1,15 @@
 #include "velamo/platform/text/number_format.h"
 
-#include <locale.h>  // newlocale, strtod_l
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
 #include <stdexcept>
 
 #include <unicode/decimfmt.h>
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
+
+#include "velamo/platform/text/plain_number.h"
 
 namespace velamo {
 namespace {
@@ -152,8 +152,8 @@ private:
 
     /// Independent of the locale that the program around us may have set.
     [[nodiscard]] double value() const {
-        static const locale_t plainLocale = newlocale(LC_ALL_MASK, "C", nullptr);
-        return strtod_l(plain_.c_str(), nullptr, plainLocale);
+        const auto number = scanDouble(plain_);
+        return number ? number->value : 0;
     }
 
     Characters characters_;
