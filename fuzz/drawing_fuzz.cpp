@@ -3,6 +3,7 @@
 
 #include "fuzz/claims.h"
 #include "velamo/platform/graphics/bitmap.h"
+#include "velamo/render/design_blocks.h"
 #include "velamo/render/design_picture.h"
 #include "velamo/render/draw_design.h"
 #include "velamo/render/thumbnail.h"

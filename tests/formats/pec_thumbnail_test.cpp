@@ -10,6 +10,7 @@
 
 #include "tests/support/stitches.h"
 #include "velamo/platform/graphics/bitmap.h"
+#include "velamo/render/design_blocks.h"
 #include "velamo/render/draw_design.h"
 
 namespace velamo {

@@ -10,6 +10,7 @@
 #include "tests/support/recording_context.h"
 #include "tests/support/stitches.h"
 #include "velamo/platform/graphics/bitmap.h"
+#include "velamo/render/design_blocks.h"
 
 namespace velamo {
 namespace {

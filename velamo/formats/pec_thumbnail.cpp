@@ -7,6 +7,7 @@
 
 #include "velamo/model/error.h"
 #include "velamo/platform/graphics/bitmap.h"
+#include "velamo/render/design_blocks.h"
 #include "velamo/render/draw_design.h"
 
 namespace velamo {

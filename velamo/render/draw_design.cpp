@@ -6,6 +6,8 @@
 #include <limits>
 
 #include "velamo/model/error.h"
+#include "velamo/model/needle_walk.h"
+#include "velamo/render/design_blocks.h"
 
 namespace velamo {
 namespace {
@@ -75,13 +77,10 @@ struct Look {
     bool showStructure = false;
 };
 
-/// The stitches from `begin` up to `end`, the first of which starts a colour block, and what those before come to.
+/// The stitches from where the walk stands, at the start of a colour block, up to `end`.
 struct Run {
-    std::size_t begin = 0;
+    NeedleWalk walk;
     std::size_t end = 0;
-    std::size_t thread = 0;  // of the first stitch
-    VLMPoint position;
-    bool isAfterStitch = false;
 };
 
 class StitchPainter {
@@ -96,7 +95,7 @@ public:
           jumpWidth_(lineWidth_ * widthOfJump >= leastWidthOfJump ? lineWidth_ * widthOfJump : 0) {}
 
     /// All of the run, or what belongs to the thread `showThread` when that is not -1.
-    void draw(const Run& run, std::int64_t showThread);
+    void draw(Run run, std::int64_t showThread);
 
 private:
     struct Move {
@@ -133,30 +132,26 @@ bool StitchPainter::isVisible(const Move& move) const noexcept {
            (move.stitch.isJumpStitch() || near_.contains(move.start) || near_.contains(move.end));
 }
 
-void StitchPainter::draw(const Run& run, std::int64_t showThread) {
+void StitchPainter::draw(Run run, std::int64_t showThread) {
     const auto& stitches = design_.stitches().all();
     const auto [location, length] = design_.displayRange();
     const std::uint64_t last = location + std::min(length, std::numeric_limits<std::uint64_t>::max() - location);
-    std::size_t nextThread = run.thread;
     bool isThreadDrawn = false;
-    VLMPoint start = run.position;
-    bool isAfterStitch = run.isAfterStitch;
-    for (std::size_t i = run.begin; i < run.end && i <= last; ++i) {
-        const VLMStitch& stitch = stitches[i];
-        if (i == run.begin || stitch.isColorChange()) {
-            if (nextThread >= design_.threads().size()) return;
-            isThreadDrawn = showThread == -1 || showThread == static_cast<std::int64_t>(nextThread);
-            takeThread(design_.threads()[nextThread++]);
+    while (run.walk.stitch() < run.end && run.walk.stitch() <= last) {
+        const VLMStitch& stitch = stitches[run.walk.stitch()];
+        const NeedleMove needle = run.walk.take(stitch);
+        if (needle.startsBlock) {
+            if (needle.thread >= design_.threads().size()) return;
+            isThreadDrawn = showThread == -1 || showThread == static_cast<std::int64_t>(needle.thread);
+            takeThread(design_.threads()[needle.thread]);
         }
-        const Move move{stitch, start, {start.x + stitch.deltaX(), start.y + stitch.deltaY()}};
-        if (isThreadDrawn && location <= i + 1 && isVisible(move)) {
-            if (isAfterStitch && !stitch.isJumpStitch())
+        const Move move{stitch, needle.start, needle.end};
+        if (isThreadDrawn && location <= needle.stitch + 1 && isVisible(move)) {
+            if (needle.isSewn)
                 drawStitch(move);
             else if (look_.showJumps)
                 drawJump(move);
         }
-        isAfterStitch = !stitch.isJumpStitch() && !stitch.isColorChange();
-        start = move.end;
     }
 }
 
@@ -238,9 +233,8 @@ void drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(const VLMDe
                                                                      GraphicsContext& context, bool show3D,
                                                                      bool showJumps, bool showStructure,
                                                                      std::int32_t showThread) noexcept {
-    Run all;
-    all.end = design.stitches().size();
-    drawRun(design, rect, context, {show3D, showJumps, showStructure}, all, showThread);
+    drawRun(design, rect, context, {show3D, showJumps, showStructure}, {.walk = {}, .end = design.stitches().size()},
+            showThread);
 }
 
 void drawDesignInRectofContextshow3DshowJumpsshowStructure(const VLMDesign& design, const VLMRect& rect,
@@ -260,18 +254,15 @@ DesignBlocks::DesignBlocks(const VLMDesign& design) : design_(design) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const auto& stitches = design.stitches().all();
     blocks_.reserve(design.threads().size());
-    VLMPoint position;
-    bool isAfterStitch = false;
-    for (; endStitch_ < stitches.size(); ++endStitch_) {
-        const VLMStitch& stitch = stitches[endStitch_];
-        if (endStitch_ == 0 || stitch.isColorChange()) {
+    for (NeedleWalk walk; walk.stitch() < stitches.size(); endStitch_ = walk.stitch()) {
+        const NeedleWalk before = walk;
+        const NeedleMove move = walk.take(stitches[walk.stitch()]);
+        if (move.startsBlock) {
             if (blocks_.size() == design.threads().size()) return;
-            blocks_.push_back({endStitch_, position, isAfterStitch, {infinity, infinity}, {-infinity, -infinity}});
-            blocks_.back().include(position);
+            blocks_.push_back({before, {infinity, infinity}, {-infinity, -infinity}});
+            blocks_.back().include(move.start);
         }
-        position = {position.x + stitch.deltaX(), position.y + stitch.deltaY()};
-        blocks_.back().include(position);
-        isAfterStitch = !stitch.isJumpStitch() && !stitch.isColorChange();
+        blocks_.back().include(move.end);
     }
 }
 
@@ -284,8 +275,8 @@ VLMRect DesignBlocks::boundsOf(std::size_t block) const {
 void DesignBlocks::drawBlockInRectofContext(std::size_t block, const VLMRect& rect,
                                             GraphicsContext& context) const noexcept {
     const Block& found = blocks_[block];
-    const std::size_t end = block + 1 < blocks_.size() ? blocks_[block + 1].firstStitch : endStitch_;
-    drawRun(design_, rect, context, {}, {found.firstStitch, end, block, found.start, found.isAfterStitch}, -1);
+    const std::size_t end = block + 1 < blocks_.size() ? blocks_[block + 1].start.stitch() : endStitch_;
+    drawRun(design_, rect, context, {}, {.walk = found.start, .end = end}, -1);
 }
 
 }  // namespace velamo

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "velamo/model/design.h"
 #include "velamo/platform/graphics/graphics_context.h"
@@ -28,33 +27,5 @@ void drawDesignInRectofContextshow3DshowJumpsshowStructure(const VLMDesign& desi
 
 /// The widest line of the drawing: nothing is drawn farther than half of it from a stitch.
 inline constexpr double widestStitch = 3.5;
-
-/// Where the colour blocks of a design start, so that one of them is drawn without a walk through those before it.
-/// Looks at the design, which has to stay as it is meanwhile.
-class DesignBlocks {
-public:
-    /// May throw std::bad_alloc.
-    explicit DesignBlocks(const VLMDesign& design);
-
-    /// Blocks that have a thread.
-    [[nodiscard]] std::size_t size() const noexcept { return blocks_.size(); }
-    /// The smallest rectangle round all ends of the block's stitches; ends that are not finite stay outside.
-    [[nodiscard]] VLMRect boundsOf(std::size_t block) const;
-    /// Draws, flat, without jumps and structure, what the drawing of the design with the thread `block` alone draws.
-    void drawBlockInRectofContext(std::size_t block, const VLMRect& rect, GraphicsContext& context) const noexcept;
-
-private:
-    struct Block {
-        std::size_t firstStitch = 0;
-        VLMPoint start;
-        bool isAfterStitch = false;  // the stitch before the block was sewn
-        VLMPoint least;
-        VLMPoint most;
-        void include(VLMPoint point) noexcept;
-    };
-    const VLMDesign& design_;
-    std::vector<Block> blocks_;
-    std::size_t endStitch_ = 0;  // of the last block
-};
 
 }  // namespace velamo

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "velamo/model/error.h"
+#include "velamo/model/needle_walk.h"
 #include "velamo/render/cloth.h"
 
 namespace velamo {
@@ -21,28 +22,16 @@ struct Line {
     std::size_t thread = 0;
 };
 
-/// Where a walk through a design's stitches stands.
-struct Place {
-    std::size_t stitch = 0;
-    std::size_t blocks = 0;
-    VLMPoint position;
-    bool isAfterStitch = false;
-};
-
 /// Hands over what every drawing of a design shows as stitches, neither jumps nor the first stitch behind each, and
 /// goes on up to the stitch `end`. False where no thread is left.
 template <class Visit>
-bool walk(const VLMDesign& design, Place& place, std::size_t end, Visit&& visit) {
+bool go(const VLMDesign& design, NeedleWalk& walk, std::size_t end, Visit&& visit) {
     const auto& stitches = design.stitches().all();
-    for (; place.stitch < end; ++place.stitch) {
-        const VLMStitch& stitch = stitches[place.stitch];
-        if (place.blocks == 0 || stitch.isColorChange()) ++place.blocks;
-        if (place.blocks > design.threads().size()) return false;
-        const VLMPoint next{place.position.x + stitch.deltaX(), place.position.y + stitch.deltaY()};
-        if (place.isAfterStitch && !stitch.isJumpStitch() && !stitch.isNullStitch())
-            visit(Line{place.position, next, place.blocks - 1});
-        place.isAfterStitch = !stitch.isJumpStitch() && !stitch.isColorChange();
-        place.position = next;
+    while (walk.stitch() < end) {
+        const VLMStitch& stitch = stitches[walk.stitch()];
+        const NeedleMove move = walk.take(stitch);
+        if (move.thread >= design.threads().size()) return false;
+        if (move.isSewn && !stitch.isNullStitch()) visit(Line{move.start, move.end, move.thread});
     }
     return true;
 }
@@ -94,16 +83,16 @@ private:
 /// the lines of a part are held, and not those of millions of stitches.
 struct Parts {
     static constexpr std::size_t stitches = 1U << 14U;
-    std::vector<Place> places;
+    std::vector<NeedleWalk> places;
     double rows = 0;
 
     Parts(const VLMDesign& design, const Frame& frame) {
         const std::size_t count = design.stitches().size();
         bool isThreadLeft = true;
-        for (Place place; isThreadLeft && place.stitch < count;) {
-            places.push_back(place);
-            isThreadLeft = walk(design, place, std::min(count, place.stitch + stitches),
-                                [&](const Line& line) { rows += frame.rowsOf(line); });
+        for (NeedleWalk walk; isThreadLeft && walk.stitch() < count;) {
+            places.push_back(walk);
+            isThreadLeft = go(design, walk, std::min(count, walk.stitch() + stitches),
+                              [&](const Line& line) { rows += frame.rowsOf(line); });
         }
     }
 };
@@ -142,9 +131,9 @@ void sewAll(Cloth& cloth, const VLMDesign& design, const Parts& parts, const Fra
     const std::size_t count = design.stitches().size();
     for (std::size_t part = parts.places.size(); part-- > 0 && !cloth.isClosed();) {
         lines.clear();
-        Place place = parts.places[part];
-        static_cast<void>(walk(design, place, std::min(count, place.stitch + Parts::stitches),
-                               [&lines](const Line& line) { lines.push_back(line); }));
+        NeedleWalk walk = parts.places[part];
+        static_cast<void>(go(design, walk, std::min(count, walk.stitch() + Parts::stitches),
+                             [&lines](const Line& line) { lines.push_back(line); }));
         for (std::size_t i = lines.size(); i-- > 0;) {
             const Line& line = lines[i];
             if (line.thread != thread) cloth.takeThread(colorOf(design, line.thread));

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+
+#include "velamo/model/design.h"
+
+namespace velamo {
+
+/// The way of the needle that a stitch is.
+struct NeedleMove {
+    std::size_t stitch = 0;  // its index in the design
+    std::size_t thread = 0;  // the index of its block's thread, which a design may lack
+    VLMPoint start;          // tenths of a millimetre, y upward, from where the design starts
+    VLMPoint end;
+    bool startsBlock = false;  // a colour change, or the first stitch of all
+    /// Whether the move may leave thread on the cloth: it is no jump, and what came before it was no jump and no colour
+    /// change, behind which the needle only goes down. Where it has a length, that is a line of thread.
+    bool isSewn = false;
+};
+
+/// Walks along a design's stitches from the first one on and tells what each of them does to the needle. A copy goes on
+/// from where it was made.
+class NeedleWalk {
+public:
+    /// The move of the design's next stitch, whose turn it is.
+    NeedleMove take(const VLMStitch& stitch) noexcept {
+        const bool startsBlock = stitch_ == 0 || stitch.isColorChange();
+        if (startsBlock) ++blocks_;
+        const VLMPoint end{position_.x + stitch.deltaX(), position_.y + stitch.deltaY()};
+        const NeedleMove move{stitch_, blocks_ - 1, position_,
+                              end,     startsBlock, isAfterStitch_ && !stitch.isJumpStitch()};
+        isAfterStitch_ = !stitch.isJumpStitch() && !stitch.isColorChange();
+        position_ = end;
+        ++stitch_;
+        return move;
+    }
+
+    /// The index of the next stitch.
+    [[nodiscard]] std::size_t stitch() const noexcept { return stitch_; }
+
+private:
+    std::size_t stitch_ = 0;
+    std::size_t blocks_ = 0;  // begun so far
+    VLMPoint position_;
+    bool isAfterStitch_ = false;
+};
+
+}  // namespace velamo
