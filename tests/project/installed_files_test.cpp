@@ -21,6 +21,19 @@ TEST_P(InstalledFile, NamesNoFolderOfItsSources) {
 INSTANTIATE_TEST_SUITE_P(Files, InstalledFile, testing::Values(VELAMO_INSTALLED_FILES),
                          [](const auto& row) { return "File" + std::to_string(row.index); });
 
+/// Whoever only reads designs needs nothing that draws: an indexer starts its importer for each batch of files.
+TEST(InstalledReaders, LoadNothingThatDraws) {
+    const test::TemporaryFolder folder;
+    for (const char* reader : {VELAMO_READERS}) {
+        const auto out = folder.path() / "out";
+        ASSERT_EQ(std::system(("ldd '" + std::string(reader) + "' >" + out.native()).c_str()), 0) << reader;
+        const std::string loaded = test::TemporaryFolder::read(out);
+        EXPECT_NE(loaded.find("libicuuc"), std::string::npos) << reader;
+        for (const char* library : {"cairo", "pixman", "libpng", "freetype", "fontconfig", "libX11"})
+            EXPECT_EQ(loaded.find(library), std::string::npos) << reader << " loads " << library;
+    }
+}
+
 /// Short paths are not to be found in a program's bytes, so it is asked as well.
 TEST(ProgramElsewhere, LooksForResourcesBesideItselfAlone) {
     const test::TemporaryFolder folder;

@@ -215,4 +215,7 @@ Bytes pecThumbnailsOfDesignAndThreads(const VLMDesign& design) noexcept {
     return bytesOf([&](Bytes& bytes) { return appendAllThumbnails(design, bytes); });
 }
 
+constexpr PecThumbnails drawnPecThumbnails{hasPecThumbnail, exportPecBitmapToDataForThread,
+                                           pecThumbnailsOfDesignAndThreads};
+
 }  // namespace velamo

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "velamo/formats/saving.h"
 #include "velamo/model/design.h"
 
 namespace velamo {
@@ -28,6 +29,13 @@ namespace velamo {
 /// two drawings of the design, however many threads there are, and the lines of the second are those of the first. No
 /// bytes when one of them cannot be made.
 [[nodiscard]] std::vector<std::uint8_t> pecThumbnailsOfDesignAndThreads(const VLMDesign& design) noexcept;
+
+/// Those three, as a writer asks for them.
+struct PecThumbnails {
+    bool (*canBeMade)(const VLMDesign& design) noexcept;
+    std::vector<std::uint8_t> (*ofThread)(const VLMDesign& design, std::int32_t thread) noexcept;
+    std::vector<std::uint8_t> (*ofDesignAndThreads)(const VLMDesign& design) noexcept;
+};
 
 inline constexpr std::size_t pecThumbnailSize = 228;
 using PecThumbnail = std::array<std::uint8_t, pecThumbnailSize>;

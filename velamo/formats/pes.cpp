@@ -201,8 +201,8 @@ void putColorTable(VLMByteWriter& out, std::span<const std::uint8_t> colors) {
 }
 
 /// Whether there can be a PEC section of the design and a thumbnail behind it: looked at before anything is drawn.
-bool checkSection(const VLMDesign& design, VLMError* error) {
-    const bool isWithin = design.threads().size() <= mostPecThreads && hasPecThumbnail(design) &&
+bool checkSection(const VLMDesign& design, const PecThumbnails& thumbnails, VLMError* error) {
+    const bool isWithin = design.threads().size() <= mostPecThreads && thumbnails.canBeMade(design) &&
                           sizeOfPecSegment(design) <= largestPecSection;
     return isWithin || failWithSystemError(EFBIG, error);
 }
@@ -265,8 +265,9 @@ bool importPecDesignFromURLerror(VLMDesign& design, const std::filesystem::path&
     });
 }
 
-std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* error) {
-    if (!checkLimits(design, error) || !checkSection(design, error)) return std::nullopt;
+std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* error, const ExportOptions& options) {
+    const PecThumbnails& thumbnails = *options.thumbnails;
+    if (!checkLimits(design, error) || !checkSection(design, thumbnails, error)) return std::nullopt;
     const auto colors = takeBrotherIndices(design);
     constexpr std::size_t pointSize = 4;
     constexpr std::size_t sizeBesides = 1024;
@@ -278,27 +279,29 @@ std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* e
     // Three bytes reach far enough: a file of the most stitches and threads that there may be has a megabyte.
     out.replace(sectionPointerOffset, static_cast<std::int64_t>(out.size()), 3);
     const auto section = exportPecSegmentToData(design);
-    if (!putSection(out, section, pecThumbnailsOfDesignAndThreads(design), error)) return std::nullopt;
+    if (!putSection(out, section, thumbnails.ofDesignAndThreads(design), error)) return std::nullopt;
     return out.take();
 }
 
-std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* error) {
-    if (!checkSection(design, error)) return std::nullopt;
+std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* error, const ExportOptions& options) {
+    if (!checkSection(design, *options.thumbnails, error)) return std::nullopt;
     const auto section = exportPecSegmentToData(design);
     VLMByteWriter out(pesHeaderSize + section.size() + pecThumbnailSize);
     out.text("#PEC0001");
-    if (!putSection(out, section, exportPecBitmapToDataForThread(design, -1), error)) return std::nullopt;
+    if (!putSection(out, section, options.thumbnails->ofThread(design, -1), error)) return std::nullopt;
     return out.take();
 }
 
 bool exportPesDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                const ExportOptions& options) noexcept {
-    return operation(error, [&] { return saveAs(design, url, writePes(design, error), "PES", options, error); });
+    return operation(error,
+                     [&] { return saveAs(design, url, writePes(design, error, options), "PES", options, error); });
 }
 
 bool exportPecDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                const ExportOptions& options) noexcept {
-    return operation(error, [&] { return saveAs(design, url, writePec(design, error), "PEC", options, error); });
+    return operation(error,
+                     [&] { return saveAs(design, url, writePec(design, error, options), "PEC", options, error); });
 }
 
 }  // namespace velamo

@@ -65,7 +65,9 @@ namespace velamo {
                                              const ExportOptions& options = {}) noexcept;
 
 /// The bytes of those files; nothing on failure. They change the design's threads. May throw std::bad_alloc.
-[[nodiscard]] std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* error);
-[[nodiscard]] std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* error);
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* error,
+                                                                const ExportOptions& options = {});
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* error,
+                                                                const ExportOptions& options = {});
 
 }  // namespace velamo

@@ -10,6 +10,10 @@
 
 namespace velamo {
 
+struct PecThumbnails;
+/// The thumbnails that the drawing of designs makes.
+extern const PecThumbnails drawnPecThumbnails;
+
 /// What a caller may want to say about a file that is written.
 struct ExportOptions {
     /// The date and time that the file carries, where its format does so: 14 digits, year to second. Empty: now, by the
@@ -20,6 +24,9 @@ struct ExportOptions {
     /// system's error is given.
     std::function<bool(const std::filesystem::path& url, std::span<const std::uint8_t> file, VLMError* error)> save =
         nullptr;
+    /// What makes the thumbnails in PES and PEC files. It is named here, where a caller makes the options, and not in
+    /// the writers: so a program that only reads designs needs nothing that draws.
+    const PecThumbnails* thumbnails = &drawnPecThumbnails;
 };
 
 /// Hands a finished file to where the options say. False on failure, with the error.
