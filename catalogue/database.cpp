@@ -7,6 +7,7 @@
 
 #include "velamo/platform/text/harmless_text.h"
 #include "velamo/platform/text/text.h"
+#include "velamo/platform/text/url_text.h"
 
 namespace velamo {
 namespace {

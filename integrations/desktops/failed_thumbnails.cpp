@@ -1,12 +1,12 @@
 #include "integrations/desktops/failed_thumbnails.h"
 
-#include <charconv>
 #include <string>
 #include <string_view>
 #include <system_error>
 
 #include "velamo/formats/byte_reader.h"
 #include "velamo/platform/system/files.h"
+#include "velamo/platform/text/url_text.h"
 
 namespace velamo {
 namespace {
@@ -21,28 +21,6 @@ std::string_view charactersOf(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-/// The text with each "%20" and its like as the byte that it stands for.
-std::string decoded(std::string_view text) {
-    constexpr std::size_t digits = 2;
-    constexpr int hexadecimal = 16;
-    std::string plain;
-    plain.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        unsigned char byte = 0;
-        const char* const first = text.data() + i + 1;
-        const bool isEscape = text[i] == '%' && text.size() - i > digits &&
-                              std::from_chars(first, first + digits, byte, hexadecimal).ptr == first + digits;
-        plain += isEscape ? static_cast<char>(byte) : text[i];
-        if (isEscape) i += digits;
-    }
-    return plain;
-}
-
-fs::path fileOfUri(std::string_view uri) {
-    constexpr std::string_view scheme = "file://";
-    return uri.starts_with(scheme) ? decoded(uri.substr(scheme.size())) : "";
-}
-
 /// The file that a thumbnail is of, which a text in the picture tells; empty where it tells none.
 fs::path fileOfThumbnail(std::span<const std::uint8_t> picture) {
     VLMByteReader in(picture, sizeOfMark);
@@ -50,7 +28,8 @@ fs::path fileOfThumbnail(std::span<const std::uint8_t> picture) {
         const std::int32_t size = in.i32be();
         const auto kind = charactersOf(in.take(4));
         const auto content = charactersOf(in.take(size < 0 ? SIZE_MAX : static_cast<std::size_t>(size)));
-        if (kind == "tEXt" && content.starts_with(keyOfFile)) return fileOfUri(content.substr(keyOfFile.size()));
+        if (kind == "tEXt" && content.starts_with(keyOfFile))
+            return pathOfLocation(content.substr(keyOfFile.size())).value_or(fs::path());
         in.skip(sizeOfChecksum);
     }
     return {};

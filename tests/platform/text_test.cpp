@@ -73,12 +73,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Utf8Row{"LastCharacter", "\xF4\x8F\xBF\xBF", "\xF4\x8F\xBF\xBF"}),
     [](const auto& row) { return row.param.name; });
 
-TEST(LocationText, IsThatOfAUrl) {
-    EXPECT_EQ(locationText("/tmp/a-b_c.~x/1.dst"), "file:///tmp/a-b_c.~x/1.dst");
-    EXPECT_EQ(locationText("/a b%\xC3\xA9.jef+"), "file:///a%20b%25%C3%A9.jef%2B");
-    EXPECT_EQ(locationText("rose.dst"), "rose.dst");
-}
-
 struct CountRow {
     const char* name;
     std::int64_t count;

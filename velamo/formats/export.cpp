@@ -7,6 +7,7 @@
 #include "velamo/formats/thread_file.h"
 #include "velamo/platform/system/log.h"
 #include "velamo/platform/text/text.h"
+#include "velamo/platform/text/url_text.h"
 
 namespace velamo {
 namespace {

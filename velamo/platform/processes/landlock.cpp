@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "velamo/platform/system/descriptor.h"
+
 namespace velamo {
 namespace {
 
@@ -58,21 +60,17 @@ long makeRuleset() noexcept {
 }
 
 bool allowReadingBelowRoot(int ruleset) noexcept {
-    const PathRule rule{.allowed = readFile | readFolder, .folder = ::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC)};
-    if (rule.folder < 0) return false;
-    const bool isAdded = ::syscall(addRule, ruleset, ruleOfPath, &rule, std::uint32_t{0}) == 0;
-    ::close(rule.folder);
-    return isAdded;
+    const Descriptor root(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const PathRule rule{.allowed = readFile | readFolder, .folder = root.number()};
+    return root.isOpen() && ::syscall(addRule, ruleset, ruleOfPath, &rule, std::uint32_t{0}) == 0;
 }
 
 }  // namespace
 
 bool restrictToReading() noexcept {
-    const int ruleset = static_cast<int>(makeRuleset());
-    if (ruleset < 0) return false;
-    const bool isRestricted = allowReadingBelowRoot(ruleset) && ::syscall(restrictSelf, ruleset, std::uint32_t{0}) == 0;
-    ::close(ruleset);
-    return isRestricted;
+    const Descriptor ruleset(static_cast<int>(makeRuleset()));
+    return ruleset.isOpen() && allowReadingBelowRoot(ruleset.number()) &&
+           ::syscall(restrictSelf, ruleset.number(), std::uint32_t{0}) == 0;
 }
 
 }  // namespace velamo

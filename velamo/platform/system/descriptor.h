@@ -2,7 +2,7 @@
 
 namespace velamo {
 
-/// A file descriptor that is closed at the end of its scope. For the files of this folder alone.
+/// A file descriptor that is closed at the end of its scope. For the platform's own files alone.
 class Descriptor {
 public:
     explicit Descriptor(int number) noexcept : number_(number) {}

@@ -9,6 +9,8 @@
 #include <string>
 #include <system_error>
 
+#include "velamo/platform/system/descriptor.h"
+
 namespace velamo {
 namespace {
 
@@ -31,8 +33,8 @@ void makePrivateFolders(const std::filesystem::path& folder) {
 
 void makePrivateFile(const std::filesystem::path& file) {
     constexpr mode_t forUser = 0600;
-    const int descriptor = ::open(file.c_str(), O_RDONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, forUser);
-    if (descriptor < 0 || ::close(descriptor) != 0) throwLastError();
+    Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, forUser));
+    if (!descriptor.isOpen() || !descriptor.close()) throwLastError();
 }
 
 void closeToOthers(const std::filesystem::path& path) noexcept {

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 
+#include "velamo/platform/system/descriptor.h"
 #include "velamo/platform/system/system_call.h"
 
 namespace velamo {
@@ -28,14 +29,10 @@ std::string readToEnd(int descriptor, std::error_code& error) {
 
 std::string textOfFile(const std::filesystem::path& file, std::error_code& error) {
     error.clear();
-    const int descriptor = ::open(file.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC);
-    if (descriptor < 0) {
-        error.assign(errno, std::generic_category());
-        return {};
-    }
-    std::string text = readToEnd(descriptor, error);
-    ::close(descriptor);  // it was only read
-    return text;
+    const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
+    if (descriptor.isOpen()) return readToEnd(descriptor.number(), error);
+    error = lastSystemError();
+    return {};
 }
 
 std::string textOfStandardInput(std::error_code& error) {

@@ -6,17 +6,14 @@
 #include <cmath>
 #include <limits>
 
+#include "velamo/platform/text/utf16.h"
+#include "velamo/platform/text/utf8_characters.h"
+
 namespace velamo {
 namespace {
 
 constexpr std::string_view absentText = "(null)";
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
-constexpr std::string_view hexadecimal = "0123456789ABCDEF";
-
-bool standsForItself(char c) noexcept {
-    const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-    return isLetter || (c >= '0' && c <= '9') || std::string_view("-._~/").find(c) != std::string_view::npos;
-}
 
 bool isDigit(char character) noexcept {
     return character >= '0' && character <= '9';
@@ -89,25 +86,6 @@ bool isArgumentKind(char kind) noexcept {
     return kind == '@' || kind == 'i' || kind == 'd' || kind == 'f';
 }
 
-/// The length of the UTF-8 sequence that the text starts with, or 0 when it starts with none.
-std::size_t sequenceLength(std::string_view text) noexcept {
-    const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
-    const unsigned lead = byte(0);
-    if (lead < 0x80) return 1;
-    const std::size_t length = lead >= 0xC2 && lead < 0xE0   ? 2
-                               : (lead & 0xF0) == 0xE0       ? 3
-                               : lead >= 0xF0 && lead < 0xF5 ? 4
-                                                             : 0;
-    if (length == 0 || length > text.size()) return 0;
-    for (std::size_t index = 1; index < length; ++index)
-        if ((byte(index) & 0xC0) != 0x80) return 0;
-    // Overlong forms, surrogates and numbers past the last character are no text.
-    const unsigned second = byte(1);
-    const bool isWrong = (lead == 0xE0 && second < 0xA0) || (lead == 0xED && second >= 0xA0) ||
-                         (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second >= 0x90);
-    return isWrong ? 0 : length;
-}
-
 }  // namespace
 
 std::string fillPattern(std::string_view pattern, const std::vector<PatternArgument>& arguments) {
@@ -137,27 +115,7 @@ std::string fillPattern(std::string_view pattern, const std::vector<PatternArgum
 std::string textFromLatin1(std::span<const std::uint8_t> bytes) {
     std::string text;
     text.reserve(bytes.size());
-    for (const std::uint8_t byte : bytes) {
-        if (byte < 0x80) {
-            text += static_cast<char>(byte);
-        } else {
-            text += static_cast<char>(0xC0 | byte >> 6);
-            text += static_cast<char>(0x80 | (byte & 0x3F));
-        }
-    }
-    return text;
-}
-
-std::string locationText(const std::filesystem::path& path) {
-    std::string text = path.is_absolute() ? "file://" : "";
-    for (const char c : path.native()) {
-        if (standsForItself(c)) {
-            text += c;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(c);
-        text.append(1, '%').append(1, hexadecimal[byte >> 4]).append(1, hexadecimal[byte & 0x0F]);
-    }
+    for (const std::uint8_t byte : bytes) static_cast<void>(appendCodePoint(text, byte));
     return text;
 }
 
@@ -172,9 +130,11 @@ std::string validUtf8(std::string_view text) {
     std::string valid;
     valid.reserve(text.size());
     while (!text.empty()) {
-        const std::size_t length = sequenceLength(text);
-        valid += length > 0 ? text.substr(0, length) : replacement;
-        text.remove_prefix(std::max<std::size_t>(length, 1));
+        const auto character = takeCharacter(text);
+        if (character.code >= 0)
+            valid += character.bytes;
+        else
+            for (std::size_t i = 0; i < character.bytes.size(); ++i) valid += replacement;
     }
     return valid;
 }

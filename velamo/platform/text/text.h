@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
@@ -30,10 +29,6 @@ using PatternArgument = std::variant<Text, std::int64_t, double>;
 
 /// ISO Latin-1 bytes as UTF-8.
 [[nodiscard]] std::string textFromLatin1(std::span<const std::uint8_t> bytes);
-
-/// A file's location as URLs have it: percent-encoded, so that any byte of the path survives, with "file://" before one
-/// that is absolute.
-[[nodiscard]] std::string locationText(const std::filesystem::path& path);
 
 /// "1 design", "2 designs"; the word for many is that for one with an "s" where none is given.
 [[nodiscard]] std::string counted(std::int64_t count, std::string_view one, std::string_view many = {});
