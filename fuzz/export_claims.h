@@ -26,8 +26,8 @@ struct Written {
 inline constexpr std::array<Written, 6> writtenFormats{{
     {"JEF", [](VLMDesign& design, VLMError* error) { return writeJef(design, {.dateText = "20260101000000"}, error); },
      [](VLMDesign& design, Input file, VLMError* error) { return readJef(design, file, "jef", error); }},
-    {"PES", writePes, readPes},
-    {"PEC", writePec, readPec},
+    {"PES", [](VLMDesign& design, VLMError* error) { return writePes(design, error); }, readPes},
+    {"PEC", [](VLMDesign& design, VLMError* error) { return writePec(design, error); }, readPec},
     {"EXP", [](VLMDesign& design, VLMError*) { return File(writeExp(design)); }, readExp},
     {"DST", [](VLMDesign& design, VLMError* error) { return writeDst(design, error); }, readDst},
     {"PCS", writePcs, readPcx},
