@@ -39,6 +39,7 @@ void expectSame(const VLMDesign& one, const VLMDesign& other) {
 /// Threads by their numbers, as a person might choose them.
 Bytes sideFileOf(std::size_t count) {
     std::vector<VLMThread> threads;
+    threads.reserve(count);
     for (std::size_t i = 0; i < count; ++i)
         threads.push_back(VLMThread::initWithColorandNameforKeyofPalettewithName(
             VLMColor::initWithRedgreenblue(0.25, 0.5, 1), "blue " + std::to_string(i), "1", "Own", "My own"));
