@@ -421,11 +421,11 @@ private:
 
     void removeUnvisitedFolders(const Path& top) {
         summary_.removed += catalogue_.removeFolders(top, [this](FolderId id, const Path& folder) {
+            if (visitedFolders_.contains(id)) return true;
             const auto isBelow = [&folder](const Path& unread) { return isWithin(folder, unread); };
             const auto link = std::find_if(deadLinks_.begin(), deadLinks_.end(), isBelow);
             if (link != deadLinks_.end()) missedLinks_.insert(*link);
-            return link != deadLinks_.end() || visitedFolders_.contains(id) ||
-                   std::any_of(unreadFolders_.begin(), unreadFolders_.end(), isBelow) ||
+            return link != deadLinks_.end() || std::any_of(unreadFolders_.begin(), unreadFolders_.end(), isBelow) ||
                    std::any_of(awayFolders_.begin(), awayFolders_.end(), isBelow);
         });
     }
