@@ -15,7 +15,7 @@ class InstalledFile : public testing::TestWithParam<const char*> {};
 TEST_P(InstalledFile, NamesNoFolderOfItsSources) {
     const auto content = test::TemporaryFolder::read(GetParam());
     ASSERT_FALSE(content.empty());
-    for (const char* folder : {"/resources", "/velamo", "/samples", "/tests"})
+    for (const char* folder : {VELAMO_UNNAMED_FOLDERS})
         EXPECT_EQ(content.find(std::string(VELAMO_SOURCE_FOLDER) + folder), std::string::npos) << folder;
 }
 INSTANTIATE_TEST_SUITE_P(Files, InstalledFile, testing::Values(VELAMO_INSTALLED_FILES),
