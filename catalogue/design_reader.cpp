@@ -8,6 +8,7 @@
 
 #include "reading/read_design.h"
 #include "reading/reader_failures.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/processes/lasting_worker.h"
 #include "velamo/platform/system/file_state.h"
 

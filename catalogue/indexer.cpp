@@ -9,6 +9,7 @@
 #include "velamo/formats/format.h"
 #include "velamo/formats/import.h"
 #include "velamo/formats/thread_file.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/processes/worker_pool.h"
 #include "velamo/platform/system/files.h"
 #include "velamo/platform/system/folder_walk.h"

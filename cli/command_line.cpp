@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "cli/commands.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/text/harmless_output.h"
 
 namespace velamo {

@@ -10,8 +10,10 @@
 #include "cli/progress_bar.h"
 #include "cli/save_design.h"
 #include "velamo/formats/format.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/processes/worker_pool.h"
 #include "velamo/platform/system/folder_walk.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

@@ -4,7 +4,7 @@
 #include <ostream>
 #include <vector>
 
-#include "velamo/measure/value_transformer.h"
+#include "velamo/measure/length_formatter.h"
 #include "velamo/model/description_pattern.h"
 #include "velamo/platform/system/user.h"
 #include "velamo/platform/text/number_format.h"

@@ -14,6 +14,7 @@
 #include "integrations/desktops/desktop_hosts.h"
 #include "integrations/desktops/failed_thumbnails.h"
 #include "velamo/platform/system/user_data.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

@@ -9,6 +9,7 @@
 #include "cli/design_json.h"
 #include "cli/edit_words.h"
 #include "cli/save_design.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/text_input.h"
 
 namespace velamo {

@@ -5,11 +5,12 @@
 #include "cli/design_json.h"
 #include "velamo/editing/append.h"
 #include "velamo/editing/basting.h"
-#include "velamo/editing/edit_error.h"
+#include "velamo/editing/fail_edit.h"
 #include "velamo/editing/optimize.h"
 #include "velamo/editing/selection.h"
 #include "velamo/editing/stitch_edits.h"
 #include "velamo/editing/transform.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

@@ -12,6 +12,7 @@
 #include "cli/jobs_option.h"
 #include "cli/progress_bar.h"
 #include "velamo/platform/system/private_files.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

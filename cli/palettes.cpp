@@ -12,6 +12,7 @@
 #include "cli/json.h"
 #include "velamo/model/palettes.h"
 #include "velamo/platform/text/search_words.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

@@ -14,6 +14,7 @@
 #include "cli/commands.h"
 #include "cli/edit_script.h"
 #include "velamo/formats/format.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/files.h"
 #include "velamo/platform/text/plain_number.h"
 

@@ -7,6 +7,7 @@
 #include "velamo/formats/format.h"
 #include "velamo/formats/import.h"
 #include "velamo/formats/thread_file.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/files.h"
 
 namespace velamo {

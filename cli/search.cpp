@@ -12,11 +12,12 @@
 #include "cli/catalogue_file.h"
 #include "cli/commands.h"
 #include "cli/json.h"
-#include "velamo/measure/value_transformer.h"
+#include "velamo/measure/length_formatter.h"
 #include "velamo/platform/system/user.h"
 #include "velamo/platform/text/harmless_output.h"
 #include "velamo/platform/text/number_format.h"
 #include "velamo/platform/text/search_words.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

@@ -91,9 +91,7 @@ std::optional<DesignAttributes> PluginHost::attributesOf(const fs::path& file) {
 
 std::vector<fs::path> PluginHost::expectedModules() {
     constexpr std::array places{
-        VELAMO_FROM_BIN_TO_MODULES,  // an installed program
-        "../lib/velamo",
-        "velamo",     // an installed library
+        "velamo",     // an installation
         ".",          // all in one folder
         "../plugin",  // a build tree
     };

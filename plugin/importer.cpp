@@ -5,6 +5,7 @@
 
 #include "plugin/attributes.h"
 #include "velamo/formats/design_attributes.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

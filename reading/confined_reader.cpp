@@ -10,6 +10,7 @@
 #include "reading/read_design.h"
 #include "reading/reader_failures.h"
 #include "velamo/formats/thread_file.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

@@ -1,6 +1,7 @@
 #include "reading/read_design.h"
 
 #include "velamo/formats/import.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/file_state.h"
 
 namespace velamo {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 
+#include "velamo/model/failure.h"
 #include "velamo/platform/text/harmless_text.h"
 
 namespace velamo {

@@ -2,7 +2,7 @@
 #include <iostream>
 
 #include "integrations/kde/extractor.h"
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/program_start.h"
 
 /// Answers one request; whoever asks again starts the program again.

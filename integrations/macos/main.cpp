@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "integrations/macos/bundle_description.h"
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/files.h"
 #include "velamo/platform/system/program_start.h"
 

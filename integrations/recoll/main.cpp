@@ -2,7 +2,7 @@
 #include <iostream>
 
 #include "integrations/recoll/recoll_handler.h"
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/program_start.h"
 
 namespace {

@@ -10,7 +10,7 @@
 
 #include "integrations/thumbnails/thumbnail_of_file.h"
 #include "reading/reader_failures.h"
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/file_state.h"
 #include "velamo/platform/system/files.h"
 #include "velamo/platform/system/program_start.h"

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 
+#include "velamo/model/failure.h"
 #include "velamo/render/thumbnail.h"
 
 namespace velamo {

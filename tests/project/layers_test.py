@@ -13,6 +13,9 @@ from pathlib import Path
 
 SOURCES, BUILD, LAYERS, NINJA = Path(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3]), sys.argv[4]
 
+# How a name is marked as visible is every layer's.
+MARKS = {Path("velamo/api.h"), Path("velamo/private_api.h")}
+
 
 class Layer:
     def __init__(self, line):
@@ -66,7 +69,7 @@ class Layers(unittest.TestCase):
                     continue
                 place = header.relative_to(SOURCES)
                 with self.subTest(target):
-                    self.assertTrue(any(place.is_relative_to(folder) for folder in allowed),
+                    self.assertTrue(place in MARKS or any(place.is_relative_to(folder) for folder in allowed),
                                     f"{layer.name} took {place}")
         self.assertEqual(seen, set(layers))
 

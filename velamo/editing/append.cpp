@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "velamo/editing/edited_stitches.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velamo/api.h"
 #include "velamo/model/design.h"
 
 namespace velamo {
@@ -8,6 +9,6 @@ namespace velamo {
 /// are recoloured to this design's palette, in the other design as well, and its selected stitches stay selected.
 /// False, with both designs unchanged, when a move becomes too large (error 71) or without memory. A design may be
 /// appended to itself.
-[[nodiscard]] bool appendDesignerror(VLMDesign& design, VLMDesign& other, VLMError* error) noexcept;
+[[nodiscard]] VELAMO_API bool appendDesignerror(VLMDesign& design, VLMDesign& other, VLMError* error) noexcept;
 
 }  // namespace velamo

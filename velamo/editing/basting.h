@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velamo/api.h"
 #include "velamo/model/design.h"
 
 namespace velamo {
@@ -9,7 +10,7 @@ namespace velamo {
 /// the design's palette (which may have no black, then its nearest colour), with the tension, length and visibility of
 /// the first thread. False, with the design unchanged: 72 (the design has no thread), 73 (the length is not positive,
 /// or the frame has no size or would take too many stitches) or 71 (moves too large) in `error`.
-[[nodiscard]] bool addBastingWithLengthinDistanceerror(VLMDesign& design, float length, float distance,
-                                                       VLMError* error) noexcept;
+[[nodiscard]] VELAMO_API bool addBastingWithLengthinDistanceerror(VLMDesign& design, float length, float distance,
+                                                                  VLMError* error) noexcept;
 
 }  // namespace velamo

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "velamo/model/error.h"
-
 namespace velamo {
 
 /// Why an edit was refused. A refused edit has changed nothing.
@@ -11,8 +9,5 @@ enum class EditFailure : int {
     tooFewThreads = 72,  // colour blocks without a thread
     invalidBasting = 73,
 };
-
-/// Fills the slot, if there is one. Always false.
-bool failEdit(EditFailure failure, VLMError* error);
 
 }  // namespace velamo

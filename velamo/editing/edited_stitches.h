@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "velamo/editing/edit_error.h"
+#include "velamo/editing/fail_edit.h"
 #include "velamo/editing/optimized_stitches.h"
 #include "velamo/model/design.h"
 

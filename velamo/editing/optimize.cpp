@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "velamo/editing/optimized_stitches.h"
+#include "velamo/model/failure.h"
 #include "velamo/model/written_types.h"
 
 namespace velamo {

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "velamo/api.h"
 #include "velamo/model/design.h"
 
 namespace velamo {
@@ -17,11 +18,11 @@ namespace velamo {
 /// Takes time and memory in proportion to the stitches before and after. False, with nothing changed, when the moves
 /// cannot be cut: one is not finite, is so large that taking the limit away from it changes nothing, or the list would
 /// grow beyond four times its length and 2^19 stitches more; also when there is no memory for the new list.
-bool optimizeJumpsFor(VLMDesign& design, std::string_view designType) noexcept;
+VELAMO_API bool optimizeJumpsFor(VLMDesign& design, std::string_view designType) noexcept;
 
 /// Takes jumps and colour changes at the beginning and the end of the selection out of it: from the first selected
 /// stitch on, while stitches are selected jumps or colour changes, and the same backward from the last. True when any
 /// was taken out. selectionActive stays as it is.
-bool trimSelectedJumps(VLMDesign& design) noexcept;
+VELAMO_API bool trimSelectedJumps(VLMDesign& design) noexcept;
 
 }  // namespace velamo

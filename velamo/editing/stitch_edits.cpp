@@ -4,8 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "velamo/editing/edit_error.h"
 #include "velamo/editing/edited_stitches.h"
+#include "velamo/editing/fail_edit.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "velamo/api.h"
 #include "velamo/model/design.h"
 
 namespace velamo {
@@ -16,19 +17,21 @@ namespace velamo {
 
 /// Moves the whole design, selected or not, until its middle is the origin. Rounding may leave a remainder: it is tried
 /// ten times at most. Where memory runs out between two times, the design stays as far as it was moved.
-[[nodiscard]] bool centerDesign(VLMDesign& design, VLMError* error = nullptr) noexcept;
+[[nodiscard]] VELAMO_API bool centerDesign(VLMDesign& design, VLMError* error = nullptr) noexcept;
 
 /// `vector` in tenths of a millimetre.
-[[nodiscard]] bool moveSelectionByVectorerror(VLMDesign& design, VLMPoint vector, VLMError* error) noexcept;
+[[nodiscard]] VELAMO_API bool moveSelectionByVectorerror(VLMDesign& design, VLMPoint vector, VLMError* error) noexcept;
 
 /// Counter-clockwise about the middle of the selection.
-[[nodiscard]] bool rotateSelectionByDegreeserror(VLMDesign& design, std::int32_t degrees, VLMError* error) noexcept;
+[[nodiscard]] VELAMO_API bool rotateSelectionByDegreeserror(VLMDesign& design, std::int32_t degrees,
+                                                            VLMError* error) noexcept;
 
 /// `percent` is the factor itself, 1.5 makes the selection larger by half: the name is older than this meaning.
-[[nodiscard]] bool resizeSelectionByPercenterror(VLMDesign& design, float percent, VLMError* error) noexcept;
+[[nodiscard]] VELAMO_API bool resizeSelectionByPercenterror(VLMDesign& design, float percent, VLMError* error) noexcept;
 
 /// "V" mirrors about the vertical line through the middle of the selection, "H" about the horizontal one. Anything else
 /// is error 70.
-[[nodiscard]] bool flipSelectionerror(VLMDesign& design, std::string_view orientation, VLMError* error) noexcept;
+[[nodiscard]] VELAMO_API bool flipSelectionerror(VLMDesign& design, std::string_view orientation,
+                                                 VLMError* error) noexcept;
 
 }  // namespace velamo

@@ -1,6 +1,7 @@
 #include "velamo/formats/design_attributes.h"
 
 #include "velamo/formats/import.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

@@ -5,9 +5,11 @@
 #include <string_view>
 
 #include "velamo/formats/byte_writer.h"
+#include "velamo/formats/file_bytes.h"
 #include "velamo/formats/stitch_sink.h"
 #include "velamo/formats/undefined_threads.h"
 #include "velamo/formats/whole_moves.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/text/narrow_text.h"
 #include "velamo/platform/text/text.h"
 

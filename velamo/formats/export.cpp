@@ -5,6 +5,7 @@
 #include "velamo/editing/optimize.h"
 #include "velamo/formats/format.h"
 #include "velamo/formats/thread_file.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/log.h"
 #include "velamo/platform/text/text.h"
 #include "velamo/platform/text/url_text.h"

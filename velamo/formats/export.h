@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "velamo/api.h"
 #include "velamo/formats/saving.h"
 #include "velamo/model/design.h"
 
@@ -22,13 +23,14 @@ namespace velamo {
 /// says so too), 52 (moves that are not finite, or far too large, could not be cut; the writer has run, but its file
 /// is not saved), or the writer's or the system's own error in `error`, when that is not null. From 50 on the design
 /// has its new name; what fitting and writer did to it stays.
-[[nodiscard]] bool exportDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
-                                          const ExportOptions& options = {}) noexcept;
+[[nodiscard]] VELAMO_API bool exportDesignToURLerror(VLMDesign& design, const std::filesystem::path& url,
+                                                     VLMError* error, const ExportOptions& options = {}) noexcept;
 
 /// The same without the disk: `bytes` becomes what the file would hold, and stays as it is on failure. The extension
 /// ("pes", in any case) decides the format. The design keeps its name, and no side file is touched: where the format
 /// holds no threads of one's own, threadFileWith gives what belongs beside the file. `options.save` is not asked.
-[[nodiscard]] bool exportDesignToBytes(VLMDesign& design, std::string_view extension, std::vector<std::uint8_t>& bytes,
-                                       VLMError* error, const ExportOptions& options = {}) noexcept;
+[[nodiscard]] VELAMO_API bool exportDesignToBytes(VLMDesign& design, std::string_view extension,
+                                                  std::vector<std::uint8_t>& bytes, VLMError* error,
+                                                  const ExportOptions& options = {}) noexcept;
 
 }  // namespace velamo

@@ -1,4 +1,5 @@
 #include "velamo/formats/hoop_choice.h"
+#include "velamo/model/failure.h"
 
 #include <array>
 

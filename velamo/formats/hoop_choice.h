@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "velamo/model/design.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 

@@ -4,6 +4,7 @@
 
 #include "velamo/formats/format.h"
 #include "velamo/formats/thread_file.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

@@ -5,6 +5,7 @@
 #include <span>
 #include <string_view>
 
+#include "velamo/api.h"
 #include "velamo/formats/loading.h"
 #include "velamo/model/design.h"
 
@@ -22,17 +23,18 @@ struct Format;
 /// reader, and a side file that cannot be read is none, unless the options say otherwise. Where reading the design's
 /// file breaks off, or it has more than 256 MB, which no design has, the error is the system's. The design then keeps
 /// what was set so far.
-[[nodiscard]] bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
-                                            const ImportOptions& options = {}) noexcept;
+[[nodiscard]] VELAMO_API bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
+                                                       VLMError* error, const ImportOptions& options = {}) noexcept;
 
 /// The same from the bytes that such a file holds, without the disk. The extension ("dst", in any case) decides the
 /// format; `sideFile` holds the bytes of the thread side file, if there is one. Name and location stay as they are. The
 /// bytes have to live as long as the call. Any number of threads may read at once, each into its own design.
-[[nodiscard]] bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file,
-                                         std::string_view extension, VLMError* error,
-                                         std::span<const std::uint8_t> sideFile = {}) noexcept;
+[[nodiscard]] VELAMO_API bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file,
+                                                    std::string_view extension, VLMError* error,
+                                                    std::span<const std::uint8_t> sideFile = {}) noexcept;
 /// The same for a format at hand.
-[[nodiscard]] bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file, const Format& format,
-                                         VLMError* error, std::span<const std::uint8_t> sideFile = {}) noexcept;
+[[nodiscard]] VELAMO_API bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file,
+                                                    const Format& format, VLMError* error,
+                                                    std::span<const std::uint8_t> sideFile = {}) noexcept;
 
 }  // namespace velamo

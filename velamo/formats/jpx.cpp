@@ -3,7 +3,9 @@
 #include <array>
 
 #include "velamo/formats/byte_reader.h"
+#include "velamo/formats/file_bytes.h"
 #include "velamo/formats/janome.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

@@ -3,7 +3,9 @@
 #include <array>
 
 #include "velamo/formats/byte_moves.h"
+#include "velamo/formats/file_bytes.h"
 #include "velamo/formats/undefined_threads.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

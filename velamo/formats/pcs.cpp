@@ -8,11 +8,15 @@
 
 #include "velamo/formats/byte_reader.h"
 #include "velamo/formats/byte_writer.h"
+#include "velamo/formats/file_bytes.h"
 #include "velamo/formats/hoop_choice.h"
+#include "velamo/formats/save_file.h"
 #include "velamo/formats/stitch_sink.h"
 #include "velamo/formats/undefined_threads.h"
 #include "velamo/formats/whole_moves.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/text/resources.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

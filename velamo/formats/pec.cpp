@@ -8,6 +8,7 @@
 #include "velamo/formats/byte_writer.h"
 #include "velamo/formats/palette_change.h"
 #include "velamo/formats/whole_moves.h"
+#include "velamo/model/failure.h"
 #include "velamo/model/thread_codes.h"
 #include "velamo/platform/text/narrow_text.h"
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <optional>
 
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/graphics/bitmap.h"
 #include "velamo/render/design_blocks.h"
 #include "velamo/render/draw_design.h"

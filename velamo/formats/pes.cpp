@@ -8,9 +8,12 @@
 #include <string_view>
 
 #include "velamo/formats/byte_writer.h"
+#include "velamo/formats/file_bytes.h"
 #include "velamo/formats/pec.h"
 #include "velamo/formats/pec_thumbnail.h"
+#include "velamo/formats/save_file.h"
 #include "velamo/formats/whole_moves.h"
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

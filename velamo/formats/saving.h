@@ -6,16 +6,17 @@
 #include <span>
 #include <string>
 
+#include "velamo/api.h"
 #include "velamo/model/error.h"
 
 namespace velamo {
 
 struct PecThumbnails;
 /// The thumbnails that the drawing of designs makes.
-extern const PecThumbnails drawnPecThumbnails;
+extern VELAMO_API const PecThumbnails drawnPecThumbnails;
 
 /// What a caller may want to say about a file that is written.
-struct ExportOptions {
+struct VELAMO_API ExportOptions {
     /// The date and time that the file carries, where its format does so: 14 digits, year to second. Empty: now, by the
     /// user's clock.
     std::string dateText;
@@ -28,9 +29,5 @@ struct ExportOptions {
     /// the writers: so a program that only reads designs needs nothing that draws.
     const PecThumbnails* thumbnails = &drawnPecThumbnails;
 };
-
-/// Hands a finished file to where the options say. False on failure, with the error.
-[[nodiscard]] bool saveFile(const std::filesystem::path& url, std::span<const std::uint8_t> file,
-                            const ExportOptions& options, VLMError* error);
 
 }  // namespace velamo

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "velamo/model/failure.h"
 #include "velamo/platform/plist/old_archive.h"
 #include "velamo/platform/plist/property_list.h"
 #include "velamo/platform/system/files.h"

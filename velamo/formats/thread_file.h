@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "velamo/api.h"
 #include "velamo/model/design.h"
 
 namespace velamo {
@@ -21,25 +22,25 @@ namespace velamo {
 /// Replaces the design's threads by those of the side file beside `url` and says so by true, when there is a side file
 /// with as many readable entries as the design has threads. Otherwise false, with the threads as they were. Colours are
 /// not compared with the design's own: the user's choice wins.
-[[nodiscard]] bool importThreadsForDesign(VLMDesign& design, const std::filesystem::path& url) noexcept;
+[[nodiscard]] VELAMO_API bool importThreadsForDesign(VLMDesign& design, const std::filesystem::path& url) noexcept;
 
 /// The same, but throws std::system_error where the system could not read the side file this time, so that nobody can
 /// say whether it has such threads. May throw std::bad_alloc.
-[[nodiscard]] bool takeThreadsOfSideFile(VLMDesign& design, const std::filesystem::path& url);
+[[nodiscard]] VELAMO_API bool takeThreadsOfSideFile(VLMDesign& design, const std::filesystem::path& url);
 
 /// The same with the bytes of a side file. May throw std::bad_alloc.
-[[nodiscard]] bool takeThreadsOf(VLMDesign& design, std::span<const std::uint8_t> sideFile);
+[[nodiscard]] VELAMO_API bool takeThreadsOf(VLMDesign& design, std::span<const std::uint8_t> sideFile);
 
 /// Writes the side file beside `url`, atomically. Always true: a design is saved even where its side file cannot be.
-bool exportThreadsForDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept;
+VELAMO_API bool exportThreadsForDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept;
 
 /// The bytes of a side file with the threads. May throw std::bad_alloc.
-[[nodiscard]] std::vector<std::uint8_t> threadFileWith(const std::vector<VLMThread>& threads);
+[[nodiscard]] VELAMO_API std::vector<std::uint8_t> threadFileWith(const std::vector<VLMThread>& threads);
 
 /// Removes the side file beside `url`. True when there was none or it could be removed.
-bool deleteThreadsFromDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept;
+VELAMO_API bool deleteThreadsFromDesign(const VLMDesign& design, const std::filesystem::path& url) noexcept;
 
 /// Where the side file of the design at `url` is.
-[[nodiscard]] std::filesystem::path threadFileOf(std::filesystem::path url);
+[[nodiscard]] VELAMO_API std::filesystem::path threadFileOf(std::filesystem::path url);
 
 }  // namespace velamo

@@ -1,4 +1,5 @@
 #include "velamo/formats/undefined_threads.h"
+#include "velamo/formats/save_file.h"
 
 #include <algorithm>
 #include <string>

@@ -5,6 +5,8 @@
 #include <optional>
 
 #include "velamo/formats/byte_moves.h"
+#include "velamo/formats/file_bytes.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/text/text.h"
 
 namespace velamo {

@@ -4,27 +4,16 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 
+#include "velamo/measure/inches.h"
+#include "velamo/measure/length_formatter.h"
 #include "velamo/platform/plist/property_list.h"
 #include "velamo/platform/system/files.h"
 #include "velamo/platform/system/user.h"
 
 namespace velamo {
 namespace {
-
-constexpr double millimetresPerInch = 25.4;
-constexpr char inchMark = '"';
-
-/// The number without its fraction; the nearest there is when it does not fit, 0 for not-a-number.
-std::int32_t integerOf(double number) noexcept {
-    using Limits = std::numeric_limits<std::int32_t>;
-    if (std::isnan(number)) return 0;
-    if (number >= Limits::max()) return Limits::max();
-    if (number <= Limits::min()) return Limits::min();
-    return static_cast<std::int32_t>(number);
-}
 
 bool contains(std::string_view text, std::string_view part) noexcept {
     return text.find(part) != std::string_view::npos;
@@ -57,22 +46,6 @@ struct TypeOfValue {
     }
     const std::type_info& operator()(const std::any& other) const noexcept { return other.type(); }
 };
-
-/// How numbers in the unit are written; of 32nds, those alone that are not finite.
-const char* patternFor(MeasurementUnit unit) noexcept {
-    if (unit == MeasurementUnit::decimalInches) return "#,##0.00";
-    return unit == MeasurementUnit::fractionalInches ? "0" : "#,##0.0";
-}
-
-/// A count of 32nds above 0 in lowest terms: "15/32", "1/2".
-std::string reducedThirtySeconds(std::int32_t count) {
-    std::int32_t denominator = 32;
-    while (count % 2 == 0) {
-        count /= 2;
-        denominator /= 2;
-    }
-    return std::to_string(count) + '/' + std::to_string(denominator);
-}
 
 }  // namespace
 
@@ -119,7 +92,9 @@ VLMValueTransformer::VLMValueTransformer(MeasurementUnit unit)
     : VLMValueTransformer(numberLocaleOfUser(), [unit] { return static_cast<std::int32_t>(unit); }) {}
 
 VLMValueTransformer::VLMValueTransformer(std::string locale, UnitSource unit)
-    : locale_(std::move(locale)), unit_(std::move(unit)), coreFormatter_(locale_) {}
+    : locale_(std::move(locale)),
+      unit_(std::move(unit)),
+      coreFormatter_(std::make_shared<const PlainNumberFormatter>(locale_)) {}
 
 Text VLMValueTransformer::transformedValue(const VLMTransformableValue& value) const {
     if (value.isNothing()) return std::nullopt;
@@ -128,39 +103,6 @@ Text VLMValueTransformer::transformedValue(const VLMTransformableValue& value) c
         throw VLMInternalInconsistencyException("Value (" + value.typeName() + ") does not respond to -floatValue.");
     }
     return LengthFormatter(static_cast<MeasurementUnit>(unit_()), locale_).text(*millimetres);
-}
-
-LengthFormatter::LengthFormatter(MeasurementUnit unit, const std::string& locale)
-    : unit_(unit), numbers_(patternFor(unit), locale) {}
-
-LengthFormatter LengthFormatter::ofUser() {
-    return {static_cast<MeasurementUnit>(measurementUnitOfUser()), numberLocaleOfUser()};
-}
-
-std::string LengthFormatter::text(float millimetres) const {
-    // The quotient is made in double precision and only then narrowed: it decides which 32nd a length is cut to.
-    const auto inches = static_cast<float>(millimetres / millimetresPerInch);
-    switch (unit_) {
-        case MeasurementUnit::decimalInches:
-            return numbers_.format(inches) + inchMark;
-        case MeasurementUnit::fractionalInches:
-            return textInThirtySeconds(inches) + inchMark;
-        default:
-            return numbers_.format(millimetres) + " mm";
-    }
-}
-
-std::string LengthFormatter::textInThirtySeconds(float inches) const {
-    if (!std::isfinite(inches)) return numbers_.format(inches);
-    const std::int32_t whole = integerOf(inches);
-    const float fraction = inches - std::trunc(inches);
-    const std::int32_t thirtySeconds = std::abs(integerOf(fraction * 32));
-    std::string text;
-    if (whole != 0 || fraction == 0) text = std::to_string(whole);
-    if (thirtySeconds == 0) return text;
-    if (whole != 0) text += ' ';
-    if (whole == 0 && fraction < 0) text += '-';
-    return text + reducedThirtySeconds(thirtySeconds);
 }
 
 VLMTransformableValue VLMValueTransformer::reverseTransformedValue(const VLMTransformableValue& value) const {
@@ -174,13 +116,13 @@ VLMTransformableValue VLMValueTransformer::reverseTransformedValue(const VLMTran
 
 double VLMValueTransformer::numberIn(std::string_view text) const {
     const auto [beforeSlash, denominator] = split(text, '/');
-    if (!denominator) return scanNumber(text, coreFormatter_.marks()).value_or(0);
+    if (!denominator) return scanNumber(text, coreFormatter_->marks()).value_or(0);
     return fractionOf(beforeSlash, *denominator);
 }
 
 double VLMValueTransformer::fractionOf(std::string_view beforeSlash, std::string_view denominatorText) const {
     const auto [first, second] = split(withoutWhiteSpaceAround(beforeSlash), ' ');
-    const auto number = [this](std::string_view text) { return coreFormatter_.parse(text).value_or(0); };
+    const auto number = [this](std::string_view text) { return coreFormatter_->parse(text).value_or(0); };
     const double denominator = denominatorText.empty() ? 1 : number(denominatorText);
     const double numerator = number(second.value_or(first));
     const double whole = second ? integerOf(number(first)) : 0;

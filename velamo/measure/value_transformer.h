@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -14,32 +15,34 @@
 #include <utility>
 #include <variant>
 
-#include "velamo/platform/text/number_format.h"
-#include "velamo/platform/text/text.h"
+#include "velamo/api.h"
+#include "velamo/platform/text/optional_text.h"
 
 namespace velamo {
+
+class PlainNumberFormatter;
 
 /// The unit in which a person wants to see lengths.
 enum class MeasurementUnit : std::int32_t { millimetres = 0, decimalInches = 1, fractionalInches = 2 };
 
 /// The preference file of the user's editor, "~/Library/Preferences/de.velamo.app.plist".
-[[nodiscard]] std::filesystem::path preferenceFile();
+[[nodiscard]] VELAMO_API std::filesystem::path preferenceFile();
 
 /// The integer under the key "MeasurementUnit" of a preference file, read anew on every call; 0 when the file or the
 /// key is missing or is not of that kind; std::system_error where the system could not read the file this time.
-[[nodiscard]] std::int32_t measurementUnitIn(const std::filesystem::path& preferences);
+[[nodiscard]] VELAMO_API std::int32_t measurementUnitIn(const std::filesystem::path& preferences);
 
 /// The same of the user's own preference file.
-[[nodiscard]] std::int32_t measurementUnitOfUser();
+[[nodiscard]] VELAMO_API std::int32_t measurementUnitOfUser();
 
 /// A text with styles, of which a measurement needs the characters alone.
-struct VLMStyledText {
+struct VELAMO_API VLMStyledText {
     std::string string;
     friend bool operator==(const VLMStyledText&, const VLMStyledText&) = default;
 };
 
 /// What the transformer takes and gives: nothing, a number, a plain or a styled text, or a value of any other kind.
-class VLMTransformableValue {
+class VELAMO_API VLMTransformableValue {
 public:
     VLMTransformableValue() = default;
     // A value is what it holds, so that callers pass it as it is. NOLINTBEGIN(google-explicit-constructor)
@@ -71,32 +74,15 @@ private:
     std::variant<std::monostate, double, std::string, VLMStyledText, std::any> value_;
 };
 
-/// Writes lengths in one unit and locale. It asks nothing when it writes, as a table of many rows needs it.
-class LengthFormatter {
-public:
-    LengthFormatter(MeasurementUnit unit, const std::string& locale);
-    /// In the unit of the user's preference file, as it is now, and the user's locale.
-    [[nodiscard]] static LengthFormatter ofUser();
-
-    /// As VLMValueTransformer::transformedValue writes it.
-    [[nodiscard]] std::string text(float millimetres) const;
-
-private:
-    [[nodiscard]] std::string textInThirtySeconds(float inches) const;
-
-    MeasurementUnit unit_;
-    PatternNumberFormatter numbers_;
-};
-
 /// The transformer was given a value that it cannot measure; a fault of the program, not of its input.
-class VLMInternalInconsistencyException : public std::logic_error {
+class VELAMO_API VLMInternalInconsistencyException : public std::logic_error {
 public:
     using std::logic_error::logic_error;
 };
 
 /// Turns lengths in millimetres into text in the user's unit, and such text back into millimetres. One inch is 25.4 mm.
 /// A unit other than 1 and 2 means millimetres. May be used by many threads at once.
-class VLMValueTransformer {
+class VELAMO_API VLMValueTransformer {
 public:
     /// Tells the measurement unit; asked anew for every transformation.
     using UnitSource = std::function<std::int32_t()>;
@@ -132,7 +118,7 @@ private:
 
     std::string locale_;
     UnitSource unit_;
-    PlainNumberFormatter coreFormatter_;
+    std::shared_ptr<const PlainNumberFormatter> coreFormatter_;
 };
 
 }  // namespace velamo

@@ -3,22 +3,18 @@
 #include <cstdint>
 #include <string>
 
+#include "velamo/api.h"
+
 namespace velamo {
 
-class KeyedArchiver;
-class KeyedUnarchiver;
-
 /// An immutable RGB colour; components are fractions of full intensity (0.0 to 1.0) and are kept unclamped.
-class VLMColor {
+class VELAMO_API VLMColor {
 public:
     /// Light grey, 0.8 in each component.
     constexpr VLMColor() noexcept = default;
     [[nodiscard]] static constexpr VLMColor initWithRedgreenblue(double red, double green, double blue) noexcept {
         return {red, green, blue};
     }
-    /// Components are archived in single precision, so a colour may come back with other low bits.
-    [[nodiscard]] static VLMColor initWithCoder(KeyedUnarchiver& coder);
-    void encodeWithCoder(KeyedArchiver& coder) const;
 
     [[nodiscard]] constexpr double red() const noexcept { return red_; }
     [[nodiscard]] constexpr double green() const noexcept { return green_; }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "velamo/api.h"
 #include "velamo/model/color.h"
 
 namespace velamo {
@@ -14,7 +15,7 @@ namespace velamo {
 /// A thread maker's palette, read from a colour-list file: UTF-8 text, a header line, then a line for each colour with
 /// index, red, green, blue (fractions 0.0 to 1.0), a fourth number and the key. Space, tab, comma and carriage return
 /// separate. The index and the fourth number are not used; a line that lacks a field is skipped.
-class VLMColorList {
+class VELAMO_API VLMColorList {
 public:
     /// An empty palette.
     VLMColorList() = default;
@@ -36,6 +37,6 @@ private:
 
 /// The palette resource "<name>.clr/<name>.clr", read once per process; empty when there is none. Null when the name
 /// cannot be that of a resource at all (empty, or leading to another folder).
-[[nodiscard]] std::shared_ptr<const VLMColorList> paletteNamed(const std::string& name);
+[[nodiscard]] VELAMO_API std::shared_ptr<const VLMColorList> paletteNamed(const std::string& name);
 
 }  // namespace velamo

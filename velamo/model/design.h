@@ -12,6 +12,7 @@
 #include <tuple>
 #include <vector>
 
+#include "velamo/api.h"
 #include "velamo/model/error.h"
 #include "velamo/model/hoop.h"
 #include "velamo/model/stitch.h"
@@ -20,14 +21,14 @@
 namespace velamo {
 
 /// A place in the design, in tenths of a millimetre, y upward.
-struct VLMPoint {
+struct VELAMO_API VLMPoint {
     double x = 0;
     double y = 0;
     friend bool operator==(const VLMPoint&, const VLMPoint&) = default;
 };
 
 /// A rectangle of the design's plane. Its size may be negative: a selection without stitches has such a rectangle.
-struct VLMRect {
+struct VELAMO_API VLMRect {
     double x = 0;
     double y = 0;
     double width = 0;
@@ -40,7 +41,7 @@ struct VLMRect {
 };
 
 /// A run of stitch indices.
-struct VLMRange {
+struct VELAMO_API VLMRange {
     std::uint64_t location = 0;
     std::uint64_t length = 0;
     friend bool operator==(const VLMRange&, const VLMRange&) = default;
@@ -52,7 +53,7 @@ inline constexpr std::int64_t indexNotFound = std::numeric_limits<std::int64_t>:
 /// A machine-embroidery design: relative moves in sewing order and a thread for each colour block. A colour-change
 /// stitch opens the next thread's block and belongs to it, so a design of n threads normally holds n - 1 colour
 /// changes. Lengths are in tenths of a millimetre. One thread of execution uses a design at a time.
-class VLMDesign {
+class VELAMO_API VLMDesign {
 public:
     /// An empty design: no stitches and threads, everything else zero, false or absent.
     VLMDesign() = default;
@@ -64,12 +65,6 @@ public:
     VLMDesign& operator=(const VLMDesign&) = delete;
     /// A design with stitches and threads of its own; the hoop is shared.
     [[nodiscard]] VLMDesign copy() const;
-
-    /// Keyed archiving. The display range is not archived: after decoding it covers all stitches. Decoding throws
-    /// KeyedArchiveError on wrong kinds; a key that is missing leaves zero, false or nothing (no list at all for the
-    /// two lists).
-    void encodeWithCoder(KeyedArchiver& coder) const;
-    [[nodiscard]] static VLMDesign initWithCoder(KeyedUnarchiver& coder);
 
     /// The run of stitches that is drawn; location 0 and all stitches after import and after decoding.
     [[nodiscard]] VLMRange displayRange() const noexcept { return displayRange_; }
@@ -220,11 +215,15 @@ private:
     std::optional<std::filesystem::path> designLocation_;
 };
 
-/// The design as a keyed archive. May throw std::bad_alloc.
-[[nodiscard]] std::vector<std::uint8_t> archiveDesign(const VLMDesign& design);
+/// The design as a keyed archive, a property list that keeps all but the display range. Colours are archived in single
+/// precision, so one may come back with other low bits. May throw std::bad_alloc.
+[[nodiscard]] VELAMO_API std::vector<std::uint8_t> archiveDesign(const VLMDesign& design);
 
-/// Replaces `design` by the one in the archive. False when the archive is damaged, truncated, holds wrong kinds or
-/// leads in circles: `error` then says what is wrong (code EBADMSG of the system's domain) and `design` is unchanged.
-[[nodiscard]] bool unarchiveDesign(VLMDesign& design, std::span<const std::uint8_t> archive, VLMError* error) noexcept;
+/// Replaces `design` by the one in the archive, whose display range covers all stitches. A key that the archive lacks
+/// leaves zero, false or nothing (no list at all for the two lists). Returns false when the archive is damaged,
+/// truncated, holds wrong kinds or leads in circles: `error` then says what is wrong (code EBADMSG of the system's
+/// domain) and `design` is unchanged.
+[[nodiscard]] VELAMO_API bool unarchiveDesign(VLMDesign& design, std::span<const std::uint8_t> archive,
+                                              VLMError* error) noexcept;
 
 }  // namespace velamo

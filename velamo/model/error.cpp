@@ -1,4 +1,4 @@
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 
 #include <cerrno>
 #include <filesystem>

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <exception>
-#include <span>
 #include <string>
 #include <string_view>
-#include <utility>
+
+#include "velamo/api.h"
 
 namespace velamo {
 
@@ -14,7 +13,7 @@ inline constexpr std::string_view designErrorDomain = "de.velamo.vlmdesign.Error
 inline constexpr std::string_view systemErrorDomain = "NSPOSIXErrorDomain";
 
 /// Why an operation failed.
-struct VLMError {
+struct VELAMO_API VLMError {
     std::string_view domain;  // always one of the constants above
     int code = 0;             // 0: no error
     std::string recoverySuggestion;
@@ -23,35 +22,5 @@ struct VLMError {
     /// The text for a person: whichever text is set, else the system's own words for its code.
     [[nodiscard]] std::string message() const;
 };
-
-/// The English text of an error code; other languages stand in the string table "VLMDesign" under "ERROR_<code>".
-struct ErrorText {
-    int code;
-    std::string_view text;
-};
-
-/// Which text of the error carries the message.
-enum class ErrorTextKey { recoverySuggestion, failureReason };
-
-/// Fills the slot, if there is one, with the code and its text in the user's language. Always false.
-bool fail(std::span<const ErrorText> texts, int code, VLMError* error,
-          ErrorTextKey key = ErrorTextKey::recoverySuggestion);
-
-/// Fills the slot with a failure of the operating system. Always false.
-bool failWithSystemError(int code, VLMError* error) noexcept;
-
-/// Fills the slot from a caught exception (lack of memory becomes ENOMEM). Needs no memory.
-void reportUnexpected(const std::exception_ptr& exception, VLMError* error) noexcept;
-
-/// Runs the body of an operation; whatever it throws becomes false and an error.
-template <class Body>
-[[nodiscard]] bool operation(VLMError* error, Body&& body) noexcept {
-    try {
-        return std::forward<Body>(body)();
-    } catch (...) {
-        reportUnexpected(std::current_exception(), error);
-        return false;
-    }
-}
 
 }  // namespace velamo

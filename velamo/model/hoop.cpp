@@ -1,6 +1,7 @@
 #include "velamo/model/hoop.h"
 
 #include "velamo/measure/value_transformer.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 

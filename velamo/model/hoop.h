@@ -5,21 +5,17 @@
 #include <span>
 #include <string>
 
-#include "velamo/platform/text/text.h"
+#include "velamo/api.h"
+#include "velamo/platform/text/optional_text.h"
 
 namespace velamo {
 
-class KeyedArchiver;
-class KeyedUnarchiver;
-
 /// An embroidery hoop of a machine vendor. Immutable; designs share it. Sizes are whole millimetres.
-class VLMHoop {
+class VELAMO_API VLMHoop {
 public:
     [[nodiscard]] static VLMHoop initWithHoopvendorcodewidthheightmultiHooproundHoopisWritable(
         Text name, Text vendor, std::int32_t code, std::int32_t width, std::int32_t height, bool isMultiHoop,
         bool isRounded, bool isWritable);
-    [[nodiscard]] static VLMHoop initWithCoder(KeyedUnarchiver& coder);
-    void encodeWithCoder(KeyedArchiver& coder) const;
 
     /// The vendor's designation, such as "SQ23".
     [[nodiscard]] const Text& name() const noexcept { return name_; }

@@ -5,13 +5,15 @@
 #include <utility>
 #include <vector>
 
+#include "velamo/api.h"
+
 namespace velamo {
 
 /// An ordered list that several owners may share: copying the handle shares the list, copy() makes another one. The
 /// elements are values inside it. A handle may also hold no list at all (none()), which reads as an empty one and gets
 /// a list with its first element.
 template <class Element>
-class VLMList {
+class VELAMO_API VLMList {
 public:
     using value_type = Element;
     using iterator = typename std::vector<Element>::iterator;

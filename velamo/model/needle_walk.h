@@ -2,12 +2,13 @@
 
 #include <cstddef>
 
+#include "velamo/api.h"
 #include "velamo/model/design.h"
 
 namespace velamo {
 
 /// The way of the needle that a stitch is.
-struct NeedleMove {
+struct VELAMO_API NeedleMove {
     std::size_t stitch = 0;  // its index in the design
     std::size_t thread = 0;  // the index of its block's thread, which a design may lack
     VLMPoint start;          // tenths of a millimetre, y upward, from where the design starts
@@ -20,7 +21,7 @@ struct NeedleMove {
 
 /// Walks along a design's stitches from the first one on and tells what each of them does to the needle. A copy goes on
 /// from where it was made.
-class NeedleWalk {
+class VELAMO_API NeedleWalk {
 public:
     /// The move of the design's next stitch, whose turn it is.
     NeedleMove take(const VLMStitch& stitch) noexcept {

@@ -5,7 +5,7 @@
 #include <system_error>
 
 #include "velamo/model/color_list.h"
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/text/resources.h"
 
 namespace velamo {

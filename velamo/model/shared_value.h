@@ -4,13 +4,15 @@
 #include <cstddef>
 #include <utility>
 
+#include "velamo/api.h"
+
 namespace velamo {
 
 /// A value that never changes, or none, shared by all copies of the handle and gone with the last of them. A handle is
 /// as large as a pointer, half of what the standard's takes, where lists hold millions of them. Copies may be made and
 /// let go of by several threads at a time.
 template <class Value>
-class SharedValue {
+class VELAMO_API SharedValue {
 public:
     SharedValue() noexcept = default;
     explicit SharedValue(Value value) : cell_(new Cell{std::move(value)}) {}

@@ -6,6 +6,7 @@
 #include "velamo/model/design.h"
 #include "velamo/model/written_types.h"
 #include "velamo/platform/text/resources.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

@@ -2,15 +2,13 @@
 
 #include <string>
 
+#include "velamo/api.h"
 #include "velamo/model/list.h"
 
 namespace velamo {
 
-class KeyedArchiver;
-class KeyedUnarchiver;
-
 /// One relative move of the needle in tenths of a millimetre, y upward. 12 bytes, so that a million stitches are 12 MB.
-class VLMStitch {
+class VELAMO_API VLMStitch {
 public:
     VLMStitch() = default;
     constexpr VLMStitch(float deltaX, float deltaY, bool isJump, bool isChange, bool isSelected = false) noexcept
@@ -20,8 +18,6 @@ public:
                                                                           bool isChange) noexcept {
         return {deltaX, deltaY, isJump, isChange};
     }
-    [[nodiscard]] static VLMStitch initWithCoder(KeyedUnarchiver& coder);
-    void encodeWithCoder(KeyedArchiver& coder) const;
 
     [[nodiscard]] constexpr float deltaX() const noexcept { return deltaX_; }
     [[nodiscard]] constexpr float deltaY() const noexcept { return deltaY_; }

@@ -6,6 +6,7 @@
 #include "velamo/model/error.h"
 #include "velamo/platform/system/log.h"
 #include "velamo/platform/text/resources.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {

@@ -4,17 +4,18 @@
 #include <string>
 #include <string_view>
 
+#include "velamo/api.h"
 #include "velamo/model/color.h"
 #include "velamo/model/list.h"
 #include "velamo/model/shared_value.h"
-#include "velamo/platform/text/text.h"
+#include "velamo/platform/text/optional_text.h"
 
 namespace velamo {
 
 /// One thread, which sews one colour block of a design. Texts may be absent; a free colour has an empty key and
 /// palette. 24 bytes where its colour and texts are shared, as those of copies are, until one is changed: references to
 /// them last until then.
-class VLMThread {
+class VELAMO_API VLMThread {
 public:
     /// The plain object that decoding and copying start from: black, no texts, tension 0, not shown.
     VLMThread() = default;
@@ -25,8 +26,6 @@ public:
     /// with the requested key and palette, an individual-colour name and an empty palette display name: so files
     /// without colours get visible, neutral threads.
     [[nodiscard]] static VLMThread initWithKeyofPalette(const Text& key, const Text& palette);
-    [[nodiscard]] static VLMThread initWithCoder(KeyedUnarchiver& coder);
-    void encodeWithCoder(KeyedArchiver& coder) const;
 
     /// Recolours to the nearest colour of the palette, or to the free colour itself when the palette is "". Keys that
     /// begin with "x" are taken only by a thread that already belongs to the palette. An empty palette gives grey with
@@ -64,7 +63,7 @@ public:
         return look_.get() == other.look_.get();
     }
 
-    friend bool operator==(const VLMThread& one, const VLMThread& other) noexcept;
+    friend VELAMO_API bool operator==(const VLMThread& one, const VLMThread& other) noexcept;
 
 private:
     struct Look {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 #include "velamo/model/needle_walk.h"
 #include "velamo/render/design_blocks.h"
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "velamo/api.h"
 #include "velamo/model/design.h"
 #include "velamo/platform/graphics/graphics_context.h"
 
@@ -15,15 +16,16 @@ namespace velamo {
 /// dimmed, and so is everything when the selection is active, where a red veil shows what is selected. Nothing is drawn
 /// without stitches or threads, and nothing from the first colour change on that has no thread left. The context is
 /// left in the state in which it was.
-void drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(const VLMDesign& design, const VLMRect& rect,
-                                                                     GraphicsContext& context, bool show3D,
-                                                                     bool showJumps, bool showStructure,
-                                                                     std::int32_t showThread) noexcept;
+VELAMO_API void drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(const VLMDesign& design,
+                                                                                const VLMRect& rect,
+                                                                                GraphicsContext& context, bool show3D,
+                                                                                bool showJumps, bool showStructure,
+                                                                                std::int32_t showThread) noexcept;
 
 /// The same with all threads.
-void drawDesignInRectofContextshow3DshowJumpsshowStructure(const VLMDesign& design, const VLMRect& rect,
-                                                           GraphicsContext& context, bool show3D, bool showJumps,
-                                                           bool showStructure) noexcept;
+VELAMO_API void drawDesignInRectofContextshow3DshowJumpsshowStructure(const VLMDesign& design, const VLMRect& rect,
+                                                                      GraphicsContext& context, bool show3D,
+                                                                      bool showJumps, bool showStructure) noexcept;
 
 /// The widest line of the drawing: nothing is drawn farther than half of it from a stitch.
 inline constexpr double widestStitch = 3.5;

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 #include "velamo/model/needle_walk.h"
 #include "velamo/render/cloth.h"
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "velamo/api.h"
 #include "velamo/model/design.h"
 #include "velamo/platform/graphics/bitmap.h"
 
@@ -18,6 +19,6 @@ inline constexpr std::int32_t mostPixelsOfThumbnail = 1024;
 /// known have different greys. Nothing when `pixels` is not positive, when the design has no size or no stitch that
 /// shows, or when memory ran out. Takes a few seconds at most, however many stitches there are and wherever they lie:
 /// see Cloth.
-[[nodiscard]] std::optional<Bitmap> thumbnailOf(const VLMDesign& design, std::int32_t pixels) noexcept;
+[[nodiscard]] VELAMO_API std::optional<Bitmap> thumbnailOf(const VLMDesign& design, std::int32_t pixels) noexcept;
 
 }  // namespace velamo

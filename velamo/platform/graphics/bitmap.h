@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "velamo/api.h"
 #include "velamo/platform/graphics/graphics_context.h"
 #include "velamo/platform/graphics/painter.h"
 
@@ -14,7 +15,7 @@ namespace velamo {
 class LineStamps;
 
 /// Lines that were drawn and are kept, so that they are drawn quickly when they come again, be it on another bitmap.
-class DrawnLines {
+class VELAMO_API DrawnLines {
 public:
     /// May throw std::bad_alloc.
     DrawnLines();
@@ -28,7 +29,7 @@ private:
 };
 
 /// A picture of pixels in memory, which may be transparent.
-class Bitmap {
+class VELAMO_API Bitmap {
 public:
     static constexpr std::int64_t mostPixelsOfSide = 32767;  // what the graphics library takes
     /// More pixels would need more than a gigabyte; a small file must not be able to ask for that.

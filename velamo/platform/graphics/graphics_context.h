@@ -2,15 +2,17 @@
 
 #include <span>
 
+#include "velamo/api.h"
+
 namespace velamo {
 
-struct GraphicsPoint {
+struct VELAMO_API GraphicsPoint {
     double x = 0;
     double y = 0;
     friend bool operator==(const GraphicsPoint&, const GraphicsPoint&) = default;
 };
 
-struct GraphicsRectangle {
+struct VELAMO_API GraphicsRectangle {
     double x = 0;
     double y = 0;
     double width = 0;
@@ -19,7 +21,7 @@ struct GraphicsRectangle {
 };
 
 /// A device's colour; components beyond 0 to 1 are taken for the nearest end.
-struct GraphicsColor {
+struct VELAMO_API GraphicsColor {
     double red = 0;
     double green = 0;
     double blue = 0;
@@ -28,7 +30,7 @@ struct GraphicsColor {
 };
 
 /// The colour at a place of a gradient, 0 being its start and 1 its end.
-struct GradientStop {
+struct VELAMO_API GradientStop {
     double location = 0;
     GraphicsColor color;
     friend bool operator==(const GradientStop&, const GradientStop&) = default;
@@ -38,7 +40,7 @@ struct GradientStop {
 /// path is begun with moveTo or addRectangle and used up by strokePath, fillPath or clipToPath. A path that goes where
 /// the surface cannot follow (coordinates that are not finite, or huge) is not drawn; of a single line, the part that
 /// can be seen is.
-class GraphicsContext {
+class VELAMO_API GraphicsContext {
 public:
     virtual ~GraphicsContext() = default;
 

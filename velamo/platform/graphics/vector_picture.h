@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "velamo/api.h"
 #include "velamo/platform/graphics/painter.h"
 #include "velamo/platform/system/byte_sink.h"
 
@@ -18,15 +19,17 @@ namespace velamo {
 ///
 /// The bytes go into the sink as they come, and memory does not grow with the drawing, but for its inks. False when the
 /// sink refuses, memory ran out or a side is not above 0 and up to 1,000 km; part of the bytes may have gone then.
-[[nodiscard]] bool writeSvgPicture(double widthInMillimetres, double heightInMillimetres, const Painter& painter,
-                                   const ByteSink& sink);
-[[nodiscard]] bool writePdfPicture(double widthInMillimetres, double heightInMillimetres, const Painter& painter,
-                                   const ByteSink& sink);
+[[nodiscard]] VELAMO_API bool writeSvgPicture(double widthInMillimetres, double heightInMillimetres,
+                                              const Painter& painter, const ByteSink& sink);
+[[nodiscard]] VELAMO_API bool writePdfPicture(double widthInMillimetres, double heightInMillimetres,
+                                              const Painter& painter, const ByteSink& sink);
 
 /// The same in memory. Nothing on failure.
-[[nodiscard]] std::optional<std::vector<std::uint8_t>> svgPicture(double widthInMillimetres, double heightInMillimetres,
-                                                                  const Painter& painter);
-[[nodiscard]] std::optional<std::vector<std::uint8_t>> pdfPicture(double widthInMillimetres, double heightInMillimetres,
-                                                                  const Painter& painter);
+[[nodiscard]] VELAMO_API std::optional<std::vector<std::uint8_t>> svgPicture(double widthInMillimetres,
+                                                                             double heightInMillimetres,
+                                                                             const Painter& painter);
+[[nodiscard]] VELAMO_API std::optional<std::vector<std::uint8_t>> pdfPicture(double widthInMillimetres,
+                                                                             double heightInMillimetres,
+                                                                             const Painter& painter);
 
 }  // namespace velamo

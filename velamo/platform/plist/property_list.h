@@ -10,10 +10,12 @@
 #include <variant>
 #include <vector>
 
+#include "velamo/private_api.h"
+
 namespace velamo {
 
 /// One value of a property list: an array, a dictionary or a leaf. A value owns what it holds.
-class PropertyList {
+class VELAMO_PRIVATE_API PropertyList {
 public:
     using Data = std::vector<std::uint8_t>;
     using Array = std::vector<PropertyList>;
@@ -86,13 +88,13 @@ private:
 /// (an XML dictionary of more than some 10,000 keys). What is wrong inside a value is read as well as can be: an
 /// integer "5 mm" is 5, "abc" is 0, "010" is octal. Numbers read the same in every locale of the host. May throw
 /// std::bad_alloc.
-[[nodiscard]] std::optional<PropertyList> parsePropertyList(std::span<const std::uint8_t> bytes);
+[[nodiscard]] VELAMO_PRIVATE_API std::optional<PropertyList> parsePropertyList(std::span<const std::uint8_t> bytes);
 
 /// The property list as XML text and in the binary form, the latter in time that grows with the square of the list's
 /// size. Numbers keep every bit, except that XML has one zero and one NaN; what is no text in a text (wrong UTF-8, a
 /// NUL, in XML other control characters too) becomes U+FFFD. `Other` is written as an empty text. May throw
 /// std::bad_alloc, and std::length_error when the file would be larger than 4 GB.
-[[nodiscard]] std::vector<std::uint8_t> xmlPropertyList(const PropertyList& root);
+[[nodiscard]] VELAMO_PRIVATE_API std::vector<std::uint8_t> xmlPropertyList(const PropertyList& root);
 [[nodiscard]] std::vector<std::uint8_t> binaryPropertyList(const PropertyList& root);
 
 }  // namespace velamo

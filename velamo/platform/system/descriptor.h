@@ -1,9 +1,11 @@
 #pragma once
 
+#include "velamo/private_api.h"
+
 namespace velamo {
 
 /// A file descriptor that is closed at the end of its scope. For the platform's own files alone.
-class Descriptor {
+class VELAMO_PRIVATE_API Descriptor {
 public:
     explicit Descriptor(int number) noexcept : number_(number) {}
     ~Descriptor() { close(); }

@@ -5,6 +5,8 @@
 #include <optional>
 #include <system_error>
 
+#include "velamo/private_api.h"
+
 namespace velamo {
 
 /// What a path leads to. `other`: a pipe, a socket or a device.
@@ -19,7 +21,8 @@ struct FileState {
 };
 
 /// The state of what `path` leads to, links followed. `error` is cleared on success, else holds the system's reason.
-[[nodiscard]] FileState stateOfFile(const std::filesystem::path& path, std::error_code& error) noexcept;
+[[nodiscard]] VELAMO_PRIVATE_API FileState stateOfFile(const std::filesystem::path& path,
+                                                       std::error_code& error) noexcept;
 
 /// What tells files and folders apart whichever paths lead there, be it by links or because a folder is mounted twice.
 struct FileIdentity {
@@ -32,13 +35,13 @@ struct FileIdentity {
 };
 
 /// The identity of what `path` leads to, links followed; nothing where the system does not tell.
-[[nodiscard]] std::optional<FileIdentity> identityOfFile(const std::filesystem::path& path) noexcept;
+[[nodiscard]] VELAMO_PRIVATE_API std::optional<FileIdentity> identityOfFile(const std::filesystem::path& path) noexcept;
 
 /// Why a file in this state is not read: EISDIR for a folder, EINVAL for a pipe, socket or device, EFBIG for a file of
 /// more than mostBytesOfFile (see files.h); no error when it is.
-[[nodiscard]] std::error_code reasonAgainstReading(const FileState& state) noexcept;
+[[nodiscard]] VELAMO_PRIVATE_API std::error_code reasonAgainstReading(const FileState& state) noexcept;
 
 /// Why the file cannot be read: the system's reason, or that of its state; no error when it can. Never waits.
-[[nodiscard]] std::error_code reasonAgainstReading(const std::filesystem::path& path) noexcept;
+[[nodiscard]] VELAMO_PRIVATE_API std::error_code reasonAgainstReading(const std::filesystem::path& path) noexcept;
 
 }  // namespace velamo

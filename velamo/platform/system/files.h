@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "velamo/platform/system/byte_sink.h"
+#include "velamo/private_api.h"
 
 namespace velamo {
 
@@ -26,15 +27,15 @@ struct FileContent {
 };
 
 /// Reads a regular file once and whole. Never waits for somebody to write into it. May throw std::bad_alloc.
-[[nodiscard]] FileContent readFile(const std::filesystem::path& path);
+[[nodiscard]] VELAMO_PRIVATE_API FileContent readFile(const std::filesystem::path& path);
 
 /// Whether this is what the system says of a file that is not there, is not for this user, or is none that is read: a
 /// folder, a pipe, a device, or too large. Any other reason tells that the system could not do it this time.
-[[nodiscard]] bool isAbsence(std::error_code reason) noexcept;
+[[nodiscard]] VELAMO_PRIVATE_API bool isAbsence(std::error_code reason) noexcept;
 
 /// The bytes of a regular file, as readFile reads them, for what may as well be absent: a file that is so reads as no
 /// bytes. Throws any other reason as a std::system_error. May throw std::bad_alloc.
-[[nodiscard]] std::vector<std::uint8_t> readWholeFile(const std::filesystem::path& path);
+[[nodiscard]] VELAMO_PRIVATE_API std::vector<std::uint8_t> readWholeFile(const std::filesystem::path& path);
 
 /// Puts `bytes` at `path` in one step: a file without a name is written in the same folder, flushed to the disk and
 /// named, so that the old or the new file is there, whole, at any moment, whatever becomes of the process. (To replace
@@ -46,13 +47,14 @@ struct FileContent {
 /// are kept as far as the system and the file system allow; a group that cannot be kept hands none of its permissions
 /// to another. What is no regular file stays: EISDIR for a folder, EINVAL for a pipe or device. On failure the target
 /// is untouched, nothing is left beside it and the system's error is returned.
-[[nodiscard]] std::error_code replaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
+[[nodiscard]] VELAMO_PRIVATE_API std::error_code replaceFile(const std::filesystem::path& path,
+                                                             std::span<const std::uint8_t> bytes);
 
 /// Writes `bytes` into the empty file that is there, for somebody who keeps it open and reads on in this very one. On
 /// failure it is empty again and the system's error is returned: EEXIST where the file has bytes already, EINVAL where
 /// it is no regular file.
-[[nodiscard]] std::error_code fillEmptyFile(const std::filesystem::path& path,
-                                            std::span<const std::uint8_t> bytes) noexcept;
+[[nodiscard]] VELAMO_PRIVATE_API std::error_code fillEmptyFile(const std::filesystem::path& path,
+                                                               std::span<const std::uint8_t> bytes) noexcept;
 
 /// Makes all bytes of a file, passing them to the sink piece by piece, and says whether it could.
 using ByteProducer = std::function<bool(const ByteSink&)>;
@@ -61,7 +63,8 @@ using ByteProducer = std::function<bool(const ByteSink&)>;
 /// writing does not work, `produce` is asked once more. ECANCELED when it gives up although every piece was written.
 /// For programs of one thread: `produce` may run within an InterruptionPause, which forbids others to wait for each
 /// other.
-[[nodiscard]] std::error_code replaceFileBy(const std::filesystem::path& path, const ByteProducer& produce);
+[[nodiscard]] VELAMO_PRIVATE_API std::error_code replaceFileBy(const std::filesystem::path& path,
+                                                               const ByteProducer& produce);
 
 /// Lets the whole new file, which has the name `whole` in the target's folder, take the target's place in some way.
 /// 0, or the system's error. What has that name afterwards is taken away. Must not allocate memory.

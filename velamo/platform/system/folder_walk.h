@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "velamo/platform/system/file_state.h"
+#include "velamo/private_api.h"
 
 namespace velamo {
 
@@ -35,7 +36,7 @@ struct FolderListing {
 /// listed once however many names lead to it, so that circles end; names without links in them come first, so that
 /// a folder is listed under its own name wherever that name is part of the walk. Folders still to be listed are kept in
 /// memory, and one folder is open at a time.
-class FolderWalk {
+class VELAMO_PRIVATE_API FolderWalk {
 public:
     /// Tells which names are reported as entries. Folders are walked into whatever their names.
     using Wanted = std::function<bool(const std::string& name)>;

@@ -5,12 +5,13 @@
 #include <system_error>
 
 #include "velamo/platform/system/terminal.h"
+#include "velamo/private_api.h"
 
 namespace velamo {
 
 /// What a stream writes into that goes to standard output or error, and that knows why it could not: the library's own
 /// only tells that something failed. After the first failure nothing more is written.
-class OutputBuffer final : public std::streambuf {
+class VELAMO_PRIVATE_API OutputBuffer final : public std::streambuf {
 public:
     explicit OutputBuffer(StandardStream stream) noexcept;
     /// Gathered text that nobody flushed is not written: nobody could be told of a failure any more.

@@ -2,11 +2,13 @@
 
 #include <filesystem>
 
+#include "velamo/private_api.h"
+
 namespace velamo {
 
 /// A module that this process loaded. It stays loaded until the process ends, so that what it handed out stays good;
 /// loading it again gives the same one.
-class SharedModule {
+class VELAMO_PRIVATE_API SharedModule {
 public:
     /// Loads the module with all that it needs, and keeps its names to itself. std::runtime_error with the loader's
     /// words when that fails.
@@ -19,7 +21,7 @@ private:
     void* handle_;
 };
 
-/// The program or library that holds this code, with links followed, or an empty path.
-[[nodiscard]] std::filesystem::path pathOfThisModule();
+/// The file that holds this code, the library or what it is part of, with links followed; or an empty path.
+[[nodiscard]] VELAMO_PRIVATE_API std::filesystem::path pathOfThisModule();
 
 }  // namespace velamo

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "velamo/platform/system/terminal.h"
+#include "velamo/private_api.h"
 
 namespace velamo {
 
@@ -13,7 +14,7 @@ namespace velamo {
 /// ends, control characters, marks that turn the direction of writing, bytes that are no UTF-8, and what the terminal's
 /// encoding makes a control character of, are written as "\x1b" and its like. So no text of a design, a catalogue or a
 /// library can command the terminal, whoever prints it.
-class HarmlessOutput : public std::streambuf {
+class VELAMO_PRIVATE_API HarmlessOutput : public std::streambuf {
 public:
     explicit HarmlessOutput(std::ostream& stream, TerminalEncoding encoding = TerminalEncoding::utf8);
     ~HarmlessOutput() override;
@@ -39,6 +40,6 @@ private:
 
 /// Writes what the program itself has to tell a terminal (a picture, the clearing of a line) to any stream. Never a
 /// text that came from outside.
-void writeAsIs(std::ostream& stream, std::string_view text);
+VELAMO_PRIVATE_API void writeAsIs(std::ostream& stream, std::string_view text);
 
 }  // namespace velamo

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "velamo/private_api.h"
+
 namespace velamo {
 
 /// A number that a text starts with.
@@ -21,8 +23,8 @@ struct ScannedNumber {
 /// digits with or without a point, and an exponent; or "inf", "infinity", "nan", in any case. No space, no plus, no
 /// hexadecimal digits. Rounded once, to the nearest number of the type. Nothing where the text starts with none. Not
 /// every system's library has std::from_chars for such numbers.
-[[nodiscard]] std::optional<ScannedNumber<float>> scanFloat(std::string_view text) noexcept;
-[[nodiscard]] std::optional<ScannedNumber<double>> scanDouble(std::string_view text) noexcept;
+[[nodiscard]] VELAMO_PRIVATE_API std::optional<ScannedNumber<float>> scanFloat(std::string_view text) noexcept;
+[[nodiscard]] VELAMO_PRIVATE_API std::optional<ScannedNumber<double>> scanDouble(std::string_view text) noexcept;
 
 template <std::integral Number>
 [[nodiscard]] std::optional<ScannedNumber<Number>> scanPlainNumber(std::string_view text) noexcept {

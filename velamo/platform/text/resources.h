@@ -6,11 +6,13 @@
 #include <string_view>
 #include <vector>
 
+#include "velamo/private_api.h"
+
 namespace velamo {
 
 /// The folders that may hold resources, best first: $VELAMO_RESOURCES, then beside the program or library that holds
 /// this code (a bundle's and an installation's layout, which a build tree has too). There is no other place.
-[[nodiscard]] std::vector<std::filesystem::path> resourceFolders();
+[[nodiscard]] VELAMO_PRIVATE_API std::vector<std::filesystem::path> resourceFolders();
 
 /// The folders where an installation or a bundle keeps the resources of the program or library in `folder`.
 [[nodiscard]] std::vector<std::filesystem::path> resourceFoldersBeside(const std::filesystem::path& folder);

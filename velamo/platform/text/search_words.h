@@ -3,13 +3,15 @@
 #include <string>
 #include <string_view>
 
+#include "velamo/private_api.h"
+
 namespace velamo {
 
 /// The text in a form in which texts that a person takes for the same are the same: without differences of case, of
 /// composed and decomposed letters, and of width. Bytes that are no UTF-8 become U+FFFD. May throw std::bad_alloc.
-[[nodiscard]] std::string foldedForSearch(std::string_view text);
+[[nodiscard]] VELAMO_PRIVATE_API std::string foldedForSearch(std::string_view text);
 
 /// How many columns the text takes up on a terminal.
-[[nodiscard]] std::size_t columnsOf(std::string_view text);
+[[nodiscard]] VELAMO_PRIVATE_API std::size_t columnsOf(std::string_view text);
 
 }  // namespace velamo

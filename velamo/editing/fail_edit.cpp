@@ -1,6 +1,8 @@
-#include "velamo/editing/edit_error.h"
+#include "velamo/editing/fail_edit.h"
 
 #include <array>
+
+#include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {

@@ -1,5 +1,6 @@
-#include "velamo/formats/saving.h"
+#include "velamo/formats/save_file.h"
 
+#include "velamo/model/failure.h"
 #include "velamo/platform/system/files.h"
 
 namespace velamo {

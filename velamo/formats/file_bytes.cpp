@@ -1,4 +1,4 @@
-#include "velamo/formats/loading.h"
+#include "velamo/formats/file_bytes.h"
 
 #include <system_error>
 #include <utility>
