@@ -47,8 +47,8 @@ class UsualSignals {
 public:
     explicit UsualSignals(const fs::path& program) {
         sigset_t signals;
-        ::sigemptyset(&signals);
-        ::sigaddset(&signals, SIGXFSZ);
+        sigemptyset(&signals);
+        sigaddset(&signals, SIGXFSZ);
         check(::posix_spawnattr_init(&attributes_), program);
         check(::posix_spawnattr_setsigdefault(&attributes_, &signals), program);
         check(::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF), program);

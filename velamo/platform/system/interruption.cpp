@@ -43,8 +43,8 @@ void prepareForSignals() noexcept {
 
 InterruptionPause::InterruptionPause() noexcept {
     sigset_t blocked;
-    ::sigemptyset(&blocked);
-    for (const int signal : endings) ::sigaddset(&blocked, signal);
+    sigemptyset(&blocked);
+    for (const int signal : endings) sigaddset(&blocked, signal);
     ::pthread_sigmask(SIG_BLOCK, &blocked, &former_);
     ++pauses;
     if (!isEnding) return;
