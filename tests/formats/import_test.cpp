@@ -7,6 +7,7 @@
 
 #include "tests/support/dst.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/unreadable_file.h"
 #include "velamo/formats/design_attributes.h"
 #include "velamo/formats/format.h"
 #include "velamo/formats/thread_file.h"
@@ -68,14 +69,12 @@ TEST(Import, ResetsTheListsAndNothingElse) {
     EXPECT_EQ(design.xMax(), 5.0F);
 }
 
-/// A regular file that can be opened, and whose first byte cannot be read.
-const char* const failingFile = "/proc/self/mem";
-
 TEST(Import, FailsAsTheSystemDoesWhereReadingBreaksOff) {
+    if (!test::hasUnreadableFile()) GTEST_SKIP() << "no file here fails so";
     for (const Format& format : allFormats()) {
         const TemporaryFolder folder;
         const auto file = folder.path() / ("x." + std::string(format.extension));
-        std::filesystem::create_symlink(failingFile, file);
+        std::filesystem::create_symlink(test::unreadableFile, file);
         for (const bool givesSystemReason : {false, true}) {
             VLMDesign design;
             VLMError error;
@@ -117,9 +116,10 @@ TEST(Import, GivesTheSystemsReasonWhereItIsAsked) {
 
 /// Without them the design would seem to have none, and lose them when it is written.
 TEST(Import, TakesASideFileThatCannotBeReadThisTimeForNoneUnlessAskedNotTo) {
+    if (!test::hasUnreadableFile()) GTEST_SKIP() << "no file here fails so";
     const TemporaryFolder folder;
     const auto file = folder.write("x.dst", dstFile(bytes(1, 0, 3)));
-    std::filesystem::create_symlink(failingFile, folder.path() / "x.threads");
+    std::filesystem::create_symlink(test::unreadableFile, folder.path() / "x.threads");
     VLMDesign design;
     design.setUseThreadFile(true);
     VLMError error;

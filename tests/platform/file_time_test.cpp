@@ -17,8 +17,13 @@ struct Row {
 class FileTime : public testing::TestWithParam<Row> {};
 TEST_P(FileTime, IsTheNearestThatCanBeCounted) {
     struct stat status = {};
-    status.st_mtim.tv_sec = GetParam().seconds;
-    status.st_mtim.tv_nsec = GetParam().nanoseconds;
+#ifdef __APPLE__
+    timespec& modified = status.st_mtimespec;
+#else
+    timespec& modified = status.st_mtim;
+#endif
+    modified.tv_sec = GetParam().seconds;
+    modified.tv_nsec = GetParam().nanoseconds;
     EXPECT_EQ(stateFromSystem(status).modified, GetParam().modified);
 }
 

@@ -34,7 +34,9 @@ TEST(OutputBuffers, WriteWhatWasGathered) {
 
 class FullDisk : public testing::TestWithParam<std::size_t> {};
 TEST_P(FullDisk, IsNamedAsTheReason) {
-    const test::StandardStreamOf output(STDERR_FILENO, "/dev/full", O_WRONLY);
+    constexpr const char* fullDisk = "/dev/full";
+    if (!std::filesystem::exists(fullDisk)) GTEST_SKIP() << "no device is always full";
+    const test::StandardStreamOf output(STDERR_FILENO, fullDisk, O_WRONLY);
     OutputBuffer buffer(StandardStream::error);
     std::ostream out(&buffer);
     out << std::string(GetParam(), 'x') << std::flush;
