@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
-#include <velamo_plugin_registry.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -10,6 +9,7 @@
 #include <thread>
 
 #include "tests/plugin/importer_module.h"
+#include "tests/plugin/instances.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
 
@@ -52,18 +52,18 @@ TEST(PluginHost, GivesNothingForRefusedFiles) {
 }
 
 TEST(PluginHost, KeepsOneInstanceAndGivesItBack) {
-    const CFIndex before = VelamoPlugInInstanceCount();
+    const test::Instances instances;
     {
         PluginHost one(PluginHost::findModule());
-        EXPECT_EQ(VelamoPlugInInstanceCount(), before + 1);
+        instances.expectMore(1);
         PluginHost two(PluginHost::findModule());
-        EXPECT_EQ(VelamoPlugInInstanceCount(), before + 2);
+        instances.expectMore(2);
         two = std::move(one);
-        EXPECT_EQ(VelamoPlugInInstanceCount(), before + 1);
+        instances.expectMore(1);
         const PluginHost three(std::move(two));
-        EXPECT_EQ(VelamoPlugInInstanceCount(), before + 1);
+        instances.expectMore(1);
     }
-    EXPECT_EQ(VelamoPlugInInstanceCount(), before);
+    instances.expectMore(0);
 }
 
 TEST(PluginHost, SharesTheModuleAndKeepsItLoaded) {
@@ -131,7 +131,7 @@ TEST(PluginHost, ExpectsTheModuleInTheLayoutsOfAnInstallation) {
 TEST(PluginHost, ServesManyThreadsWithAHostEach) {
     const test::TemporaryFolder folder;
     const auto shared = folder.write("shared.dst", smallDst());
-    const CFIndex before = VelamoPlugInInstanceCount();
+    const test::Instances instances;
     std::vector<std::thread> threads;
     threads.reserve(16);
     std::atomic<int> wrong = 0;
@@ -148,7 +148,7 @@ TEST(PluginHost, ServesManyThreadsWithAHostEach) {
         });
     for (auto& thread : threads) thread.join();
     EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(VelamoPlugInInstanceCount(), before);
+    instances.expectMore(0);
 }
 
 }  // namespace

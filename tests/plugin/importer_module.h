@@ -5,6 +5,7 @@
 #include "plugin/attributes.h"
 #include "plugin/host.h"
 #include "plugin/importer.h"
+#include "tests/support/corefoundation.h"
 #include "tests/support/dst.h"
 #include "velamo/platform/system/shared_module.h"
 
@@ -37,11 +38,6 @@ private:
         return {found};
     }
 };
-
-inline Owned<CFMutableDictionaryRef> emptyDictionary() {
-    return own(CFDictionaryCreateMutable(kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks,
-                                         &kCFTypeDictionaryValueCallBacks));
-}
 
 inline Owned<CFStringRef> pathText(const std::filesystem::path& path) {
     return own(CFStringCreateWithFileSystemRepresentation(kCFAllocatorDefault, path.c_str()));

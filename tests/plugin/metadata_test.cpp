@@ -30,6 +30,13 @@ constexpr int stitch = 0x03;
 constexpr int jump = 0x83;
 constexpr int colorChange = 0xC3;
 
+/// Whether one owner holds the object. Those that last for ever, as some of Apple's numbers do, have countless ones.
+bool hasOneOwner(CFTypeRef object) {
+    constexpr CFIndex countless = 1000000;
+    const CFIndex owners = CFGetRetainCount(object);
+    return owners == 1 || owners > countless;
+}
+
 /// So many records of the kind that do not move.
 Bytes standing(std::size_t count, int kind) {
     Bytes records;
@@ -37,11 +44,11 @@ Bytes standing(std::size_t count, int kind) {
     return records;
 }
 
+/// Nothing where it would lose something.
 std::optional<float> singleIn(CFDictionaryRef attributes, CFStringRef key) {
     const auto number = static_cast<CFNumberRef>(CFDictionaryGetValue(attributes, key));
-    if (number == nullptr || CFNumberGetType(number) != kCFNumberFloat32Type) return std::nullopt;
     Float32 value = 0;
-    CFNumberGetValue(number, kCFNumberFloat32Type, &value);
+    if (number == nullptr || !CFNumberGetValue(number, kCFNumberFloat32Type, &value)) return std::nullopt;
     return value;
 }
 
@@ -68,6 +75,17 @@ TEST_F(Metadata, AreMillimetresAndCounts) {
     EXPECT_TRUE(get(file));
     EXPECT_EQ(CFDictionaryGetCount(attributes_.get()), 4);
     expectAttributes(0.9F, 2.7F, 3, 1);
+}
+
+TEST_F(Metadata, AreStoredInSinglePrecision) {
+#ifdef __APPLE__
+    GTEST_SKIP() << "a number may be kept in another type than it was made with";
+#endif
+    ASSERT_TRUE(get(folder_.write("rose.dst", smallDst())));
+    for (const CFStringRef key : attributeKeys()) {
+        const auto* number = static_cast<CFNumberRef>(CFDictionaryGetValue(attributes_.get(), key));
+        EXPECT_EQ(CFNumberGetType(number), kCFNumberFloat32Type);
+    }
 }
 
 TEST_F(Metadata, DivideTenthsInSinglePrecision) {
@@ -125,14 +143,16 @@ TEST_F(Metadata, KeepOtherEntriesAndReplaceTheirOwn) {
     for (const CFStringRef key : attributeKeys()) CFDictionarySetValue(attributes_.get(), key, CFSTR("former"));
     EXPECT_TRUE(get(folder_.write("rose.dst", smallDst())));
     EXPECT_EQ(CFDictionaryGetCount(attributes_.get()), 5);
-    EXPECT_EQ(CFDictionaryGetValue(attributes_.get(), CFSTR("kMDItemTitle")), CFSTR("rose"));
+    EXPECT_TRUE(CFEqual(CFDictionaryGetValue(attributes_.get(), CFSTR("kMDItemTitle")), CFSTR("rose")));
     expectAttributes(0, 0.1F, 2, 1);
 }
 
 TEST_F(Metadata, AreOwnedByTheDictionaryAlone) {
-    ASSERT_TRUE(get(folder_.write("rose.dst", smallDst())));
+    // Three stitches, 0.9 mm by 2.7 mm.
+    const auto file = folder_.write("rose.dst", dstFile(bytes(0x04, 0x80, stitch, 0x01, 0, stitch, 0x08, 0x20, jump)));
+    ASSERT_TRUE(get(file));
     for (const CFStringRef key : attributeKeys())
-        EXPECT_EQ(CFGetRetainCount(CFDictionaryGetValue(attributes_.get(), key)), 1);
+        EXPECT_TRUE(hasOneOwner(CFDictionaryGetValue(attributes_.get(), key)));
     EXPECT_EQ(CFGetRetainCount(attributes_.get()), 1);
 }
 
@@ -145,7 +165,9 @@ INSTANTIATE_TEST_SUITE_P(Rows, Extensions, testing::Values("Design.DST", "design
 
 class OddNames : public Metadata, public testing::WithParamInterface<const char*> {};
 TEST_P(OddNames, AreFound) {
-    EXPECT_TRUE(get(folder_.write(GetParam(), smallDst())));
+    const auto file = folder_.write(GetParam(), smallDst());
+    if (!fs::exists(file)) GTEST_SKIP() << "no such names in this file system";
+    EXPECT_TRUE(get(file));
     expectAttributes(0, 0.1F, 2, 1);
 }
 INSTANTIATE_TEST_SUITE_P(Rows, OddNames,
@@ -161,8 +183,9 @@ protected:
         CFDictionarySetValue(attributes_.get(), CFSTR("kMDItemTitle"), CFSTR("rose"));
         EXPECT_FALSE(get(file));
         EXPECT_EQ(CFDictionaryGetCount(attributes_.get()), 2);
-        EXPECT_EQ(CFDictionaryGetValue(attributes_.get(), CFSTR("de_velamo_embroidery_width")), CFSTR("former"));
-        EXPECT_EQ(CFDictionaryGetValue(attributes_.get(), CFSTR("kMDItemTitle")), CFSTR("rose"));
+        EXPECT_TRUE(
+            CFEqual(CFDictionaryGetValue(attributes_.get(), CFSTR("de_velamo_embroidery_width")), CFSTR("former")));
+        EXPECT_TRUE(CFEqual(CFDictionaryGetValue(attributes_.get(), CFSTR("kMDItemTitle")), CFSTR("rose")));
     }
 };
 
@@ -240,6 +263,7 @@ TEST_F(Metadata, DependOnNeitherInstanceNorContentType) {
 /// Lets the process have so many bytes more than it has, until the end of the scope.
 class MemoryLimit {
 public:
+    static bool isPossible() { return fs::exists(memoryOfProcess); }
     explicit MemoryLimit(rlim_t moreBytes) {
         ::getrlimit(RLIMIT_AS, &former_);
         const rlimit limit{usedBytes() + moreBytes, former_.rlim_max};
@@ -250,9 +274,10 @@ public:
     MemoryLimit& operator=(const MemoryLimit&) = delete;
 
 private:
+    static constexpr const char* memoryOfProcess = "/proc/self/statm";
     static rlim_t usedBytes() {
         rlim_t pages = 0;
-        std::ifstream("/proc/self/statm") >> pages;
+        std::ifstream(memoryOfProcess) >> pages;
         return pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE));
     }
     rlimit former_{};
@@ -261,6 +286,7 @@ private:
 TEST_F(Refusal, ForLackOfMemory) {
     if (test::isAddressSanitized || test::isThreadSanitized)
         GTEST_SKIP() << "the sanitizer ends the process when memory lacks";
+    if (!MemoryLimit::isPossible()) GTEST_SKIP() << "the system does not say how much memory is used";
     constexpr std::size_t millions = 1000000;
     const auto file = folder_.write("huge.dst", dstFile(Bytes(30 * millions, stitch)));
     {

@@ -1,13 +1,14 @@
 #include <gtest/gtest.h>
-#include <velamo_plugin_registry.h>
 
 #include <array>
 #include <cstddef>
 #include <cstdio>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "tests/plugin/importer_module.h"
+#include "tests/plugin/instances.h"
 
 namespace velamo {
 namespace {
@@ -32,16 +33,16 @@ protected:
     }
 
     const ImporterModule importer_{};
-    const CFIndex instancesBefore_ = VelamoPlugInInstanceCount();
+    const test::Instances instances_{};
 };
 
 TEST_F(PluginObject, IsMadeWithOneReferenceAndRegistered) {
     void* instance = importer_.factory(kCFAllocatorDefault, kMDImporterTypeID);
     ASSERT_NE(instance, nullptr);
     EXPECT_EQ(referencesOf(instance), 1U);
-    EXPECT_EQ(VelamoPlugInInstanceCount(), instancesBefore_ + 1);
+    instances_.expectMore(1);
     EXPECT_EQ(importer_.release(instance), 0U);
-    EXPECT_EQ(VelamoPlugInInstanceCount(), instancesBefore_);
+    instances_.expectMore(0);
 }
 
 TEST_F(PluginObject, BelongsToOneFixedFactory) {
@@ -51,18 +52,26 @@ TEST_F(PluginObject, BelongsToOneFixedFactory) {
     const auto expected =
         own(CFUUIDCreateFromString(kCFAllocatorDefault, CFSTR("C20CFE66-83A9-45E7-AF23-7190DE4548C4")));
     EXPECT_TRUE(CFEqual(one->factoryID, expected.get()));
-    EXPECT_EQ(CFGetRetainCount(one->factoryID), 1) << "the factory gave back its own reference";
-    EXPECT_EQ(VelamoPlugInInstanceCountForFactory(expected.get()), 2);
+    test::Instances::expectOf(expected.get(), 2);
     importer_.release(one);
-    EXPECT_EQ(VelamoPlugInInstanceCountForFactory(expected.get()), 1);
+    test::Instances::expectOf(expected.get(), 1);
     importer_.release(two);
-    EXPECT_EQ(VelamoPlugInInstanceCountForFactory(expected.get()), 0);
+    test::Instances::expectOf(expected.get(), 0);
+}
+
+TEST_F(PluginObject, AloneHoldsItsFactory) {
+    auto* instance =
+        static_cast<MetadataImporterPluginType*>(importer_.factory(kCFAllocatorDefault, kMDImporterTypeID));
+    const Owned<CFUUIDRef> factory(static_cast<CFUUIDRef>(CFRetain(instance->factoryID)));
+    EXPECT_EQ(CFGetRetainCount(factory.get()), 2) << "the factory gave back its own reference";
+    importer_.release(instance);
+    EXPECT_EQ(CFGetRetainCount(factory.get()), 1);
 }
 
 TEST_F(PluginObject, IsNotMadeForOtherTypes) {
     for (const CFUUIDRef type : {otherUuid(), kMDImporterInterfaceID, IUnknownUUID, CFUUIDRef{}})
         EXPECT_EQ(importer_.factory(kCFAllocatorDefault, type), nullptr);
-    EXPECT_EQ(VelamoPlugInInstanceCount(), instancesBefore_);
+    instances_.expectMore(0);
 }
 
 TEST_F(PluginObject, HasTheRecordThatHostsKnow) {
@@ -92,9 +101,9 @@ TEST_F(PluginObject, CountsItsReferences) {
     EXPECT_EQ(tableOf(instance).AddRef(instance), 3U);
     EXPECT_EQ(tableOf(instance).Release(instance), 2U);
     EXPECT_EQ(tableOf(instance).Release(instance), 1U);
-    EXPECT_EQ(VelamoPlugInInstanceCount(), instancesBefore_ + 1);
+    instances_.expectMore(1);
     EXPECT_EQ(tableOf(instance).Release(instance), 0U);
-    EXPECT_EQ(VelamoPlugInInstanceCount(), instancesBefore_);
+    instances_.expectMore(0);
 }
 
 TEST_F(PluginObject, ServesTheImporterAndTheBaseInterface) {
@@ -105,10 +114,10 @@ TEST_F(PluginObject, ServesTheImporterAndTheBaseInterface) {
         EXPECT_EQ(interface, instance);
         EXPECT_EQ(referencesOf(instance), 2U);
         EXPECT_EQ(tableOf(instance).Release(interface), 1U);
-        EXPECT_EQ(VelamoPlugInInstanceCount(), instancesBefore_ + 1);
+        instances_.expectMore(1);
         EXPECT_EQ(tableOf(instance).Release(instance), 0U);
     }
-    EXPECT_EQ(VelamoPlugInInstanceCount(), instancesBefore_);
+    instances_.expectMore(0);
 }
 
 TEST_F(PluginObject, RefusesOtherInterfaces) {
@@ -125,32 +134,41 @@ TEST_F(PluginObject, RefusesOtherInterfaces) {
 TEST_F(PluginObject, RetainsAnyFactoryThatItIsMadeFor) {
     const auto factory =
         own(CFUUIDCreateFromString(kCFAllocatorDefault, CFSTR("0B0F3F0C-2E9B-4B63-8C5B-5D8E4F7A9C01")));
+    const CFIndex before = CFGetRetainCount(factory.get());
     MetadataImporterPluginType* instance = importer_.alloc(factory.get());
     EXPECT_EQ(instance->factoryID, factory.get());
     EXPECT_EQ(instance->referenceCount, 1U);
-    EXPECT_EQ(CFGetRetainCount(factory.get()), 2);
-    EXPECT_EQ(VelamoPlugInInstanceCountForFactory(factory.get()), 1);
+    EXPECT_EQ(CFGetRetainCount(factory.get()), before + 1);
+    test::Instances::expectOf(factory.get(), 1);
     importer_.dealloc(instance);
-    EXPECT_EQ(CFGetRetainCount(factory.get()), 1);
-    EXPECT_EQ(VelamoPlugInInstanceCountForFactory(factory.get()), 0);
+    EXPECT_EQ(CFGetRetainCount(factory.get()), before);
+    test::Instances::expectOf(factory.get(), 0);
 }
 
 TEST_F(PluginObject, WithoutFactoryIsNotRegistered) {
     MetadataImporterPluginType* instance = importer_.alloc(nullptr);
-    EXPECT_EQ(VelamoPlugInInstanceCount(), instancesBefore_);
+    instances_.expectMore(0);
     EXPECT_EQ(importer_.release(instance), 0U);
-    EXPECT_EQ(VelamoPlugInInstanceCount(), instancesBefore_);
+    instances_.expectMore(0);
 }
+
+#ifdef __APPLE__  // where the linker puts a mark before C's names
+constexpr const char* listNames = "nm -gUj";
+constexpr std::string_view mark = "_";
+#else
+constexpr const char* listNames = "nm --dynamic --defined-only --format=just-symbols";
+constexpr std::string_view mark;
+#endif
 
 /// The names that a module defines for others, as the linker's own tool lists them.
 std::set<std::string> exportedNames(const std::filesystem::path& module) {
-    const std::string command = "nm --dynamic --defined-only --format=just-symbols '" + module.string() + "'";
+    const std::string command = std::string(listNames) + " '" + module.string() + "'";
     std::FILE* output = ::popen(command.c_str(), "r");
     std::set<std::string> names;
     std::array<char, 512> line{};
     while (output != nullptr && std::fgets(line.data(), line.size(), output) != nullptr) {
         const std::string name = line.data();
-        names.insert(name.substr(0, name.find('\n')));
+        if (name.starts_with(mark)) names.insert(name.substr(mark.size(), name.find('\n') - mark.size()));
     }
     if (output != nullptr) ::pclose(output);
     return names;

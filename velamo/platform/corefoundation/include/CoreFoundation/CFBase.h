@@ -38,6 +38,7 @@ extern const CFAllocatorRef kCFAllocatorDefault;
    lend one. Constant objects are never freed, whatever the balance of calls. */
 CFTypeRef CFRetain(CFTypeRef object);
 void CFRelease(CFTypeRef object);
+/* Of a constant object a number that is larger than any number of references. */
 CFIndex CFGetRetainCount(CFTypeRef object);
 CFTypeID CFGetTypeID(CFTypeRef object);
 /* Objects of different types are never equal. */

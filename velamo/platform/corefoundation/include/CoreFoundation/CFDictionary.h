@@ -45,8 +45,8 @@ CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFInd
 CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary);
 /* The value of the key, lent, or null. */
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
-/* Adds the key, or gives it another value (the key object that is there stays). When memory lacks the dictionary stays
-   as it is. */
+/* Adds the key, or gives it another value. (Which of two equal key objects it then holds, Apple's leaves open.) When
+   memory lacks the dictionary stays as it is. */
 void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void* key, const void* value);
 /* Takes the key and its value out, if it is there. */
 void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const void* key);
