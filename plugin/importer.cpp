@@ -1,21 +1,12 @@
 #include "plugin/importer.h"
 
-#include <filesystem>
-#include <string>
-
 #include "plugin/attributes.h"
+#include "plugin/path_of_text.h"
 #include "velamo/formats/design_attributes.h"
 #include "velamo/model/failure.h"
 
 namespace velamo {
 namespace {
-
-/// An empty path when the text names no file.
-std::filesystem::path pathOf(CFStringRef text) {
-    std::string path(static_cast<std::size_t>(CFStringGetMaximumSizeOfFileSystemRepresentation(text)), '\0');
-    if (!CFStringGetFileSystemRepresentation(text, path.data(), static_cast<CFIndex>(path.size()))) return {};
-    return path.c_str();
-}
 
 AttributeValues valuesOf(const DesignAttributes& design) noexcept {
     return {design.widthInMillimetres, design.heightInMillimetres, design.stitches, design.colors};
@@ -50,7 +41,7 @@ Boolean GetMetadataForFile(void*, CFMutableDictionaryRef attributes, CFStringRef
     using namespace velamo;
     return operation(nullptr, [&] {
         if (attributes == nullptr || pathToFile == nullptr) return false;
-        const auto design = attributesOfFile(pathOf(pathToFile));
+        const auto design = attributesOfFile(pathOfText(pathToFile));
         return design && storeAttributes(attributes, numbersOf(valuesOf(*design)));
     });
 }
