@@ -9,7 +9,7 @@ import sys
 import desktop
 
 LISTING = desktop.BUILD / "packages/before.json"
-NAMES = ("velamo", "velamo-dev")
+NAMES = ("libvelamo0.1", "velamo", "velamo-dev")
 
 
 def as_root(*command):

@@ -5,7 +5,7 @@
 
 #include "tests/support/patches.h"
 #include "velamo/formats/format.h"
-#include "velamo/model/error.h"
+#include "velamo/model/failure.h"
 
 int main(int argumentCount, char** arguments) {
     if (argumentCount != 2) {
