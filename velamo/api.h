@@ -1,5 +1,5 @@
 #pragma once
 
-/// Before what the library offers to its callers. All else stays inside it: a name that a program happens to share with
-/// the library's own code cannot disturb either.
+/// Marks what the library offers to its callers. Everything else is hidden inside it, so that a name which a program
+/// happens to share with the library's own code disturbs neither.
 #define VELAMO_API __attribute__((visibility("default")))

@@ -1,22 +1,26 @@
 #pragma once
 
-/// All of the library, for whoever would rather not choose. Where to start:
+/// Includes the whole library. Where to start:
 ///
 /// - a design: VLMDesign (model/design.h), with its stitches (model/stitch.h), threads (model/thread.h) and hoop
 ///   (model/hoop.h)
-/// - bytes to a design: importDesignFromURLerror, importDesignFromBytes (formats/import.h); only its figures:
+/// - bytes to a design: importDesignFromURLerror, importDesignFromBytes (formats/import.h); its figures alone:
 ///   attributesOfFile, attributesOfBytes (formats/design_attributes.h)
 /// - changing it: editing/selection.h chooses stitches; editing/transform.h, editing/stitch_edits.h, editing/append.h
-/// and
-///   editing/basting.h change them
+///   and editing/basting.h change them
 /// - looking at it: thumbnailOf (render/thumbnail.h); bitmapOf, svgOf and pdfOf (render/design_picture.h); NeedleWalk
-///   (model/needle_walk.h) goes along its moves
+///   (model/needle_walk.h) follows its moves
 /// - a design to bytes: exportDesignToURLerror, exportDesignToBytes (formats/export.h)
-/// - what there is: allFormats (formats/format.h), paletteNames (model/palettes.h), VLMDesign::hoops
+/// - what is available: allFormats (formats/format.h), paletteNames (model/palettes.h), VLMDesign::hoops
 ///
-/// Operations return whether they succeeded and fill a VLMError (model/error.h), which may be left out. Lengths are in
-/// tenths of a millimetre, y upward, unless a name says otherwise. Texts are UTF-8. One thread of execution uses a
-/// design at a time; different designs need no care.
+/// Operations return whether they succeeded. On failure they fill a VLMError (model/error.h); pass null to do without
+/// it. Running out of memory is a failure too, with the code ENOMEM of the system's domain. A function that is not
+/// noexcept may throw std::bad_alloc; its comment names what else it may throw. A function that uses palettes, texts in
+/// the user's language or the user's preferences may also throw std::system_error: when the system fails to read one of
+/// these files although it exists and the user may read it.
+///
+/// Lengths are in tenths of a millimetre, y upward, unless a name or a comment says otherwise. Texts are UTF-8. A
+/// design must be used by one thread of execution at a time; different designs may be used at the same time.
 
 #include "velamo/editing/append.h"
 #include "velamo/editing/basting.h"

@@ -2,7 +2,7 @@
 
 namespace velamo {
 
-/// Why an edit was refused. A refused edit has changed nothing.
+/// The codes of refused edits, in designErrorDomain. A refused edit has changed nothing.
 enum class EditFailure : int {
     invalidOrientation = 70,
     movesTooLarge = 71,  // the stitches could not be optimised, see optimizeJumpsFor

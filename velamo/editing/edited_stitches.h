@@ -65,8 +65,8 @@ private:
     return {one.x - other.x, one.y - other.y};
 }
 
-/// Gives the design the list that `make(edited)` appends, optimised for its type, as every edit ends. False, with the
-/// design unchanged and error 71, when it cannot be optimised.
+/// Gives the design the list that `make(edited)` appends, optimised for its type, as every edit ends. Returns false,
+/// with error 71, and leaves the design unchanged when it cannot be optimised.
 template <class Make>
 [[nodiscard]] bool replaceStitches(VLMDesign& design, Make make, VLMError* error) {
     const std::string designType = design.designType().value_or("");

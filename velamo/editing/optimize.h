@@ -7,22 +7,25 @@
 
 namespace velamo {
 
-/// Brings the stitches into the form that machines of a design type ("DST", "PES", ...) take. Runs of jumps and colour
-/// changes become one jump and a colour change on the spot for each; a jump at the very end goes; moves longer than a
-/// record of the type holds are cut into pieces along their way (other types than those we write have no such limit);
-/// a colour change that moves gives its move to a stitch of its own. Then the bounds are computed anew, jumps are
-/// trimmed off the ends of the selection and the display range covers all stitches.
+/// Brings the stitches into the form that machines of a design type ("DST", "PES", ...) accept:
 ///
-/// A merged move keeps the selection of its first stitch; new colour changes are not selected.
+/// - A run of jumps and colour changes becomes one jump, followed by its colour changes on the spot.
+/// - A jump at the very end is removed.
+/// - A move longer than a record of the type holds is cut into pieces along its way. A type that we do not write has no
+///   such record; its limit is 999999 tenths of a millimetre.
+/// - A colour change that moves passes its move on to a stitch of its own.
 ///
-/// Takes time and memory in proportion to the stitches before and after. False, with nothing changed, when the moves
-/// cannot be cut: one is not finite, is so large that taking the limit away from it changes nothing, or the list would
-/// grow beyond four times its length and 2^19 stitches more; also when there is no memory for the new list.
+/// A merged move is selected if its first stitch was; new colour changes are not selected. Afterwards the bounds are
+/// computed anew, the selection is trimmed (see trimSelectedJumps) and the display range covers all stitches.
+///
+/// Time and memory are proportional to the number of stitches before and after. Returns false and changes nothing when
+/// a move is not finite, when a move is so large that subtracting the limit does not change it, when n stitches would
+/// become more than n + min(3n, 3 * 2^20) + 2^19, or when memory runs out.
 VELAMO_API bool optimizeJumpsFor(VLMDesign& design, std::string_view designType) noexcept;
 
-/// Takes jumps and colour changes at the beginning and the end of the selection out of it: from the first selected
-/// stitch on, while stitches are selected jumps or colour changes, and the same backward from the last. True when any
-/// was taken out. selectionActive stays as it is.
+/// Deselects the jumps and colour changes at the beginning and at the end of the selection: from the first selected
+/// stitch onward as long as the stitches are selected jumps or colour changes, and likewise backward from the last one.
+/// Returns whether any stitch was deselected. Does not change selectionActive.
 VELAMO_API bool trimSelectedJumps(VLMDesign& design) noexcept;
 
 }  // namespace velamo

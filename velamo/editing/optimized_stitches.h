@@ -50,7 +50,7 @@ public:
     static void keepThoseOf(VLMDesign& design);
 
     /// After the last stitch: gives the design the list and its bounds, unless a move could not be cut or there were
-    /// too many pieces. Then it gives false, and the design is unchanged.
+    /// too many pieces. In that case it returns false and leaves the design unchanged.
     [[nodiscard]] bool replaceStitchesOf(VLMDesign& design);
 
 private:

@@ -31,9 +31,9 @@ namespace velamo {
 /// The file carries no colours, and names and counts in its header are not relied upon: they are often wrong.
 
 /// Fills `design` from the DST file at `url`. Sets type "DST" and version 10 before the file is read, then threads (the
-/// keys "1" to "20" of the palette "Undefined"), stitches and bounds. False on failure, with 123 (fewer than 516 bytes,
-/// or unreadable), 110 and 112 to 119 (a tag missing in the header) or 111 (unknown kind of record) in `error`, when
-/// that is not null; after 111 the design keeps what had been read.
+/// keys "1" to "20" of the palette "Undefined"), stitches and bounds. Returns false on failure, with 123 (fewer than
+/// 516 bytes, or unreadable), 110 and 112 to 119 (a tag missing in the header) or 111 (unknown kind of record) in
+/// `error`, when that is not null; after 111 the design keeps what had been read.
 [[nodiscard]] bool importDstDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                                const ImportOptions& options = {}) noexcept;
 
@@ -43,13 +43,13 @@ namespace velamo {
 /// Writes the design, whose moves were fitted to DST records, to the DST file at `url`. A record takes the whole part
 /// of a move; what is left of it, and of a move longer than 121, goes into the next record. Places in the header count
 /// from where sewing begins, so the bounds must hold the origin. After success type is "DST", version 10, there is no
-/// hoop, and, unless useThreadFile is set, the threads are those that reading the file gives. False on failure, with
-/// 130 (bounds), 132 (end point), 133 (too many stitches), 134 (more than 1000 threads) or the system's own error in
-/// `error`, when that is not null; the design is unchanged then.
+/// hoop, and, unless useThreadFile is set, the threads are those that reading the file gives. Returns false on failure,
+/// with 130 (bounds), 132 (end point), 133 (too many stitches), 134 (more than 1000 threads) or the system's own error
+/// in `error`, when that is not null; the design is unchanged then.
 [[nodiscard]] bool exportDstDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                              const ExportOptions& options = {}) noexcept;
 
-/// The bytes of that file; nothing on failure. May throw std::bad_alloc.
+/// The bytes of that file, or nullopt on failure. May throw std::bad_alloc.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> writeDst(const VLMDesign& design, VLMError* error);
 
 }  // namespace velamo

@@ -20,8 +20,8 @@ namespace velamo {
 /// c is 0x01 with x and y zero, the change's own move following as a stitch or jump of its own, or 0x02.
 
 /// Fills `design` from the EXP file at `url`. Sets type "EXP" and version 10 before the file is read, then threads (the
-/// keys "1" to "20" of the palette "Undefined"), stitches and bounds. False, with 100 in `error`, when the file has an
-/// odd number of bytes.
+/// keys "1" to "20" of the palette "Undefined"), stitches and bounds. Returns false, with 100 in `error`, when the file
+/// has an odd number of bytes.
 [[nodiscard]] bool importExpDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                                const ImportOptions& options = {}) noexcept;
 
@@ -31,8 +31,8 @@ namespace velamo {
 /// Writes the design, whose moves were fitted to EXP files, to the EXP file at `url`. Moves become whole, with the
 /// fractions carried into the next one; of one beyond a signed byte the lower eight bits are kept. After success type
 /// is "EXP", version 10, there is no hoop, and, unless useThreadFile is set, the threads are those that reading the
-/// file gives. False on failure, with the system's own error in `error`, when that is not null; the design is unchanged
-/// then.
+/// file gives. Returns false on failure, with the system's own error in `error`, when that is not null; the design is
+/// unchanged then.
 [[nodiscard]] bool exportExpDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                              const ExportOptions& options = {}) noexcept;
 

@@ -12,10 +12,12 @@
 
 namespace velamo {
 
-/// One kind of embroidery file, known by the extension of its name.
+/// A kind of embroidery file, recognised by the extension of the file's name.
 struct VELAMO_API Format {
+    /// Fills a design, whose lists are empty, from the file at `url` or from `options.bytes`. Ignores the side file.
     using Reader = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                             const ImportOptions& options) noexcept;
+    /// Writes a design, whose moves fit the format already, to `url` or to `options.save`. Ignores the side file.
     using Writer = bool (*)(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                             const ExportOptions& options) noexcept;
 
@@ -25,19 +27,19 @@ struct VELAMO_API Format {
     Writer writer = nullptr;  // null: such files are only read
 };
 
-/// All formats, in the order in which import tells them apart.
+/// Returns all formats; the span stays valid for the life of the process.
 [[nodiscard]] VELAMO_API std::span<const Format> allFormats() noexcept;
 
-/// The format of files with the extension, which is compared without regard to case; null when it is none of ours.
+/// Returns the format with the extension (without its dot, in any case), or null when we do not know it.
 [[nodiscard]] VELAMO_API const Format* formatWithExtension(std::string_view extension) noexcept;
 
-/// The last component of the path; a slash behind it changes nothing.
+/// Returns the last component of the path, ignoring a slash at its end.
 [[nodiscard]] VELAMO_API std::filesystem::path fileNameOf(const std::filesystem::path& url);
 
-/// The extension of a file name without its dot, in lower case, or "".
+/// Returns the extension of a file name in lower case and without its dot, or "" when it has none.
 [[nodiscard]] VELAMO_API std::string extensionOf(const std::filesystem::path& url);
 
-/// Whether a file is a design by its name: whether its extension is one of ours.
+/// Returns whether a file's name is that of a design, that is, whether it has an extension that we know.
 [[nodiscard]] VELAMO_API bool hasDesignName(const std::filesystem::path& url);
 
 }  // namespace velamo

@@ -13,26 +13,29 @@ namespace velamo {
 
 struct Format;
 
-/// Fills `design` from an embroidery file; the extension of its name, in any case, decides the format. Name and
-/// location are set and both lists emptied first; other fields keep their values until the format's reader sets them.
-/// After the reader, whether it succeeded or not, the thread side file is asked for better threads (see thread_file.h)
-/// and useThreadFile set to its answer. On success the display range covers all stitches.
+/// Fills `design` from an embroidery file; the extension of the file's name, in any case, decides the format. First
+/// sets the design's name and location and empties both lists; other fields keep their values until the format's reader
+/// sets them. After the reader, even if it failed, looks for better threads in the thread side file (see thread_file.h)
+/// and sets useThreadFile to whether it had some. On success the display range covers all stitches. Any number of
+/// threads may read at the same time, each into its own design.
 ///
-/// False on failure, with 10 (unknown extension; the side file is not asked), 11 (no stitches), 12 (no threads) or the
-/// reader's own error in `error`, when that is not null. A file that cannot be opened is one without bytes for its
-/// reader, and a side file that cannot be read is none, unless the options say otherwise. Where reading the design's
-/// file breaks off, or it has more than 256 MB, which no design has, the error is the system's. The design then keeps
-/// what was set so far.
+/// Returns false on failure; the design then keeps what was set so far. `error`, unless null, then holds
+///   10  The extension is unknown; the side file was not looked for.
+///   11  The file holds no stitches.
+///   12  The file holds no threads.
+/// or the reader's own error. It holds the system's error when reading the file breaks off or the file has more than
+/// 256 MB, which no design has. A file that cannot be opened counts as one without bytes, and a side file that cannot
+/// be read as missing, unless the options say otherwise (see ImportOptions).
 [[nodiscard]] VELAMO_API bool importDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url,
                                                        VLMError* error, const ImportOptions& options = {}) noexcept;
 
-/// The same from the bytes that such a file holds, without the disk. The extension ("dst", in any case) decides the
-/// format; `sideFile` holds the bytes of the thread side file, if there is one. Name and location stay as they are. The
-/// bytes have to live as long as the call. Any number of threads may read at once, each into its own design.
+/// The same from the bytes of a file, without the disk. The extension ("dst", in any case) decides the format;
+/// `sideFile` holds the bytes of the thread side file, if there is one. Both only need to live as long as the call. The
+/// design's name and location stay as they are.
 [[nodiscard]] VELAMO_API bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file,
                                                     std::string_view extension, VLMError* error,
                                                     std::span<const std::uint8_t> sideFile = {}) noexcept;
-/// The same for a format at hand.
+/// The same for a format that is known already (see allFormats).
 [[nodiscard]] VELAMO_API bool importDesignFromBytes(VLMDesign& design, std::span<const std::uint8_t> file,
                                                     const Format& format, VLMError* error,
                                                     std::span<const std::uint8_t> sideFile = {}) noexcept;

@@ -18,7 +18,7 @@ namespace velamo {
 enum class JanomeDialect { jef, sew };
 
 /// Appends the stitches of the stream and widens the reset bounds. An escape that the stream cuts short ends it, as the
-/// end mark does. The number of colour changes.
+/// end mark does. Returns the number of colour changes.
 std::size_t readJanomeStitches(VLMDesign& design, std::span<const std::uint8_t> stream, JanomeDialect dialect);
 
 /// The thread of an index in a Janome file; one without a key when the index stands for none.
@@ -36,8 +36,8 @@ std::size_t readJanomeStitches(VLMDesign& design, std::span<const std::uint8_t> 
 [[nodiscard]] bool isStitchOffset(std::int32_t offset, std::size_t fileSize) noexcept;
 
 /// Appends the threads of two tables of 32-bit numbers that stand one behind the other from the offset on: an index for
-/// each of the threads, then their tensions. A negative number of threads is none. False, with nothing appended, when
-/// the file ends within the tables.
+/// each of the threads, then their tensions. A negative number of threads counts as 0. Returns false and appends
+/// nothing when the file ends within the tables.
 [[nodiscard]] bool readJanomeThreads(VLMDesign& design, std::span<const std::uint8_t> file, std::int64_t offset,
                                      std::int32_t threads);
 

@@ -27,7 +27,7 @@ namespace velamo {
 
 /// Fills `design` from the JEF or JEF+ file at `url`; its extension tells which of the two it is. Type, version and
 /// hoop are set as soon as the header is read; then threads, stitches and bounds. Threads that the file lacks for its
-/// colour changes are added. False on failure, with 20 (fewer than 52 bytes, or unreadable), 21 (thread tables
+/// colour changes are added. Returns false on failure, with 20 (fewer than 52 bytes, or unreadable), 21 (thread tables
 /// incomplete), 23 (no stitches at the offset) or 24 (more threads than colour blocks, or none at all; everything is in
 /// the design then) in `error`, when that is not null.
 [[nodiscard]] bool importJefDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
@@ -41,13 +41,13 @@ namespace velamo {
 /// the nearest of the palette "Janome"; one that Janome machines do not know is written as "220". Moves become whole,
 /// with the fractions carried into the next one; of one beyond a signed byte the lower eight bits are kept. Of the
 /// options the date is used. After success type is "JEF", version 10, and the design has the hoop and, unless
-/// useThreadFile is set, the threads that the file holds. False on failure, with an error of the hoop (see
+/// useThreadFile is set, the threads that the file holds. Returns false on failure, with an error of the hoop (see
 /// hoop_choice.h; nothing is changed then) or the system's own (the design has its new hoop and threads) in `error`,
 /// when that is not null.
 [[nodiscard]] bool exportJefDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                              const ExportOptions& options = {}) noexcept;
 
-/// The bytes of that file; nothing on failure. Sets the design's hoop and threads. May throw std::bad_alloc.
+/// The bytes of that file, or nullopt on failure. Sets the design's hoop and threads. May throw std::bad_alloc.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> writeJef(VLMDesign& design, const ExportOptions& options,
                                                                 VLMError* error);
 

@@ -20,9 +20,9 @@ namespace velamo {
 ///   s                stitches, to the end (see janome.h)
 
 /// Fills `design` from the JPX file at `url`. Sets type "JPX" before the file is read, then version, hoop, threads,
-/// stitches and bounds. A file may change the colour more or less often than it names threads. False on failure, with
-/// 210 (fewer than 120 bytes, or unreadable), 211 (thread tables incomplete) or 212 (no stitches at the offset) in
-/// `error`, when that is not null.
+/// stitches and bounds. A file may change the colour more or less often than it names threads. Returns false on
+/// failure, with 210 (fewer than 120 bytes, or unreadable), 211 (thread tables incomplete) or 212 (no stitches at the
+/// offset) in `error`, when that is not null.
 [[nodiscard]] bool importJpxDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                                const ImportOptions& options = {}) noexcept;
 

@@ -19,8 +19,9 @@ namespace velamo {
 /// A file begins with jumps. It carries no colours.
 
 /// Fills `design` from the KSM file at `url`. Sets type "KSM" and version 10 before the file is read, then threads (the
-/// keys "1" to "20" of the palette "Undefined"), stitches and bounds. False on failure, with 170 (fewer than 515 bytes,
-/// or unreadable) or 171 (a record without bit 7; what was read before it stays) in `error`, when that is not null.
+/// keys "1" to "20" of the palette "Undefined"), stitches and bounds. Returns false on failure, with 170 (fewer than
+/// 515 bytes, or unreadable) or 171 (a record without bit 7; what was read before it stays) in `error`, when that is
+/// not null.
 [[nodiscard]] bool importKsmDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                                const ImportOptions& options = {}) noexcept;
 

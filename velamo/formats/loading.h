@@ -10,12 +10,12 @@ namespace velamo {
 
 /// How a design file is read.
 struct VELAMO_API ImportOptions {
-    /// Whether a file that cannot be opened fails with the system's reason, and so does one whose side file is there
-    /// and cannot be read this time: its threads would seem to be others. Else the one is taken for a file without
-    /// bytes, and fails as its format's reader says of a file that is too short; the other for a design without a side
-    /// file.
+    /// When true, importing fails with the system's error if the file cannot be opened, or if its side file exists but
+    /// the system fails to read it (the design would seem to have other threads). When false, a file that cannot be
+    /// opened counts as one without bytes, which the format's reader refuses as too short, and an unreadable side file
+    /// counts as missing.
     bool givesSystemReason = false;
-    /// The file's bytes, where the caller has them: then the file itself is left alone. They have to live as long as
+    /// The file's bytes, if the caller has them already; the file itself is then not opened. They must live as long as
     /// the operation.
     std::optional<std::span<const std::uint8_t>> bytes = std::nullopt;
 };

@@ -30,13 +30,13 @@ namespace velamo {
 /// Appends the stitches and threads of a section, given from behind its mark, and widens the reset bounds. Some
 /// programs write a graphic header one byte longer; where the stitches make no sense, they are looked for one byte
 /// later. Threads follow the colour changes that were found, not the number in the section; an index that stands for no
-/// thread gives "005". False on failure, with 190 (fewer than 529 bytes), 191 (stitches end past the section) or 192
-/// (no end mark) in `error`, when that is not null.
+/// thread gives "005". Returns false on failure, with 190 (fewer than 529 bytes), 191 (stitches end past the section)
+/// or 192 (no end mark) in `error`, when that is not null.
 [[nodiscard]] bool importPecSegmentFromDataerror(VLMDesign& design, std::span<const std::uint8_t> segment,
                                                  VLMError* error);
 
-/// Appends the stitches of a section whose start coordinates are at `offset` from behind the mark. The number of colour
-/// blocks; 0 on failure, with 191 or 192 in `error`.
+/// Appends the stitches of a section whose start coordinates are at `offset` from behind the mark. Returns the number
+/// of colour blocks, or 0 on failure, with 191 or 192 in `error`.
 [[nodiscard]] std::uint32_t importPecStichesFromDatawithOffseterror(VLMDesign& design,
                                                                     std::span<const std::uint8_t> segment,
                                                                     std::size_t offset, VLMError* error);

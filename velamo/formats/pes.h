@@ -36,9 +36,9 @@ namespace velamo {
 ///                  the PEC section, and thumbnails of the design and of each thread
 
 /// Fills `design` from the PES file at `url`. Sets type "PES" before the file is read, then the version (version 1 as
-/// 10, the others, 20 to 90, as they stand), stitches, threads and bounds. False on failure, with 30 (no header, or
-/// unreadable), 31 (version), 32 (no PEC section), 33 (several; its text is the failure reason) or an error of the
-/// section in `error`, when that is not null.
+/// 10, the others, 20 to 90, as they stand), stitches, threads and bounds. Returns false on failure, with 30 (no
+/// header, or unreadable), 31 (version), 32 (no PEC section), 33 (several; its text is the failure reason) or an error
+/// of the section in `error`, when that is not null.
 [[nodiscard]] bool importPesDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                                const ImportOptions& options = {}) noexcept;
 
@@ -51,20 +51,20 @@ namespace velamo {
 [[nodiscard]] bool readPec(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error);
 
 /// Writes the design, whose moves were fitted to PEC sections, to the PES file at `url`. Threads become those of the
-/// palette "Brother" (see exportPecSegmentToData). After success type is "PES", version 10, and there is no hoop. False
-/// on failure, with 200 (larger than 130 by 180 mm), 201 (outside of that field round the origin), 202 (more than 64
-/// threads), 203 (more than 30000 stitches; nothing is changed so far) or the system's own error (the threads are those
-/// of the file) in `error`, when that is not null.
+/// palette "Brother" (see exportPecSegmentToData). After success type is "PES", version 10, and there is no hoop.
+/// Returns false on failure, with 200 (larger than 130 by 180 mm), 201 (outside of that field round the origin), 202
+/// (more than 64 threads), 203 (more than 30000 stitches; nothing is changed so far) or the system's own error (the
+/// threads are those of the file) in `error`, when that is not null.
 [[nodiscard]] bool exportPesDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                              const ExportOptions& options = {}) noexcept;
 
-/// The same for the PEC file at `url`: type "PEC", and size and stitches are not checked. False, with EFBIG of the
-/// system's errors, when there are more than 463 threads, the stitches take more than 16 MB or no thumbnail can be made
-/// of so large a design: nobody could read such a file.
+/// The same for the PEC file at `url`: type "PEC", and size and stitches are not checked. Returns false, with EFBIG of
+/// the system's errors, when there are more than 463 threads, the stitches take more than 16 MB or no thumbnail can be
+/// made of so large a design: nobody could read such a file.
 [[nodiscard]] bool exportPecDesignToURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                              const ExportOptions& options = {}) noexcept;
 
-/// The bytes of those files; nothing on failure. They change the design's threads. May throw std::bad_alloc.
+/// The bytes of those files, or nullopt on failure. They change the design's threads. May throw std::bad_alloc.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* error,
                                                                 const ExportOptions& options = {});
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* error,

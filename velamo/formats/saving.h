@@ -12,21 +12,22 @@
 namespace velamo {
 
 struct PecThumbnails;
-/// The thumbnails that the drawing of designs makes.
+/// The thumbnails that the library draws itself.
 extern VELAMO_API const PecThumbnails drawnPecThumbnails;
 
-/// What a caller may want to say about a file that is written.
+/// What a caller may choose about a file that is written.
 struct VELAMO_API ExportOptions {
-    /// The date and time that the file carries, where its format does so: 14 digits, year to second. Empty: now, by the
-    /// user's clock.
+    /// The date and time to put into the file, if its format has a place for them: 14 digits, from year to second. When
+    /// empty, the current time by the user's clock is used.
     std::string dateText;
-    /// What takes the bytes of the finished file, which is called once, and when nothing else can fail; false, with an
-    /// error in the slot, fails the export. Empty: they are put at the URL in one step, as replaceFile does, or the
-    /// system's error is given.
+    /// Receives the bytes of the finished file. It is called at most once, when nothing else can fail any more, in the
+    /// thread that exports. To make the export fail, it returns false and fills `error`, unless that is null. When
+    /// `save` is empty, the file at `url` is replaced in one step, and the export fails with the system's error if that
+    /// is not possible.
     std::function<bool(const std::filesystem::path& url, std::span<const std::uint8_t> file, VLMError* error)> save =
         nullptr;
-    /// What makes the thumbnails in PES and PEC files. It is named here, where a caller makes the options, and not in
-    /// the writers: so a program that only reads designs needs nothing that draws.
+    /// Draws the thumbnails of PES and PEC files; must not be null. It is named here, where a caller makes the options,
+    /// and not in the writers, so that a program that only reads designs needs no code for drawing.
     const PecThumbnails* thumbnails = &drawnPecThumbnails;
 };
 

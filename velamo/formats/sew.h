@@ -17,8 +17,9 @@ namespace velamo {
 /// Indices from 13 on came with the second generation of the machines.
 
 /// Fills `design` from the SEW file at `url`. Sets type "SEW" and version 10 (20 for a file of the second generation),
-/// then threads, stitches and bounds. The number of colour changes is not compared with that of the threads. False on
-/// failure, with 90 (fewer than 7545 bytes, or unreadable) or 91 (number of threads) in `error`, when that is not null.
+/// then threads, stitches and bounds. The number of colour changes is not compared with that of the threads. Returns
+/// false on failure, with 90 (fewer than 7545 bytes, or unreadable) or 91 (number of threads) in `error`, when that is
+/// not null.
 [[nodiscard]] bool importSewDesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                                const ImportOptions& options = {}) noexcept;
 

@@ -14,8 +14,8 @@ namespace velamo {
 void appendUndefinedThread(VLMDesign& design);
 
 /// Puts the finished file of such a format at `url`. Then the design has type and version (10) of the format, no hoop,
-/// and, unless useThreadFile is set, the threads that reading the file gives. False, with the system's error and the
-/// design unchanged, when the file cannot be written.
+/// and, unless useThreadFile is set, the threads that reading the file gives. Returns false, with the system's error,
+/// and leaves the design unchanged when the file cannot be written.
 [[nodiscard]] bool saveWithoutColors(VLMDesign& design, const std::filesystem::path& url,
                                      std::span<const std::uint8_t> file, const char* type, const ExportOptions& options,
                                      VLMError* error);

@@ -30,9 +30,9 @@ namespace velamo {
 /// bytes: x and y of 16 bits, signed, and two bytes unused. 0x80 and any other byte is a stitch on the spot.
 
 /// Fills `design` from the VP3 file at `url`. Sets type "VP3" and version 10 before the file is read (20 when a section
-/// does not start where the one before it ended), then hoop, threads, stitches and bounds. False on failure, with 150
-/// (header), 152 (no hoop), 151 (no stitch section), 153 (no colours) or 154 (a colour section does not fit in the
-/// file) in `error`, when that is not null; what was read before stays in the design.
+/// does not start where the one before it ended), then hoop, threads, stitches and bounds. Returns false on failure,
+/// with 150 (header), 152 (no hoop), 151 (no stitch section), 153 (no colours) or 154 (a colour section does not fit in
+/// the file) in `error`, when that is not null; what was read before stays in the design.
 [[nodiscard]] bool importVp3DesignFromURLerror(VLMDesign& design, const std::filesystem::path& url, VLMError* error,
                                                const ImportOptions& options = {}) noexcept;
 

@@ -25,23 +25,24 @@ class PlainNumberFormatter;
 /// The unit in which a person wants to see lengths.
 enum class MeasurementUnit : std::int32_t { millimetres = 0, decimalInches = 1, fractionalInches = 2 };
 
-/// The preference file of the user's editor, "~/Library/Preferences/de.velamo.app.plist".
+/// Returns the path of the preference file of the user's editor, "~/Library/Preferences/de.velamo.app.plist".
 [[nodiscard]] VELAMO_API std::filesystem::path preferenceFile();
 
-/// The integer under the key "MeasurementUnit" of a preference file, read anew on every call; 0 when the file or the
-/// key is missing or is not of that kind; std::system_error where the system could not read the file this time.
+/// Returns the number under the key "MeasurementUnit" of a preference file, without its fraction. The file is read anew
+/// by every call. Returns 0 when the file or the key is missing or the value is not a number. Throws std::system_error
+/// when the system fails to read an existing file.
 [[nodiscard]] VELAMO_API std::int32_t measurementUnitIn(const std::filesystem::path& preferences);
 
-/// The same of the user's own preference file.
+/// The same for preferenceFile().
 [[nodiscard]] VELAMO_API std::int32_t measurementUnitOfUser();
 
-/// A text with styles, of which a measurement needs the characters alone.
+/// A text with styles, of which only the characters count here.
 struct VELAMO_API VLMStyledText {
     std::string string;
     friend bool operator==(const VLMStyledText&, const VLMStyledText&) = default;
 };
 
-/// What the transformer takes and gives: nothing, a number, a plain or a styled text, or a value of any other kind.
+/// What the transformer takes and returns: nothing, a number, a plain or styled text, or a value of any other type.
 class VELAMO_API VLMTransformableValue {
 public:
     VLMTransformableValue() = default;
@@ -58,57 +59,59 @@ public:
     // NOLINTEND(google-explicit-constructor)
 
     [[nodiscard]] bool isNothing() const noexcept { return std::holds_alternative<std::monostate>(value_); }
-    /// The number, or nothing when the value is of another kind.
+    /// Returns the number, or nullopt when the value is not a number.
     [[nodiscard]] std::optional<double> number() const noexcept;
-    /// The characters of a plain or styled text, or null when the value is of another kind.
+    /// Returns the characters of a plain or styled text, or null when the value is not a text. The value owns them.
     [[nodiscard]] const std::string* text() const noexcept;
-    /// The value of another kind, or null.
+    /// Returns the value of another type, or null when it is nothing, a number or a text.
     [[nodiscard]] const std::any* other() const noexcept { return std::get_if<std::any>(&value_); }
-    /// The value in single precision, as numbers and plain texts have one: a text's leading number (with a point), else
-    /// 0. Nothing for a value of another kind.
+    /// Returns a number narrowed to single precision, or the number at the start of a plain text (with a decimal point;
+    /// 0 when the text starts with none). Returns nullopt for anything else, including a styled text.
     [[nodiscard]] std::optional<float> floatValue() const;
-    /// The name of the type of what the value holds.
+    /// Returns the name of the C++ type of what the value holds.
     [[nodiscard]] std::string typeName() const;
 
 private:
     std::variant<std::monostate, double, std::string, VLMStyledText, std::any> value_;
 };
 
-/// The transformer was given a value that it cannot measure; a fault of the program, not of its input.
+/// Thrown when the transformer is given a value that it cannot measure: a mistake in the program, not in its input.
 class VELAMO_API VLMInternalInconsistencyException : public std::logic_error {
 public:
     using std::logic_error::logic_error;
 };
 
-/// Turns lengths in millimetres into text in the user's unit, and such text back into millimetres. One inch is 25.4 mm.
-/// A unit other than 1 and 2 means millimetres. May be used by many threads at once.
+/// Converts lengths in millimetres into text in the user's unit, and back. One inch is 25.4 mm. A unit other than 1 and
+/// 2 means millimetres. Any number of threads may use one transformer at the same time.
 class VELAMO_API VLMValueTransformer {
 public:
-    /// Tells the measurement unit; asked anew for every transformation.
+    /// Returns the measurement unit (see MeasurementUnit). It is called anew by every transformation that needs
+    /// the unit, in the same thread; whatever it throws passes through.
     using UnitSource = std::function<std::int32_t()>;
 
-    /// Numbers are written in the user's locale, lengths in the unit of the user's preference file.
+    /// Uses the user's locale, and the unit of the user's preference file (see measurementUnitOfUser).
     VLMValueTransformer();
-    /// Numbers are written in `locale` (ICU names, "de_DE"); `unit` answers as an application's own setting, or as
-    /// measurementUnitIn() another preference file, would.
+    /// Uses the given locale (an ICU name such as "de_DE") and source of the unit, for example an application's own
+    /// setting, or measurementUnitIn() with another preference file.
     VLMValueTransformer(std::string locale, UnitSource unit);
-    /// The same with a fixed unit and the user's locale.
+    /// Uses the given unit and the user's locale.
     explicit VLMValueTransformer(MeasurementUnit unit);
 
-    /// The kind of what transformedValue gives: text.
+    /// Returns the type of what transformedValue returns: text.
     [[nodiscard]] static const std::type_info& transformedValueClass() noexcept { return typeid(std::string); }
+    /// Returns whether reverseTransformedValue may be used.
     [[nodiscard]] static constexpr bool allowsReverseTransformation() noexcept { return true; }
 
-    /// The length as text: "12.3 mm"; "0.49\"" for unit 1; inches and 32nds, both cut toward zero, for unit 2 ("1
-    /// 15/32\""). The value narrows to single precision first. Nothing for nothing. A value without a number, such as a
-    /// styled text, throws VLMInternalInconsistencyException. A length that is not finite is written as the locale
-    /// writes it.
+    /// Returns the length, narrowed to single precision first, as text. Millimetres look like "12.3 mm"; inches like
+    /// "0.49\"" with unit 1, and like "1 15/32\"" with unit 2, where inches and 32nds are both cut toward zero. A
+    /// length that is not finite is written as the locale writes it. Returns nullopt for nothing. Throws
+    /// VLMInternalInconsistencyException for any other value that has no floatValue().
     [[nodiscard]] Text transformedValue(const VLMTransformableValue& value) const;
 
-    /// The length in millimetres that a text states: a number ("12.5 mm", "2 in", "0.5\""), or a fraction with or
-    /// without a whole number ("1 1/2"). "mm", "in" and the inch mark name the unit, else it is the user's. What cannot
-    /// be read counts as 0, so that a denominator that cannot be read gives a result that is not finite. 0 for nothing
-    /// and for an empty text; a value that is no text is given back unchanged.
+    /// Returns the length in millimetres that a text states: a number ("12.5 mm", "2 in", "0.5\"") or a fraction with
+    /// or without a whole number ("1 1/2"). "mm", "in" or the inch mark names the unit; without one the user's unit
+    /// applies. A part that cannot be read counts as 0; as a denominator it gives a result that is not finite. Returns
+    /// 0 for nothing and for an empty text. Returns any other value unchanged.
     [[nodiscard]] VLMTransformableValue reverseTransformedValue(const VLMTransformableValue& value) const;
 
 private:

@@ -7,7 +7,7 @@
 
 namespace velamo {
 
-/// An immutable RGB colour; components are fractions of full intensity (0.0 to 1.0) and are kept unclamped.
+/// An immutable RGB colour. Its components are fractions of full intensity (0.0 to 1.0) and are not clamped.
 class VELAMO_API VLMColor {
 public:
     /// Light grey, 0.8 in each component.
@@ -22,8 +22,10 @@ public:
 
     /// Exact equality of the three components, without tolerance.
     [[nodiscard]] constexpr bool isEqual(const VLMColor& other) const noexcept { return *this == other; }
-    /// The decimal packing RRRGGGBBB of the components times 255, so pure red hashes to 255000000.
+    /// Returns 1000000 times red plus 1000 times green plus blue, each component times 255, so that pure red gives
+    /// 255000000.
     [[nodiscard]] std::uint64_t hash() const noexcept;
+    /// Returns a text such as "RGB color (255 / 0 / 0)".
     [[nodiscard]] std::string description() const;
     [[nodiscard]] constexpr VLMColor copy() const noexcept { return *this; }
 

@@ -12,22 +12,24 @@
 
 namespace velamo {
 
-/// A thread maker's palette, read from a colour-list file: UTF-8 text, a header line, then a line for each colour with
-/// index, red, green, blue (fractions 0.0 to 1.0), a fourth number and the key. Space, tab, comma and carriage return
-/// separate. The index and the fourth number are not used; a line that lacks a field is skipped.
+/// A thread maker's palette, read from a colour-list file: UTF-8 text with a header line, then a line for each colour
+/// with an index, red, green and blue (fractions, 0.0 to 1.0), a fourth number and the key. Fields are separated by
+/// spaces, tabs, commas and carriage returns. The index and the fourth number are not used; a line that lacks a field
+/// is skipped.
 class VELAMO_API VLMColorList {
 public:
     /// An empty palette.
     VLMColorList() = default;
-    /// The palette in the file; a missing or unreadable file gives an empty one, and one that the system could not read
-    /// this time is a std::system_error. The name is for the caller's own sake.
+    /// Reads the palette in the file; `name` is not used. A file that is missing or that the user may not read gives an
+    /// empty palette. Throws std::system_error when the system fails to read an existing file, and std::bad_alloc.
     [[nodiscard]] static VLMColorList initWithNamefromFile(std::string_view name, const std::filesystem::path& file);
 
-    /// The keys in no particular order (here: in file order).
+    /// Returns the keys in no particular order (at present in file order).
     [[nodiscard]] const std::vector<std::string>& allKeys() const noexcept { return orderedKeys_; }
-    /// The keys in file order; a key that occurs twice is listed twice.
+    /// Returns the keys in file order; a key that occurs twice is listed twice.
     [[nodiscard]] const std::vector<std::string>& allSortedKeys() const noexcept { return orderedKeys_; }
-    /// The colour of the key, or null. Of a key that occurs twice, the later line counts. Owned by the list.
+    /// Returns the colour of the key, or null when the palette lacks the key. If the key occurs twice, the later line
+    /// counts. The list owns the colour.
     [[nodiscard]] const VLMColor* colorWithKey(std::string_view key) const noexcept;
 
 private:
@@ -35,8 +37,9 @@ private:
     std::vector<std::string> orderedKeys_;
 };
 
-/// The palette resource "<name>.clr/<name>.clr", read once per process; empty when there is none. Null when the name
-/// cannot be that of a resource at all (empty, or leading to another folder).
+/// Returns the palette in the resource "<name>.clr/<name>.clr", which is read once per process; it is empty when there
+/// is no such resource. Returns null when `name` cannot be a resource's name (empty, ".", "..", or with a slash or a
+/// NUL). Throws like initWithNamefromFile. Any number of threads may call it at the same time.
 [[nodiscard]] VELAMO_API std::shared_ptr<const VLMColorList> paletteNamed(const std::string& name);
 
 }  // namespace velamo

@@ -20,66 +20,74 @@
 
 namespace velamo {
 
-/// A place in the design, in tenths of a millimetre, y upward.
+/// A position in the design, in tenths of a millimetre, y upward.
 struct VELAMO_API VLMPoint {
     double x = 0;
     double y = 0;
     friend bool operator==(const VLMPoint&, const VLMPoint&) = default;
 };
 
-/// A rectangle of the design's plane. Its size may be negative: a selection without stitches has such a rectangle.
+/// A rectangle in the design's plane, in tenths of a millimetre; (x, y) is its lower left corner. Its size may be
+/// negative: selectionRect returns such a rectangle when no stitch is selected.
 struct VELAMO_API VLMRect {
     double x = 0;
     double y = 0;
     double width = 0;
     double height = 0;
     friend bool operator==(const VLMRect&, const VLMRect&) = default;
-    /// Whether the point lies inside; the far edges are outside, so a rectangle of no or negative size holds nothing.
+    /// Returns whether the point lies inside. The upper and right edges count as outside, so a rectangle whose width or
+    /// height is zero or negative contains nothing.
     [[nodiscard]] constexpr bool contains(VLMPoint point) const noexcept {
         return x <= point.x && point.x < x + width && y <= point.y && point.y < y + height;
     }
 };
 
-/// A run of stitch indices.
+/// A run of stitch indices: the first one and their number.
 struct VELAMO_API VLMRange {
     std::uint64_t location = 0;
     std::uint64_t length = 0;
     friend bool operator==(const VLMRange&, const VLMRange&) = default;
 };
 
-/// What a query for an index gives when there is none.
+/// What a query for an index returns when there is none.
 inline constexpr std::int64_t indexNotFound = std::numeric_limits<std::int64_t>::max();
 
 /// A machine-embroidery design: relative moves in sewing order and a thread for each colour block. A colour-change
-/// stitch opens the next thread's block and belongs to it, so a design of n threads normally holds n - 1 colour
-/// changes. Lengths are in tenths of a millimetre. One thread of execution uses a design at a time.
+/// stitch opens the next thread's block and belongs to it, so a design of n threads normally has n - 1 colour changes.
+/// Lengths are in tenths of a millimetre. A design must be used by one thread of execution at a time.
 class VELAMO_API VLMDesign {
 public:
-    /// An empty design: no stitches and threads, everything else zero, false or absent.
+    // Making, copying and moving. Source: design.cpp.
+
+    /// Makes an empty design: without stitches and threads; all other fields are zero, false or absent.
     VLMDesign() = default;
-    /// Empties both lists before it lets go of them: a list that another owner still shares is left empty.
+    /// Empties both lists, so that a list that another owner still shares is left empty.
     ~VLMDesign();
     VLMDesign(VLMDesign&& other) noexcept = default;
     VLMDesign& operator=(VLMDesign&& other) noexcept;
     VLMDesign(const VLMDesign&) = delete;
     VLMDesign& operator=(const VLMDesign&) = delete;
-    /// A design with stitches and threads of its own; the hoop is shared.
+    /// Returns a design with copies of the lists; the hoop is shared.
     [[nodiscard]] VLMDesign copy() const;
 
-    /// The run of stitches that is drawn; location 0 and all stitches after import and after decoding.
+    // Fields. Defined here, except resetBounds: design.cpp.
+
+    /// The run of stitches that is drawn. After import and after decoding it covers all stitches, from index 0.
     [[nodiscard]] VLMRange displayRange() const noexcept { return displayRange_; }
     void setDisplayRange(VLMRange displayRange) noexcept { displayRange_ = displayRange; }
-    /// The threads came from the thread side file, and are to be kept there.
+    /// Whether the threads come from the thread side file and are to be kept there.
     [[nodiscard]] bool useThreadFile() const noexcept { return useThreadFile_; }
     void setUseThreadFile(bool useThreadFile) noexcept { useThreadFile_ = useThreadFile; }
+    /// Whether any stitch counts as selected; kept by the functions in editing/selection.h.
     [[nodiscard]] bool selectionActive() const noexcept { return selectionActive_; }
     void setSelectionActive(bool selectionActive) noexcept { selectionActive_ = selectionActive; }
     /// Ten times the version of the file format: 10 is version 1.0.
     [[nodiscard]] std::int32_t designVersion() const noexcept { return designVersion_; }
     void setDesignVersion(std::int32_t designVersion) noexcept { designVersion_ = designVersion; }
 
-    /// Smallest and largest needle position after each stitch; the origin itself is no sample. A cache that readers and
-    /// jump optimisation fill: changing the stitches does not change it.
+    /// The smallest and largest coordinates of the needle after each stitch, in tenths of a millimetre; the origin
+    /// itself does not count. This is a cache that readers and optimizeJumpsFor fill: changing the stitches does not
+    /// update it.
     [[nodiscard]] float xMin() const noexcept { return xMin_; }
     [[nodiscard]] float yMin() const noexcept { return yMin_; }
     [[nodiscard]] float xMax() const noexcept { return xMax_; }
@@ -88,10 +96,10 @@ public:
     void setYMin(float yMin) noexcept { yMin_ = yMin; }
     void setXMax(float xMax) noexcept { xMax_ = xMax; }
     void setYMax(float yMax) noexcept { yMax_ = yMax; }
-    /// The bounds of no stitch at all: minima at the largest finite float, maxima at its negative.
+    /// Sets the bounds of no stitch at all: the minima to the largest finite float, the maxima to its negative.
     void resetBounds() noexcept;
 
-    /// The lists are shared handles: a copy of the handle is the same list, and so is one handed to a setter.
+    /// The lists are shared handles: a copy of a handle is the same list, and so is a handle passed to a setter.
     [[nodiscard]] const VLMStitchList& stitches() const noexcept { return stitches_; }
     [[nodiscard]] VLMStitchList& stitches() noexcept { return stitches_; }
     void setStitches(VLMStitchList stitches) noexcept { stitches_ = std::move(stitches); }
@@ -105,9 +113,10 @@ public:
     /// The upper-case short name of the file format, such as "DST".
     [[nodiscard]] const Text& designType() const noexcept { return designType_; }
     void setDesignType(Text designType) noexcept { designType_ = std::move(designType); }
+    /// The hoop that the design is made for; null when there is none.
     [[nodiscard]] const VLMHoopHandle& designHoop() const noexcept { return designHoop_; }
     void setDesignHoop(VLMHoopHandle designHoop) noexcept { designHoop_ = std::move(designHoop); }
-    /// Where the design was read from.
+    /// The path of the file that the design was read from.
     [[nodiscard]] const std::optional<std::filesystem::path>& designLocation() const noexcept {
         return designLocation_;
     }
@@ -115,75 +124,93 @@ public:
         designLocation_ = std::move(designLocation);
     }
 
-    /// Size from the bounds, truncated toward zero. Without stitches the bounds, and so the size, mean nothing.
+    // Figures, texts and the single threads. Source: statistics.cpp.
+
+    /// The size of the bounds, truncated toward zero. Bounds of no stitch give a size without meaning.
     [[nodiscard]] std::int32_t designWidth() const noexcept;
     [[nodiscard]] std::int32_t designHeight() const noexcept;
+    /// The middle of the bounds.
     [[nodiscard]] VLMPoint centerOfDesign() const noexcept;
     [[nodiscard]] std::int32_t numberOfThreads() const noexcept;
-    /// Jumps that are no colour changes.
+    /// The number of jumps that are not colour changes.
     [[nodiscard]] std::int32_t numberOfJumps() const noexcept;
-    /// Distinct thread colours by exact equality of their components, whatever their palettes and names.
+    /// The number of distinct thread colours, compared by exact equality of their components; palettes and names do not
+    /// count.
     [[nodiscard]] std::int32_t numberOfDifferentColors() const;
-    /// Length of the stitch list less one record between consecutive threads; jumps count. It does not look at the
-    /// flags.
+    /// The length of the stitch list, jumps included, less the number of threads, plus 1: one record for each colour
+    /// change does not count, whatever the flags say. Returns 0 when there is no list at all.
     [[nodiscard]] std::int32_t numberOfStitches() const noexcept;
-    /// Where the needle stands when sewing begins, after the leading jumps.
+    /// The position of the needle when sewing begins, after the leading jumps.
     [[nodiscard]] VLMPoint firstStitch() const noexcept;
-    /// Where the needle stands at the end.
+    /// The position of the needle at the end.
     [[nodiscard]] VLMPoint lastStitch() const noexcept;
-    /// The palette that all threads share, else "".
+    /// The palette that all threads share, or "" when there is none.
     [[nodiscard]] std::string designPalette() const;
-    /// The palette display name that all threads share, else the user's word for thread colours.
+    /// The display name of the palette that all threads share, or the user's word for thread colours when there is
+    /// none. May throw std::system_error when the texts in the user's language cannot be read.
     [[nodiscard]] std::string designPaletteName() const;
-    /// Whether the design can be written back in its own type.
+    /// Whether the design can be exported in its own type; a PES design only with version 1.0.
     [[nodiscard]] bool isWritable() const noexcept;
-    /// The thread with the index; std::out_of_range when there is none.
+    /// A property of the thread at the index. All five throw std::out_of_range when there is no such
+    /// thread. References last until the thread changes or goes.
     [[nodiscard]] const VLMColor& colorOfThread(std::int32_t index) const;
     [[nodiscard]] const Text& nameOfThread(std::int32_t index) const;
     [[nodiscard]] const Text& paletteOfThread(std::int32_t index) const;
     [[nodiscard]] bool isShownOfThread(std::int32_t index) const;
     void setIsShownofThread(bool isShown, std::int32_t index);
+    /// Whether no thread is hidden, which is also true without threads.
     [[nodiscard]] bool isShownOfAllThreads() const noexcept;
-    /// The first shown thread, or indexNotFound.
+    /// The index of the first thread that is shown, or indexNotFound.
     [[nodiscard]] std::int64_t indexOfShownThread() const noexcept;
-    /// A summary of several lines in the user's language and measurement unit.
+    /// A summary of several lines in the user's language and measurement unit. May throw std::system_error when a file
+    /// of the resources or the user's preferences cannot be read.
     [[nodiscard]] std::string description() const;
-    /// The same in pieces: what comes before the threads, and a line for each of these. Files may change between
-    /// threads a million times.
+    /// Passes the same text to `take` in pieces: first what comes before the threads, then a line for each thread. Made
+    /// for designs with up to millions of colour changes. Throws like description(), and whatever `take` throws.
     void describe(const std::function<void(const std::string&)>& take) const;
 
-    /// VLMThread::changeToColorinPalette on the thread with the index; std::out_of_range when there is none.
+    // Recolouring. Source: design.cpp.
+
+    /// Calls VLMThread::changeToColorinPalette on the thread at the index and returns its result. Throws
+    /// std::out_of_range when there is no such thread.
     bool changeThreadtoColorinPalette(std::int32_t index, const VLMColor& color, const std::string& palette);
 
-    /// All hoops of all vendors, in the order in which automatic choice goes through them.
+    // Hoops. Source: hoop_catalogue.cpp.
+
+    /// All hoops of all vendors, in the order in which automatic choice tries them.
     [[nodiscard]] static std::vector<VLMHoopHandle> hoops();
-    /// Description, size in millimetres, vendor and code of the design's hoop; "", 0, "" and -1 without one.
+    /// Description, width and height in millimetres, vendor and code of the design's hoop. Without a hoop they are "",
+    /// 0, 0, "" and -1, and hoopIsRound() is false. hoopName() throws like VLMHoop::description.
     [[nodiscard]] std::string hoopName() const;
     [[nodiscard]] std::int32_t hoopWidth() const noexcept;
     [[nodiscard]] std::int32_t hoopHeight() const noexcept;
     [[nodiscard]] Text hoopVendor() const;
     [[nodiscard]] std::int32_t hoopCode() const noexcept;
     [[nodiscard]] bool hoopIsRound() const noexcept;
-    /// Gives the design the vendor's hoop of the code. False when there is none: the design keeps its hoop then, but
-    /// the code -1 takes it away.
+    /// Gives the design the vendor's hoop with the code and returns true. Returns false when there is no such hoop; the
+    /// design then keeps its hoop, except that the code -1 takes it away.
     bool setHoopFromVendorwithCode(std::string_view vendor, std::int32_t code);
-    /// The vendor's hoops in the order of hoops(); nothing when the vendor has none.
+    /// The vendor's hoops in the order of hoops(), or nullopt when the vendor has none.
     [[nodiscard]] static std::optional<std::vector<VLMHoopHandle>> allHoopsFromVendor(std::string_view vendor);
-    /// The vendor's first writable hoop that the design fits in, which need not be the smallest; null when there is
+    /// The vendor's first writable hoop that the design fits in, which need not be the smallest, or null when there is
     /// none.
     [[nodiscard]] VLMHoopHandle findHoopFromVendor(std::string_view vendor) const;
-    /// Whether the design is at most as large as the hoop, wherever it lies. A round hoop counts as its square; the
-    /// design is not turned.
+    /// Whether the design's width and height are at most those of the hoop, wherever the design lies. A round hoop
+    /// counts as its square; the design is not turned.
     [[nodiscard]] bool designFitsInHoop(const VLMHoop& hoop) const noexcept;
-    /// Whether something of the design lies outside the hoop, or on its edge, when the hoop's middle is at the origin.
+    /// Whether the design's bounds reach the hoop's edge or beyond when the middle of the hoop is at the origin. An odd
+    /// size in millimetres is rounded down to an even one first.
     [[nodiscard]] bool stitchesOutsideOfHoop(const VLMHoop& hoop) const noexcept;
 
-    /// The numbers that stand for threads in Janome files, 0 to 78, with the threads' keys in the palette "Janome".
+    // Tables of colour codes. Source: thread_codes.cpp.
+
+    /// The numbers that stand for threads in Janome files, 0 to 78, with the keys of these threads in the palette
+    /// "Janome".
     [[nodiscard]] static std::map<std::int32_t, std::string> janomeColorCodes();
-    /// The numbers that are written for threads in PEC sections, 1 to 64, with the threads' keys in the palette
+    /// The numbers that are written for threads in PEC sections, 1 to 64, with the keys of these threads in the palette
     /// "Brother".
     [[nodiscard]] static std::map<std::int32_t, std::string> brotherColorCodes();
-    /// The same and the seven further numbers that are understood when a PEC section is read.
+    /// The same numbers, and the seven further ones that are understood when a PEC section is read.
     [[nodiscard]] static std::map<std::int32_t, std::string> brotherReadColorCodes();
 
 private:
@@ -195,7 +222,7 @@ private:
                         design.xMin_, design.yMin_, design.xMax_, design.yMax_, design.stitches_, design.threads_,
                         design.designName_, design.designType_, design.designHoop_, design.designLocation_);
     }
-    /// All that a design consists of.
+    /// All fields of the design.
     [[nodiscard]] auto fields() noexcept { return fieldsOf(*this); }
     [[nodiscard]] auto fields() const noexcept { return fieldsOf(*this); }
 
@@ -215,14 +242,17 @@ private:
     std::optional<std::filesystem::path> designLocation_;
 };
 
-/// The design as a keyed archive, a property list that keeps all but the display range. Colours are archived in single
-/// precision, so one may come back with other low bits. May throw std::bad_alloc.
+// Archives. Source: archive.cpp.
+
+/// Returns the design as a keyed archive, a property list with everything but the display range. Colours are archived
+/// in single precision, so that the low bits of a component may be lost. May throw std::bad_alloc.
 [[nodiscard]] VELAMO_API std::vector<std::uint8_t> archiveDesign(const VLMDesign& design);
 
-/// Replaces `design` by the one in the archive, whose display range covers all stitches. A key that the archive lacks
-/// leaves zero, false or nothing (no list at all for the two lists). Returns false when the archive is damaged,
-/// truncated, holds wrong kinds or leads in circles: `error` then says what is wrong (code EBADMSG of the system's
-/// domain) and `design` is unchanged.
+/// Replaces `design` by the one in the archive; its display range covers all stitches. A key that the archive lacks
+/// leaves its field zero, false or absent; for the two lists that means no list at all. Returns false and leaves
+/// `design` unchanged when the archive is damaged, truncated, holds values of wrong kinds or refers to itself in
+/// circles (`error` then holds EBADMSG of the system's domain and says what is wrong), or when memory runs out
+/// (ENOMEM).
 [[nodiscard]] VELAMO_API bool unarchiveDesign(VLMDesign& design, std::span<const std::uint8_t> archive,
                                               VLMError* error) noexcept;
 

@@ -7,9 +7,9 @@
 
 namespace velamo {
 
-/// Failures of this library.
+/// The domain of failures that this library finds; each operation lists its codes.
 inline constexpr std::string_view designErrorDomain = "de.velamo.vlmdesign.ErrorDomain";
-/// Failures of the operating system; codes are its errno numbers.
+/// The domain of failures of the operating system; its codes are the errno numbers.
 inline constexpr std::string_view systemErrorDomain = "NSPOSIXErrorDomain";
 
 /// Why an operation failed.
@@ -19,7 +19,8 @@ struct VELAMO_API VLMError {
     std::string recoverySuggestion;
     std::string failureReason;
 
-    /// The text for a person: whichever text is set, else the system's own words for its code.
+    /// Returns the text to show to a person: recoverySuggestion, else failureReason, else the system's own words for
+    /// the code.
     [[nodiscard]] std::string message() const;
 };
 

@@ -19,11 +19,11 @@ struct ErrorText {
 /// Which text of the error carries the message.
 enum class ErrorTextKey { recoverySuggestion, failureReason };
 
-/// Fills the slot, if there is one, with the code and its text in the user's language. Always false.
+/// Fills the slot, if there is one, with the code and its text in the user's language. Always returns false.
 bool fail(std::span<const ErrorText> texts, int code, VLMError* error,
           ErrorTextKey key = ErrorTextKey::recoverySuggestion);
 
-/// Fills the slot with a failure of the operating system. Always false.
+/// Fills the slot with a failure of the operating system. Always returns false.
 VELAMO_PRIVATE_API bool failWithSystemError(int code, VLMError* error) noexcept;
 
 /// Fills the slot from a caught exception (lack of memory becomes ENOMEM). Needs no memory.

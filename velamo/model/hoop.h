@@ -10,9 +10,10 @@
 
 namespace velamo {
 
-/// An embroidery hoop of a machine vendor. Immutable; designs share it. Sizes are whole millimetres.
+/// An embroidery hoop of a machine vendor. It is immutable, and designs share it. Sizes are in whole millimetres.
 class VELAMO_API VLMHoop {
 public:
+    /// Makes a hoop of these values.
     [[nodiscard]] static VLMHoop initWithHoopvendorcodewidthheightmultiHooproundHoopisWritable(
         Text name, Text vendor, std::int32_t code, std::int32_t width, std::int32_t height, bool isMultiHoop,
         bool isRounded, bool isWritable);
@@ -20,22 +21,23 @@ public:
     /// The vendor's designation, such as "SQ23".
     [[nodiscard]] const Text& name() const noexcept { return name_; }
     [[nodiscard]] const Text& vendor() const noexcept { return vendor_; }
-    /// The vendor's number for the hoop as it stands in design files; unique within a vendor.
+    /// The vendor's number for the hoop, as design files hold it; unique within a vendor.
     [[nodiscard]] std::int32_t code() const noexcept { return code_; }
-    /// Width of the sewing field; the diameter of a round hoop.
+    /// The width of the sewing field, or the diameter of a round hoop.
     [[nodiscard]] std::int32_t width() const noexcept { return width_; }
     [[nodiscard]] std::int32_t height() const noexcept { return height_; }
-    /// The hoop is clamped in several positions.
+    /// Whether the hoop is clamped in several positions.
     [[nodiscard]] bool isMultiHoop() const noexcept { return isMultiHoop_; }
     [[nodiscard]] bool isRounded() const noexcept { return isRounded_; }
-    /// Designs may be given this hoop automatically.
+    /// Whether designs may be given this hoop automatically.
     [[nodiscard]] bool isWritable() const noexcept { return isWritable_; }
 
-    /// Equal vendor, name, width and height; code and flags play no part.
+    /// Returns whether vendor, name, width and height are equal; code and flags do not count.
     [[nodiscard]] bool isEqual(const VLMHoop& other) const noexcept;
-    /// The size in the user's measurement unit: "⌀ 34.0 mm" for a round hoop, else "110.0 mm x 110.0 mm".
+    /// Returns the size in the user's measurement unit: "⌀ 34.0 mm" for a round hoop, otherwise "110.0 mm x 110.0 mm".
+    /// May throw std::system_error when the user's preferences cannot be read.
     [[nodiscard]] std::string sizeString() const;
-    /// Vendor, name and size; the size alone when name or vendor is empty.
+    /// Returns vendor, name and size, or only the size when name or vendor is empty. Throws like sizeString().
     [[nodiscard]] std::string description() const;
     [[nodiscard]] VLMHoop copy() const { return *this; }
 
@@ -52,6 +54,7 @@ private:
     bool isWritable_ = false;
 };
 
+/// A shared hoop, or null for none.
 using VLMHoopHandle = std::shared_ptr<const VLMHoop>;
 
 }  // namespace velamo

@@ -9,9 +9,10 @@
 
 namespace velamo {
 
-/// An ordered list that several owners may share: copying the handle shares the list, copy() makes another one. The
-/// elements are values inside it. A handle may also hold no list at all (none()), which reads as an empty one and gets
-/// a list with its first element.
+/// An ordered list of values that several owners may share: copying a handle shares the list, copy() makes another
+/// list. A handle may also hold no list at all (see none()); it then reads as an empty list, and gets a list of its own
+/// with its first element or with the first call of a non-const begin(), end() or all(). All owners of a list must use
+/// it in one thread of execution at a time.
 template <class Element>
 class VELAMO_API VLMList {
 public:
@@ -24,10 +25,13 @@ public:
         : elements_(std::make_shared<std::vector<Element>>(std::move(elements))) {}
     VLMList(std::initializer_list<Element> elements) : VLMList(std::vector<Element>(elements)) {}
 
+    /// Makes a handle that holds no list.
     [[nodiscard]] static VLMList none() noexcept { return VLMList(nullptr); }
+    /// Returns whether the handle holds a list.
     [[nodiscard]] bool isThere() const noexcept { return elements_ != nullptr; }
-    /// Whether both handles hold the very same list.
+    /// Returns whether both handles hold the very same list, or no list.
     [[nodiscard]] bool isSharedWith(const VLMList& other) const noexcept { return elements_ == other.elements_; }
+    /// Returns another list with the same elements; it is there even if this one is not.
     [[nodiscard]] VLMList copy() const { return VLMList(all()); }
 
     [[nodiscard]] std::size_t size() const noexcept { return elements_ ? elements_->size() : 0; }
@@ -36,11 +40,13 @@ public:
     [[nodiscard]] const_iterator end() const noexcept { return all().end(); }
     [[nodiscard]] iterator begin() { return all().begin(); }
     [[nodiscard]] iterator end() { return all().end(); }
+    /// The element at the index, which must be less than size().
     [[nodiscard]] const Element& operator[](std::size_t index) const noexcept { return (*elements_)[index]; }
     [[nodiscard]] Element& operator[](std::size_t index) noexcept { return (*elements_)[index]; }
-    /// The element at the index; std::out_of_range when there is none.
+    /// The element at the index. Throws std::out_of_range when there is none.
     [[nodiscard]] const Element& at(std::size_t index) const { return all().at(index); }
     [[nodiscard]] Element& at(std::size_t index) { return all().at(index); }
+    /// The last element; the list must not be empty.
     [[nodiscard]] const Element& back() const noexcept { return elements_->back(); }
     [[nodiscard]] Element& back() noexcept { return elements_->back(); }
 
@@ -55,6 +61,7 @@ public:
     }
 
     void push_back(Element element) { all().push_back(std::move(element)); }
+    /// Empties the list for all its owners.
     void clear() noexcept {
         if (elements_) elements_->clear();
     }

@@ -7,23 +7,25 @@
 
 namespace velamo {
 
-/// The way of the needle that a stitch is.
+/// What a stitch does to the needle.
 struct VELAMO_API NeedleMove {
     std::size_t stitch = 0;  // its index in the design
     std::size_t thread = 0;  // the index of its block's thread, which a design may lack
     VLMPoint start;          // tenths of a millimetre, y upward, from where the design starts
     VLMPoint end;
     bool startsBlock = false;  // a colour change, or the first stitch of all
-    /// Whether the move may leave thread on the cloth: it is no jump, and what came before it was no jump and no colour
-    /// change, behind which the needle only goes down. Where it has a length, that is a line of thread.
+    /// Whether the move may leave thread on the cloth: it is not a jump, and the stitch before it was neither a jump
+    /// nor a colour change (after those the needle only goes down). If the move has a length, it is then a line of
+    /// thread.
     bool isSewn = false;
 };
 
-/// Walks along a design's stitches from the first one on and tells what each of them does to the needle. A copy goes on
-/// from where it was made.
+/// Walks along a design's stitches from the first one on and tells what each of them does to the needle. A copy
+/// continues from the stitch at which it was made.
 class VELAMO_API NeedleWalk {
 public:
-    /// The move of the design's next stitch, whose turn it is.
+    /// Takes the design's next stitch and returns its move. The caller passes the stitches in order: the design's first
+    /// stitch first, then each time the one with the index stitch().
     NeedleMove take(const VLMStitch& stitch) noexcept {
         const bool startsBlock = stitch_ == 0 || stitch.isColorChange();
         if (startsBlock) ++blocks_;
@@ -36,7 +38,7 @@ public:
         return move;
     }
 
-    /// The index of the next stitch.
+    /// The index of the stitch to be taken next.
     [[nodiscard]] std::size_t stitch() const noexcept { return stitch_; }
 
 private:

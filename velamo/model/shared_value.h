@@ -8,9 +8,9 @@
 
 namespace velamo {
 
-/// A value that never changes, or none, shared by all copies of the handle and gone with the last of them. A handle is
-/// as large as a pointer, half of what the standard's takes, where lists hold millions of them. Copies may be made and
-/// let go of by several threads at a time.
+/// A handle of a value that never changes, or of none. All copies of the handle share the value; it is destroyed with
+/// the last of them. A handle is as large as a pointer, half of what the standard's takes, since lists hold millions of
+/// them. Several threads may make and destroy copies at the same time.
 template <class Value>
 class VELAMO_API SharedValue {
 public:
@@ -30,7 +30,7 @@ public:
         if (isLast) delete cell_;  // NOLINT(clang-analyzer-cplusplus.NewDelete)
     }
 
-    /// The value, or null.
+    /// Returns the value, or null when there is none. The handle owns it.
     [[nodiscard]] const Value* get() const noexcept { return cell_ == nullptr ? nullptr : &cell_->value; }
 
 private:

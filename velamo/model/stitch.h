@@ -7,13 +7,14 @@
 
 namespace velamo {
 
-/// One relative move of the needle in tenths of a millimetre, y upward. 12 bytes, so that a million stitches are 12 MB.
+/// One relative move of the needle, in tenths of a millimetre, y upward. It takes 12 bytes, so a million stitches take
+/// 12 MB.
 class VELAMO_API VLMStitch {
 public:
     VLMStitch() = default;
     constexpr VLMStitch(float deltaX, float deltaY, bool isJump, bool isChange, bool isSelected = false) noexcept
         : deltaX_(deltaX), deltaY_(deltaY), isJumpStitch_(isJump), isColorChange_(isChange), isSelected_(isSelected) {}
-    /// An unselected stitch of the four values.
+    /// Makes an unselected stitch of the four values.
     [[nodiscard]] static constexpr VLMStitch initWithDatadYisJumpisChange(float deltaX, float deltaY, bool isJump,
                                                                           bool isChange) noexcept {
         return {deltaX, deltaY, isJump, isChange};
@@ -21,11 +22,11 @@ public:
 
     [[nodiscard]] constexpr float deltaX() const noexcept { return deltaX_; }
     [[nodiscard]] constexpr float deltaY() const noexcept { return deltaY_; }
-    /// The needle moves without stitching.
+    /// Whether the needle moves without stitching.
     [[nodiscard]] constexpr bool isJumpStitch() const noexcept { return isJumpStitch_; }
-    /// The stitch opens the next thread's block.
+    /// Whether the stitch opens the next thread's block.
     [[nodiscard]] constexpr bool isColorChange() const noexcept { return isColorChange_; }
-    /// Selected for editing; not a property of any file.
+    /// Whether the stitch is selected for editing; no file format stores this.
     [[nodiscard]] constexpr bool isSelected() const noexcept { return isSelected_; }
     void setDeltaX(float deltaX) noexcept { deltaX_ = deltaX; }
     void setDeltaY(float deltaY) noexcept { deltaY_ = deltaY; }
@@ -33,8 +34,9 @@ public:
     void setIsColorChange(bool isColorChange) noexcept { isColorChange_ = isColorChange; }
     void setIsSelected(bool isSelected) noexcept { isSelected_ = isSelected; }
 
-    /// Whether the stitch moves nothing; its flags play no part, so a colour change on the spot is a null stitch too.
+    /// Whether both coordinates are zero. The flags do not count, so a colour change on the spot is a null stitch too.
     [[nodiscard]] constexpr bool isNullStitch() const noexcept { return deltaX_ == 0.0F && deltaY_ == 0.0F; }
+    /// Returns a line for logs with all values; it is not translated.
     [[nodiscard]] std::string description() const;
     [[nodiscard]] constexpr VLMStitch copy() const noexcept { return *this; }
 

@@ -12,38 +12,42 @@
 
 namespace velamo {
 
-/// One thread, which sews one colour block of a design. Texts may be absent; a free colour has an empty key and
-/// palette. 24 bytes where its colour and texts are shared, as those of copies are, until one is changed: references to
-/// them last until then.
+/// A thread, which sews one colour block of a design. Texts may be absent; a colour of no palette has an empty key and
+/// palette. A thread takes 24 bytes as long as it shares its colour and texts, as copies do until one of them is
+/// changed. References to its colour and texts are valid until then.
 class VELAMO_API VLMThread {
 public:
-    /// The plain object that decoding and copying start from: black, no texts, tension 0, not shown.
+    /// Makes the thread that decoding starts from: black, without texts, length and tension 0, not shown.
     VLMThread() = default;
-    /// A thread of the five values with length 0, tension 13, shown.
+    /// Makes a thread of the five values, with length 0 and tension 13, shown.
     [[nodiscard]] static VLMThread initWithColorandNameforKeyofPalettewithName(VLMColor color, Text name, Text key,
                                                                                Text palette, Text paletteName);
-    /// The thread of a palette's key. A key that the palette lacks, or a palette that is not there, gives a grey thread
-    /// with the requested key and palette, an individual-colour name and an empty palette display name: so files
-    /// without colours get visible, neutral threads.
+    /// Makes the thread with the given key of a palette; its name is in the user's language. If the palette lacks the
+    /// key, or if there is no such palette, makes a visible, neutral thread: grey, with the requested key and palette,
+    /// the name of an individual colour and an empty paletteName. May throw std::system_error when the palette or the
+    /// names cannot be read.
     [[nodiscard]] static VLMThread initWithKeyofPalette(const Text& key, const Text& palette);
 
-    /// Recolours to the nearest colour of the palette, or to the free colour itself when the palette is "". Keys that
-    /// begin with "x" are taken only by a thread that already belongs to the palette. An empty palette gives grey with
-    /// empty key and name. False, with a line in the system's log and the thread unchanged, when the name cannot be
-    /// that of a palette.
+    /// Recolours the thread to the colour of the palette that is nearest to `color`, or to `color` itself when
+    /// `palette` is "". Keys that begin with "x" are only chosen for a thread that already belongs to the palette. A
+    /// palette without colours gives grey with an empty key and name. Returns false, leaves the thread unchanged and
+    /// writes a line to the system's log when `palette` cannot be a palette's name (see paletteNamed). Throws like
+    /// initWithKeyofPalette.
     bool changeToColorinPalette(const VLMColor& color, const std::string& palette);
 
     [[nodiscard]] const VLMColor& color() const noexcept { return look().color; }
-    /// Display name of the colour.
+    /// The display name of the colour.
     [[nodiscard]] const Text& name() const noexcept { return look().name; }
     /// The colour's key in its palette, such as the maker's thread number.
     [[nodiscard]] const Text& key() const noexcept { return look().key; }
-    /// Identifier of the palette; "Undefined" for threads of files that carry no colours.
+    /// The name of the palette; "Undefined" for threads of files that carry no colours.
     [[nodiscard]] const Text& palette() const noexcept { return look().palette; }
-    /// Display name of the palette.
+    /// The display name of the palette.
     [[nodiscard]] const Text& paletteName() const noexcept { return look().paletteName; }
+    /// Length and tension are only kept: the library neither computes them nor gives them a unit.
     [[nodiscard]] float length() const noexcept { return length_; }
     [[nodiscard]] std::int32_t tension() const noexcept { return tension_; }
+    /// Whether the thread's block is drawn in full colour.
     [[nodiscard]] bool isShown() const noexcept { return isShown_; }
     void setColor(const VLMColor& color) { change(&Look::color, color); }
     void setName(Text name) { change(&Look::name, std::move(name)); }
@@ -55,10 +59,11 @@ public:
     void setIsShown(bool isShown) noexcept { isShown_ = isShown; }
     void addLength(float length) noexcept { length_ += length; }
 
+    /// Returns a line for logs with all values.
     [[nodiscard]] std::string description() const;
     [[nodiscard]] VLMThread copy() const { return *this; }
-    /// Whether both have the very same colour and texts, not just equal ones: one is a copy of the other, or both are
-    /// of a third.
+    /// Whether both threads share one colour and one set of texts, rather than just equal ones: one is a copy of the
+    /// other, or both are copies of a third.
     [[nodiscard]] bool sharesLookWith(const VLMThread& other) const noexcept {
         return look_.get() == other.look_.get();
     }

@@ -14,7 +14,7 @@ struct WrittenType {
     float longestJump;
 };
 
-/// All of them: the one list, which the writers, the fitting of moves and isWritable() go by.
+/// All types that we write. This is the only list of them: the writers, the fitting of moves and isWritable() go by.
 inline constexpr std::array<WrittenType, 6> writtenTypes{{
     {"JEF", 126, 126},
     {"PES", 62, 2046},
@@ -24,7 +24,7 @@ inline constexpr std::array<WrittenType, 6> writtenTypes{{
     {"PCS", 1150, 1150},
 }};
 
-/// The one named so; null when we do not write such designs.
+/// The entry of the type with this name, or null when we do not write designs of that type.
 [[nodiscard]] constexpr const WrittenType* writtenTypeNamed(std::string_view type) noexcept {
     const auto* const found = std::find_if(writtenTypes.begin(), writtenTypes.end(),
                                            [type](const WrittenType& written) { return written.type == type; });

@@ -10,7 +10,7 @@
 namespace velamo {
 
 /// Where the colour blocks of a design start, so that one of them is drawn without a walk through those before it.
-/// Looks at the design, which has to stay as it is meanwhile.
+/// Looks at the design, which must live and not change as long as this object is used.
 class DesignBlocks {
 public:
     /// May throw std::bad_alloc.

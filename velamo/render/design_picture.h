@@ -11,7 +11,8 @@
 
 namespace velamo {
 
-/// How a design is shown; see drawDesignInRect...
+/// How a design is shown; the fields are the parameters of the same names of
+/// drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread (see draw_design.h).
 struct VELAMO_API DesignLook {
     bool show3D = false;
     bool showJumps = false;
@@ -19,29 +20,32 @@ struct VELAMO_API DesignLook {
     std::int32_t showThread = -1;
 };
 
-/// What a picture of the design shows: its bounds and 1 mm round them. Of no or negative size for a design whose bounds
-/// say nothing.
+/// Returns what a picture of the design shows: its bounds and 1 mm around them, in tenths of a millimetre. Its size is
+/// zero or negative when the bounds have no meaning.
 [[nodiscard]] VELAMO_API VLMRect pictureRectOf(const VLMDesign& design) noexcept;
 
-/// The pixels of a picture with `scale` pixels for each tenth of a millimetre, which may be more than can be drawn.
+/// The size in pixels of a picture with `scale` pixels for each tenth of a millimetre. It may be more than can be
+/// drawn.
 struct VELAMO_API PictureSize {
     double width = 0;
     double height = 0;
 };
 [[nodiscard]] VELAMO_API PictureSize pictureSizeOf(const VLMDesign& design, double scale) noexcept;
 
-/// The scale at which the longer side has so many pixels; 0 for a picture of no size.
+/// Returns the scale at which the longer side has that many pixels, or 0 for a picture without a size.
 [[nodiscard]] VELAMO_API double scaleForLongerSide(const VLMDesign& design, std::int32_t pixels) noexcept;
 
-/// A picture on a transparent ground. Nothing when its size is none, or more than a bitmap can have, or memory ran out.
+/// Draws a picture on a transparent ground with `scale` pixels for each tenth of a millimetre. Returns nullopt when the
+/// picture has no size or more than a bitmap can have (see Bitmap::canBe), or when memory ran out.
 [[nodiscard]] VELAMO_API std::optional<Bitmap> bitmapOf(const VLMDesign& design, double scale, const DesignLook& look);
 
-/// The same picture as lines and areas, in true size: its file goes into the sink as it is made. False when the sink
-/// refuses, the picture has no size or memory ran out.
+/// Writes the same picture as lines and areas, in true size; the bytes of the file go into the sink as they are made.
+/// Returns false when the sink refuses, the picture has no size or memory ran out. May throw std::bad_alloc and
+/// whatever the sink throws.
 [[nodiscard]] VELAMO_API bool writeSvgOf(const VLMDesign& design, const DesignLook& look, const ByteSink& sink);
 [[nodiscard]] VELAMO_API bool writePdfOf(const VLMDesign& design, const DesignLook& look, const ByteSink& sink);
 
-/// The same in memory. Nothing on failure.
+/// The same in memory. Returns nullopt on failure. May throw std::bad_alloc.
 [[nodiscard]] VELAMO_API std::optional<std::vector<std::uint8_t>> svgOf(const VLMDesign& design,
                                                                         const DesignLook& look);
 [[nodiscard]] VELAMO_API std::optional<std::vector<std::uint8_t>> pdfOf(const VLMDesign& design,

@@ -8,14 +8,20 @@
 
 namespace velamo {
 
-/// Draws the stitches as thick lines in their threads' colours, in tenths of a millimetre: the context's transform maps
-/// these to the view. `rect` is what can be seen; stitches far from it are left out. With `show3D` threads look round;
-/// `showJumps` dashes jumps, which are else left out, as is the first stitch behind each; `showStructure` draws thin
-/// lines with a needle point at the end of each. Only the block of the thread `showThread` is drawn, or all with -1. Of
-/// the design's display range, the stitch before it and the one behind it belong to it. Threads that are not shown are
-/// dimmed, and so is everything when the selection is active, where a red veil shows what is selected. Nothing is drawn
-/// without stitches or threads, and nothing from the first colour change on that has no thread left. The context is
-/// left in the state in which it was.
+/// Draws the stitches as thick lines in the colours of their threads. Lengths are in tenths of a millimetre; the
+/// context's transform maps them to the view. Parameters:
+///
+/// - `rect` is what can be seen; stitches far from it are left out.
+/// - `show3D` makes threads look round.
+/// - `showJumps` draws dashed lines for jumps and for the first stitch after each jump or colour change; otherwise
+///   these are left out.
+/// - `showStructure` draws thin lines with a needle point at the end of each.
+/// - `showThread` is the index of the thread whose block alone is drawn, or -1 for all.
+///
+/// Only the stitches in the design's display range are drawn, with the one before and the one after it. Hidden threads
+/// are dimmed. While the selection is active everything is dimmed, and a red veil shows what is selected. Drawing ends
+/// at the first colour change for which there is no thread. The context is left in the state in which it was. If the
+/// context throws, drawing ends and nothing is reported: the context has to remember it.
 VELAMO_API void drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(const VLMDesign& design,
                                                                                 const VLMRect& rect,
                                                                                 GraphicsContext& context, bool show3D,
@@ -27,7 +33,7 @@ VELAMO_API void drawDesignInRectofContextshow3DshowJumpsshowStructure(const VLMD
                                                                       GraphicsContext& context, bool show3D,
                                                                       bool showJumps, bool showStructure) noexcept;
 
-/// The widest line of the drawing: nothing is drawn farther than half of it from a stitch.
+/// The width of the widest line, in tenths of a millimetre: nothing is drawn farther than half of it from a stitch.
 inline constexpr double widestStitch = 3.5;
 
 }  // namespace velamo

@@ -45,7 +45,7 @@ private:
     mutable std::atomic<CFIndex> references_ = 1;
 };
 
-/// What `make` gives, or null when memory lacks: no exception may leave a C function.
+/// Returns what `make` gives, or null when memory runs out: no exception may leave a C function.
 template <class Make>
 auto orNull(Make make) noexcept -> decltype(make()) {
     try {
@@ -60,7 +60,7 @@ auto orNull(Make make) noexcept -> decltype(make()) {
 template <class Value, class Made>
 class Constants {
 public:
-    /// Null when memory lacks.
+    /// Returns null when memory runs out.
     [[nodiscard]] const Made* of(const Value& value) noexcept {
         return orNull([&]() -> const Made* {
             const std::lock_guard lock(mutex_);

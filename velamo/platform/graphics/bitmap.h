@@ -14,7 +14,8 @@ namespace velamo {
 
 class LineStamps;
 
-/// Lines that were drawn and are kept, so that they are drawn quickly when they come again, be it on another bitmap.
+/// Keeps lines that were drawn, so that they are drawn faster when they occur again, on the same bitmap or on another.
+/// Must be used by one thread at a time.
 class VELAMO_API DrawnLines {
 public:
     /// May throw std::bad_alloc.
@@ -28,45 +29,49 @@ private:
     std::unique_ptr<LineStamps> stamps_;
 };
 
-/// A picture of pixels in memory, which may be transparent.
+/// A picture of pixels in memory, which may be transparent. Must be used by one thread at a time.
 class VELAMO_API Bitmap {
 public:
     static constexpr std::int64_t mostPixelsOfSide = 32767;  // what the graphics library takes
-    /// More pixels would need more than a gigabyte; a small file must not be able to ask for that.
+    /// A larger picture would need more than a gigabyte, and a small file must not be able to make us ask for that.
     static constexpr std::int64_t mostPixels = std::int64_t{1} << 28U;
 
-    /// Whether a bitmap can be so many pixels wide and high.
+    /// Returns whether a bitmap can be that many pixels wide and high: each side is from 1 to mostPixelsOfSide, and the
+    /// area is at most mostPixels.
     [[nodiscard]] static bool canBe(std::int64_t width, std::int64_t height) noexcept;
-    /// A transparent bitmap. Nothing when a side has no or too many pixels, or when there is no memory for it.
+    /// Makes a transparent bitmap. Returns nullopt when canBe() is false or memory runs out.
     [[nodiscard]] static std::optional<Bitmap> make(std::int64_t width, std::int64_t height) noexcept;
 
     [[nodiscard]] int width() const noexcept { return width_; }
     [[nodiscard]] int height() const noexcept { return height_; }
 
-    /// Lets `painter` draw; the unit is a pixel, the origin the lower left corner. False when something could not be
-    /// drawn because memory ran out.
+    /// Lets `painter` draw. The unit is a pixel, y points upward and the origin is the lower left corner. Returns false
+    /// when something could not be drawn because memory ran out. Whatever `painter` throws passes through; what was
+    /// drawn stays.
     [[nodiscard]] bool paint(const Painter& painter);
-    /// The same, to the bit, with lines that were drawn before or will be drawn again.
+    /// The same with a store of lines that were drawn before or will be drawn again. The picture is the same to the
+    /// bit.
     [[nodiscard]] bool paint(const Painter& painter, DrawnLines& lines);
-    /// Draws another bitmap, scaled into `target`; what lies outside `part` is left as it is. Both are rectangles as in
-    /// paint(). False when memory ran out.
+    /// Draws another bitmap, scaled into `target`, and leaves everything outside `part` as it is. Both rectangles are
+    /// in the coordinates of paint(). Returns false when memory ran out.
     [[nodiscard]] bool drawBitmap(const Bitmap& source, const GraphicsRectangle& target, const GraphicsRectangle& part);
-    /// The same of the whole bitmap.
+    /// The same for the whole bitmap.
     [[nodiscard]] bool drawBitmap(const Bitmap& source, const GraphicsRectangle& target);
-    /// Makes all pixels transparent that `part`, a rectangle as in paint(), touches.
+    /// Makes all pixels transparent that `part`, a rectangle in the coordinates of paint(), touches.
     void clear(const GraphicsRectangle& part) noexcept;
 
-    /// The pixels themselves: alpha, red, green and blue from the highest byte down, premultiplied; rows from the top
-    /// down.
+    /// The pixels themselves, rows from the top down. From the highest byte to the lowest a pixel holds alpha, red,
+    /// green and blue, premultiplied. The bitmap owns them.
     [[nodiscard]] std::span<std::uint32_t> pixels() noexcept {
         return {pixels_.get(), static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_)};
     }
     [[nodiscard]] std::span<const std::uint32_t> pixels() const noexcept {
         return {pixels_.get(), static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_)};
     }
-    /// Red, green, blue and alpha of each pixel, premultiplied, rows from the top down.
+    /// Returns red, green, blue and alpha of each pixel, a byte each, premultiplied, rows from the top down. May throw
+    /// std::bad_alloc.
     [[nodiscard]] std::vector<std::uint8_t> rgba() const;
-    /// A PNG file. Nothing when memory ran out.
+    /// Returns the bytes of a PNG file, or nullopt when memory ran out.
     [[nodiscard]] std::optional<std::vector<std::uint8_t>> png() const;
 
 private:

@@ -19,7 +19,7 @@ public:
     Deflater(const Deflater&) = delete;
     Deflater& operator=(const Deflater&) = delete;
 
-    /// False when the sink did not take what came of it.
+    /// Returns false when the sink did not take what came of it.
     [[nodiscard]] bool take(std::span<const std::uint8_t> bytes) { return run(bytes, Z_NO_FLUSH); }
     [[nodiscard]] bool finish() { return run({}, Z_FINISH); }
     /// What the sink has got so far.

@@ -36,7 +36,7 @@ public:
         GraphicsPoint end;
         double width = 0;
     };
-    /// Draws the line over what is there, in an opaque colour. False, and nothing is drawn, where cairo has to do it:
+    /// Draws the line over what is there, in an opaque colour. Returns false and draws nothing when cairo has to do it:
     /// a line that is not known yet, a long one, one that is not wholly within the pixels.
     [[nodiscard]] bool print(const Line& line, const cairo_matrix_t& matrix, const GraphicsColor& color,
                              const PixelRows& target) noexcept;

@@ -6,7 +6,7 @@
 
 namespace velamo {
 
-/// What draws something into a context that is handed to it.
+/// Draws something into the context that it is given.
 using Painter = std::function<void(GraphicsContext&)>;
 
 }  // namespace velamo

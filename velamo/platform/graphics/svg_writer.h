@@ -17,7 +17,7 @@ public:
               const ByteSink& sink);
 
     void write(const GridShape& shape);
-    /// The file's end. False when the sink did not take all of it.
+    /// Writes the end of the file. Returns false when the sink did not take all of it.
     [[nodiscard]] bool finish();
 
 private:

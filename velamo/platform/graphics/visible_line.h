@@ -13,8 +13,8 @@ struct VisibleLine {
     double skipped = 0;
 };
 
-/// What lies within the area of the line from `start` to `end`, however long that is. Nothing when none of it does, or
-/// an end is not finite. Ends within the area stay exactly as they are.
+/// What lies within the area of the line from `start` to `end`, however long that is. Returns nullopt when none of it
+/// does, or when an end is not finite. Ends within the area stay exactly as they are.
 [[nodiscard]] std::optional<VisibleLine> visibleLine(GraphicsPoint start, GraphicsPoint end,
                                                      const GraphicsRectangle& area) noexcept;
 

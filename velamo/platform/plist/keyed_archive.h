@@ -69,10 +69,10 @@ public:
     [[nodiscard]] bool decodeBool(std::string_view key);
     [[nodiscard]] std::optional<std::string> decodeText(std::string_view key);
     [[nodiscard]] std::optional<std::filesystem::path> decodeLocation(std::string_view key);
-    /// Runs `body` on the object under the key; false, without running it, when there is none.
+    /// Runs `body` on the object under the key and returns true; returns false without running it when there is none.
     bool decodeObject(std::string_view key, std::string_view className, const Body& body);
     /// Runs `body` on each object of the list in order, after `begin` was told their number, which is never more than
-    /// the archive has bytes; false when there is no list.
+    /// the archive has bytes. Returns false when there is no list.
     bool decodeList(std::string_view key, std::string_view className, const std::function<void(std::size_t)>& begin,
                     const Body& body);
 

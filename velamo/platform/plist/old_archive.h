@@ -16,8 +16,8 @@ namespace velamo {
 ///   0x86            end of an object
 ///   0x81 0x82 0x83  a number of 2 bytes, of 4 bytes, or a real one follows
 ///   others          a small signed number
-/// Nothing when it is damaged or cut off, of another class, of a colour space that is neither RGB nor white, or not
-/// finite.
+/// Returns nullopt when the archive is damaged or cut off, of another class, of a colour space that is neither RGB nor
+/// white, or not finite.
 [[nodiscard]] std::optional<std::array<double, 3>> colorFromOldArchive(std::span<const std::uint8_t> data) noexcept;
 
 }  // namespace velamo

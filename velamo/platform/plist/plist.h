@@ -21,8 +21,8 @@ using PlistOwner = std::unique_ptr<void, PlistDeleter>;
 /// The two forms of a property list. XML has no control characters but tab and the two ends of a line.
 enum class PlistForm : std::uint8_t { xml, binary };
 
-/// Reads an XML or binary property list; null when the bytes are none, or are such that libplist must not be given them
-/// (see plist_guard.h).
+/// Reads an XML or binary property list. Returns null when the bytes are not a property list, or when libplist must not
+/// be given them (see plist_guard.h).
 [[nodiscard]] PlistOwner parsePlist(std::span<const std::uint8_t> bytes);
 
 /// The tree in a form; the tree is gone before the bytes are copied, as both may be large. The time of the binary form
@@ -35,10 +35,10 @@ enum class PlistForm : std::uint8_t { xml, binary };
 /// The text of a node, with what is no UTF-8 in it replaced by U+FFFD; "" when the node is no text.
 [[nodiscard]] std::string textOfNode(plist_t node);
 
-/// The number of an integer node; nothing when the node is no integer or the number needs more than 64 signed bits.
+/// The number of an integer node, or nullopt when the node is no integer or the number needs more than 64 signed bits.
 [[nodiscard]] std::optional<std::int64_t> integerOfNode(plist_t node);
 
-/// The place in a keyed archive's table that a node refers to; nothing when the node is no reference. In XML a
+/// The place in a keyed archive's table that a node refers to, or nullopt when the node is no reference. In XML a
 /// reference is a dictionary of the one key "CF$UID", which libplist writes so, but reads as the dictionary.
 [[nodiscard]] std::optional<std::uint32_t> referenceOfNode(plist_t node);
 

@@ -73,7 +73,7 @@ public:
     [[nodiscard]] const PropertyList* find(std::string_view key) const noexcept;
     /// An integer, real or boolean as a number (a text of digits too, as property lists are often edited by hand).
     [[nodiscard]] std::optional<double> number() const;
-    /// The same narrowed to a whole number toward zero; nothing when it does not fit.
+    /// The same narrowed to a whole number toward zero, or nullopt when it does not fit.
     [[nodiscard]] std::optional<std::int64_t> integer() const;
 
     friend bool operator==(const PropertyList&, const PropertyList&) = default;
@@ -82,11 +82,11 @@ private:
     Value value_;
 };
 
-/// Reads an XML or binary property list. Nothing when the bytes are no property list, are damaged or truncated, nest
-/// deeper than 64 levels, would unfold to more than their size allows (a binary list may refer to one array many times,
-/// so that a few hundred bytes stand for gigabytes), hold a NUL in a text, have an absent value, or would take too long
-/// (an XML dictionary of more than some 10,000 keys). What is wrong inside a value is read as well as can be: an
-/// integer "5 mm" is 5, "abc" is 0, "010" is octal. Numbers read the same in every locale of the host. May throw
+/// Reads an XML or binary property list. Returns nullopt when the bytes are no property list, are damaged or truncated,
+/// nest deeper than 64 levels, would unfold to more than their size allows (a binary list may refer to one array many
+/// times, so that a few hundred bytes stand for gigabytes), hold a NUL in a text, have an absent value, or would take
+/// too long (an XML dictionary of more than some 10,000 keys). What is wrong inside a value is read as well as can be:
+/// an integer "5 mm" is 5, "abc" is 0, "010" is octal. Numbers read the same in every locale of the host. May throw
 /// std::bad_alloc.
 [[nodiscard]] VELAMO_PRIVATE_API std::optional<PropertyList> parsePropertyList(std::span<const std::uint8_t> bytes);
 

@@ -22,16 +22,17 @@ public:
 /// then is asked again, each request that a worker was lost with alone; one that loses two is to blame.
 class LastingWorker {
 public:
-    /// Must be made, and replaced, while the process has one thread. WorkerLoss when there is no process to be had.
+    /// Must be made, and replaced, while the process has one thread. Throws WorkerLoss when there is no process to be
+    /// had.
     explicit LastingWorker(const WorkerTask& task);
-    /// At most `count` of them, but no more than there are processes to be had; at least one, or WorkerLoss. To be made
-    /// while the process has one thread; they are replaced whatever threads there are.
+    /// At most `count` of them, but no more than the system has processes for; throws WorkerLoss when it has none. To
+    /// be made while the process has one thread; they are replaced whatever threads there are.
     [[nodiscard]] static std::vector<LastingWorker> some(std::size_t count, const WorkerTask& task);
 
-    /// As WorkerProcess::isConfined; WorkerLoss when it is lost.
+    /// As WorkerProcess::isConfined, but throws WorkerLoss when the worker is lost.
     [[nodiscard]] bool isConfined();
-    /// A reply to each request, in order. WorkerLoss when there is no process to be had any more; std::system_error
-    /// when a request is too long.
+    /// A reply to each request, in order. Throws WorkerLoss when the system has no process any more, and
+    /// std::system_error when a request is too long.
     [[nodiscard]] std::vector<WorkerProcess::Reply> ask(std::span<const std::string> requests);
     /// The process that answered last.
     [[nodiscard]] WorkerProcess& process();

@@ -13,8 +13,8 @@ namespace velamo {
                                                 const Environment& environment = processEnvironment);
 
 /// Runs the program with the arguments, without a shell between, and waits for its end. It has nothing to read, and
-/// what it prints is dropped. Its exit status, or 128 and the number of the signal that ended it, as shells have it.
-/// std::system_error when it cannot be started.
+/// what it prints is dropped. Returns its exit status, or 128 and the number of the signal that ended it, as shells
+/// have it. Throws std::system_error when it cannot be started.
 [[nodiscard]] int runProgram(const std::filesystem::path& program, std::span<const std::string> arguments);
 
 }  // namespace velamo

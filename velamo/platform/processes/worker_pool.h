@@ -49,7 +49,7 @@ public:
         }
         jobArrived_.notify_one();
     }
-    /// A result, waited for as long as there is a job; nothing when there is none.
+    /// Returns a result, after waiting for it if need be, or nullopt when no job is left.
     [[nodiscard]] std::optional<Result> take() {
         if (inside_ == 0) return std::nullopt;
         if (threads_.empty()) return takeOwn();
@@ -64,7 +64,7 @@ public:
     }
 
 private:
-    /// False when the system has no thread for it.
+    /// Returns false when the system has no thread for it.
     bool startThread(const Work& work) {
         try {
             threads_.emplace_back([this, &work] { serve(work); });

@@ -39,7 +39,7 @@ struct WorkerDeath {
 class AttachmentWriter {
 public:
     explicit AttachmentWriter(int file) noexcept : file_(file) {}
-    /// Appends the bytes. The system's reason when there is no room for them (see WorkerLimits::memory).
+    /// Appends the bytes. Returns the system's reason when there is no room for them (see WorkerLimits::memory).
     [[nodiscard]] std::error_code append(std::span<const std::byte> bytes) noexcept;
     [[nodiscard]] std::uint64_t size() const noexcept { return static_cast<std::uint64_t>(size_); }
 
@@ -71,8 +71,8 @@ class WorkerProcess {
 public:
     using Service = WorkerTask::Service;
 
-    /// Must be called while the process has one thread: a copy of a process has only that. std::system_error when there
-    /// is no process to be had.
+    /// Must be called while the process has one thread: a copy of a process has only that. Throws std::system_error
+    /// when there is no process to be had.
     explicit WorkerProcess(const WorkerTask& task);
     explicit WorkerProcess(const Service& service, const WorkerLimits& limits = {})
         : WorkerProcess(WorkerTask(service, limits)) {}
@@ -80,14 +80,14 @@ public:
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
 
-    /// Whether the system refuses the process everything but reading. Waits until the process is ready;
+    /// Whether the system refuses the process everything but reading. Waits until the process is ready; throws
     /// std::system_error when it was lost before.
     [[nodiscard]] bool isConfined();
 
     using Reply = std::variant<std::string, WorkerDeath>;
     /// A reply to each request, in order; to the first ones only where the guardian is gone, and so the worker with it.
     /// The worker finds the next request there when it is done with one, so many at once are much faster than one by
-    /// one. One thread at a time asks. std::system_error when a request is too long.
+    /// one. One thread at a time asks. Throws std::system_error when a request is too long.
     [[nodiscard]] std::vector<Reply> ask(std::span<const std::string> requests);
 
     /// Whether a worker that was lost may have been lost by a request: one could be sent, and it was not the system
@@ -95,8 +95,8 @@ public:
     [[nodiscard]] bool mayBlameRequest() const noexcept { return number_ > 0 && !hasSocketFailed_; }
 
     /// Bytes of the attachment of the last answer, from the offset on, as many as there are; for a task that has one.
-    /// It is the worker's to change: read it once. The system's reason when it cannot be read, EIO behind the file's
-    /// end.
+    /// It is the worker's to change: read it once. Gives the system's reason when it cannot be read, EIO behind the
+    /// file's end.
     [[nodiscard]] std::error_code readAttachment(std::span<std::byte> bytes, std::uint64_t offset) const noexcept;
     [[nodiscard]] std::uint64_t sizeOfAttachment() const noexcept;
     /// Gives its memory back.
@@ -124,14 +124,14 @@ private:
 /// thread, copied from this one at the start, makes them.
 class WorkerNursery {
 public:
-    /// Must be called while the process has one thread. std::system_error when there is no process to be had.
+    /// Must be called while the process has one thread. Throws std::system_error when there is no process to be had.
     explicit WorkerNursery(const WorkerTask& task);
     /// Ends all workers that it made.
     ~WorkerNursery();
     WorkerNursery(const WorkerNursery&) = delete;
     WorkerNursery& operator=(const WorkerNursery&) = delete;
 
-    /// Any thread may ask. std::system_error when there is no process to be had.
+    /// Any thread may ask. Throws std::system_error when there is no process to be had.
     [[nodiscard]] std::unique_ptr<WorkerProcess> makeWorker();
 
 private:

@@ -23,8 +23,8 @@ public:
     /// The same where others see the new file at once: they may not open it before it has its group.
     [[nodiscard]] mode_t permissionsOfNamedFile() const noexcept;
 
-    /// False, with errno, when that fails. What the file system does not have, or the system does not allow, is left
-    /// out; where group or access list cannot be kept, the group has no more permissions than everybody. Needs no
+    /// Returns false, with errno, when that fails. What the file system does not have, or the system does not allow, is
+    /// left out; where group or access list cannot be kept, the group has no more permissions than everybody. Needs no
     /// memory.
     [[nodiscard]] bool giveTo(int descriptor) const noexcept;
     /// The same for what writing takes away: the system lets no file run as its owner or its group any longer when

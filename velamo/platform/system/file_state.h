@@ -34,7 +34,7 @@ struct FileIdentity {
     }
 };
 
-/// The identity of what `path` leads to, links followed; nothing where the system does not tell.
+/// The identity of what `path` leads to, links followed, or nullopt when the system does not tell.
 [[nodiscard]] VELAMO_PRIVATE_API std::optional<FileIdentity> identityOfFile(const std::filesystem::path& path) noexcept;
 
 /// Why a file in this state is not read: EISDIR for a folder, EINVAL for a pipe, socket or device, EFBIG for a file of

@@ -46,7 +46,7 @@ public:
     /// Adds a folder to the walk; before the first call of next().
     void enter(std::filesystem::path folder);
 
-    /// The next folder, or nothing at the end. A folder that has vanished since its name was seen is passed over.
+    /// The next folder, or nullopt at the end. A folder that has vanished since its name was seen is passed over.
     [[nodiscard]] std::optional<FolderListing> next();
 
     /// The part of the walk that is done, 0 to 1, as far as one can know: a folder's part is shared out evenly between

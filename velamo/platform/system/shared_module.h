@@ -10,8 +10,8 @@ namespace velamo {
 /// loading it again gives the same one.
 class VELAMO_PRIVATE_API SharedModule {
 public:
-    /// Loads the module with all that it needs, and keeps its names to itself. std::runtime_error with the loader's
-    /// words when that fails.
+    /// Loads the module with all that it needs, and keeps its names to itself. Throws std::runtime_error with the
+    /// loader's words when that fails.
     explicit SharedModule(const std::filesystem::path& path);
 
     /// The function or variable that the module exports under the name, or null.

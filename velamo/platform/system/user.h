@@ -10,7 +10,7 @@
 
 namespace velamo {
 
-/// Gives the value of an environment variable, or nothing when it is not set.
+/// Gives the value of an environment variable, or nullopt when it is not set.
 using Environment = std::function<std::optional<std::string>(const char* name)>;
 
 /// The environment of this process.

@@ -8,7 +8,7 @@
 namespace velamo {
 
 /// The folder for data that programs keep for the user: $XDG_DATA_HOME where that is an absolute path, else
-/// "~/.local/share". Empty when there is no home folder either.
+/// "~/.local/share". An empty path when there is no home folder either.
 [[nodiscard]] VELAMO_PRIVATE_API std::filesystem::path userDataFolder(
     const Environment& environment = processEnvironment);
 

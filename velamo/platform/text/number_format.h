@@ -48,10 +48,10 @@ private:
     std::array<std::string, 10> digits_;  // UTF-8
 };
 
-/// The number at the start of a text: white space is skipped, what follows the number is ignored. Nothing when the text
-/// does not start with a number. A number is a sign, digits of any script, a decimal mark and more digits, and an
-/// exponent; grouping marks belong to it where they part it into groups of three digits ("1,234.5", but "12,5" is 12).
-/// One that is too large is infinite.
+/// The number at the start of a text: white space is skipped, what follows the number is ignored. Returns nullopt when
+/// the text does not start with a number. A number is a sign, digits of any script, a decimal mark and more digits, and
+/// an exponent; grouping marks belong to it where they part it into groups of three digits ("1,234.5", but "12,5" is
+/// 12). One that is too large is infinite.
 [[nodiscard]] VELAMO_PRIVATE_API std::optional<double> scanNumber(std::string_view text, const NumberMarks& marks);
 
 /// The plain number formatter, which reads numbers: the whole text, but for white space around it, must be one number.

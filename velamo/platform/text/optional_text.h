@@ -5,7 +5,7 @@
 
 namespace velamo {
 
-/// A text that may be absent, which is something else than empty. UTF-8.
+/// A UTF-8 text that may be absent, which is not the same as empty.
 using Text = std::optional<std::string>;
 
 }  // namespace velamo

@@ -7,7 +7,8 @@
 
 namespace velamo {
 
-/// The C locale, whatever the program is in; null where there is no memory for it. It is the process's own.
+/// The C locale, whatever locale the program uses, or null when there is no memory for it. It belongs to the process
+/// and is never freed.
 [[nodiscard]] inline locale_t plainLocale() noexcept {
     static const locale_t locale = ::newlocale(LC_ALL_MASK, "C", nullptr);
     return locale;

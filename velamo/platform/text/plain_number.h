@@ -21,8 +21,8 @@ struct ScannedNumber {
 
 /// The number at the start of a text, as the C locale writes it, whatever locale the program is in: a minus or nothing,
 /// digits with or without a point, and an exponent; or "inf", "infinity", "nan", in any case. No space, no plus, no
-/// hexadecimal digits. Rounded once, to the nearest number of the type. Nothing where the text starts with none. Not
-/// every system's library has std::from_chars for such numbers.
+/// hexadecimal digits. Rounded once, to the nearest number of the type. Returns nullopt when the text does not start
+/// with a number. Not every system's library has std::from_chars for such numbers.
 [[nodiscard]] VELAMO_PRIVATE_API std::optional<ScannedNumber<float>> scanFloat(std::string_view text) noexcept;
 [[nodiscard]] VELAMO_PRIVATE_API std::optional<ScannedNumber<double>> scanDouble(std::string_view text) noexcept;
 
@@ -44,7 +44,7 @@ template <std::same_as<double> Number>
     return scanDouble(text);
 }
 
-/// The number that the whole text is, or nothing.
+/// The number that the whole text is, or nullopt when it is not a number.
 template <class Number>
 [[nodiscard]] std::optional<Number> plainNumber(std::string_view text) noexcept {
     const auto scanned = scanPlainNumber<Number>(text);

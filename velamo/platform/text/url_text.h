@@ -13,8 +13,8 @@ namespace velamo {
 /// that is absolute.
 [[nodiscard]] VELAMO_PRIVATE_API std::string locationText(const std::filesystem::path& path);
 
-/// The path that such a text stands for. Nothing for a URL of another scheme or another machine, and where a percent
-/// sign introduces no byte, or one of zero.
+/// The path that such a text stands for. Returns nullopt for a URL of another scheme or another machine, and when a
+/// percent sign introduces no byte or a zero byte.
 [[nodiscard]] VELAMO_PRIVATE_API std::optional<std::filesystem::path> pathOfLocation(std::string_view url);
 
 }  // namespace velamo
