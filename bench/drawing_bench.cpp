@@ -50,9 +50,9 @@ public:
         width_ = static_cast<int>(size.width);
         height_ = static_cast<int>(size.height);
         color_ = design.threads()[0].color();
-        VLMPoint start{10, heightOfDesign + 10};
+        DesignPoint start{10, heightOfDesign + 10};
         for (const VLMStitch& stitch : design.stitches()) {
-            const VLMPoint end{start.x + stitch.deltaX(), start.y - stitch.deltaY()};
+            const DesignPoint end{start.x + stitch.deltaX(), start.y - stitch.deltaY()};
             lines_.push_back({start, end});
             start = end;
         }
@@ -73,8 +73,8 @@ public:
 
 private:
     struct Line {
-        VLMPoint start;
-        VLMPoint end;
+        DesignPoint start;
+        DesignPoint end;
     };
     void stroke(cairo_t* cairo, const Line& line, double width, double darker) const {
         cairo_set_source_rgba(cairo, color_.red() - darker, color_.green() - darker, color_.blue() - darker, 1);

@@ -9,7 +9,7 @@
 namespace velamo {
 namespace {
 
-Json pointJson(const VLMPoint& point) {
+Json pointJson(const DesignPoint& point) {
     return Json::array({jsonNumber(point.x), jsonNumber(point.y)});
 }
 
@@ -29,7 +29,7 @@ Json threadJson(const VLMThread& thread) {
 }
 
 Json recordJson(const VLMDesign& design, const VLMError* error) {
-    const VLMRange range = design.displayRange();
+    const StitchRange range = design.displayRange();
     return {{"ok", error == nullptr},
             {"error", error == nullptr ? Json() : errorJson(*error)},
             {"designName", jsonText(design.designName())},
@@ -57,7 +57,7 @@ int flagsOf(const VLMStitch& stitch) noexcept {
     return (stitch.isJumpStitch() ? 1 : 0) + (stitch.isColorChange() ? 2 : 0) + (stitch.isSelected() ? 4 : 0);
 }
 
-void writeThreads(std::ostream& out, const VLMThreadList& threads) {
+void writeThreads(std::ostream& out, const ThreadList& threads) {
     const char* separator = "";
     out << '[';
     for (const VLMThread& thread : threads) {
@@ -67,7 +67,7 @@ void writeThreads(std::ostream& out, const VLMThreadList& threads) {
     out << ']';
 }
 
-void writeStitches(std::ostream& out, const VLMStitchList& stitches) {
+void writeStitches(std::ostream& out, const StitchList& stitches) {
     out << '[';
     std::string text;
     for (const VLMStitch& stitch : stitches) {
@@ -111,7 +111,7 @@ void writeDescription(std::ostream& out, const VLMDesign& design) {
 
 }  // namespace
 
-Json hoopJson(const VLMHoopHandle& hoop) {
+Json hoopJson(const HoopHandle& hoop) {
     if (!hoop) return {};
     return {{"name", jsonText(hoop->name())}, {"vendor", jsonText(hoop->vendor())},
             {"code", hoop->code()},           {"width", hoop->width()},

@@ -11,7 +11,7 @@ namespace velamo {
 [[nodiscard]] Json errorJson(const VLMError& error);
 
 /// The hoop with its eight values; null without one.
-[[nodiscard]] Json hoopJson(const VLMHoopHandle& hoop);
+[[nodiscard]] Json hoopJson(const HoopHandle& hoop);
 
 /// Writes the figures that are derived from a design as a JSON object; its description, with a line for each thread, a
 /// piece at a time.

@@ -37,7 +37,7 @@ private:
     [[nodiscard]] std::string length(float millimetres) const { return digits_.writing(lengths_.text(millimetres)); }
     /// "Janome A (110.0 mm x 110.0 mm)"; the size alone of a hoop without a name; empty where there is no hoop.
     [[nodiscard]] std::string hoopInWords() const {
-        const VLMHoopHandle& hoop = design_.designHoop();
+        const HoopHandle& hoop = design_.designHoop();
         if (!hoop) return "";
         const std::string width = length(static_cast<float>(hoop->width()));
         const std::string size =

@@ -42,11 +42,11 @@ EditCommand find(Find find) {
     return [find](VLMDesign& design, const DesignSource&) -> Json { return find(design); };
 }
 
-VLMPoint pointOf(const Arguments& arguments) {
+DesignPoint pointOf(const Arguments& arguments) {
     return {arguments.real(0), arguments.real(1)};
 }
 
-Json rectJson(const VLMRect& rect) {
+Json rectJson(const DesignRect& rect) {
     return Json::array({jsonNumber(rect.x), jsonNumber(rect.y), jsonNumber(rect.width), jsonNumber(rect.height)});
 }
 
@@ -66,7 +66,7 @@ EditCommand selectAt(const Arguments& arguments, Operation operation) {
 }
 
 EditCommand parseSelectRect(const Arguments& arguments) {
-    const VLMRect rect{arguments.real(0), arguments.real(1), arguments.real(2), arguments.real(3)};
+    const DesignRect rect{arguments.real(0), arguments.real(1), arguments.real(2), arguments.real(3)};
     return change([rect, unselects = arguments.isGiven(4)](VLMDesign& design) {
         selectInRectunselectMode(design, rect, unselects);
     });
@@ -119,7 +119,7 @@ EditCommand parseHoop(const Arguments& arguments) {
 }
 
 /// The catalogue's hoop of a vendor and code; wrong usage when there is none.
-VLMHoopHandle hoopOf(const Arguments& arguments) {
+HoopHandle hoopOf(const Arguments& arguments) {
     VLMDesign design;
     if (design.setHoopFromVendorwithCode(arguments.text(0), arguments.integer(1))) return design.designHoop();
     throw EditSyntaxError("there is no hoop " + arguments.text(1) + " of '" + arguments.text(0) +
@@ -253,7 +253,7 @@ constexpr std::array<EditWord, 35> words{{
      }},
     {"range", "LOCATION LENGTH", "which stitches pictures show", "range 0 1000",
      [](const Arguments& given) {
-         return change([range = VLMRange{given.natural(0), given.natural(1)}](VLMDesign& design) {
+         return change([range = StitchRange{given.natural(0), given.natural(1)}](VLMDesign& design) {
              design.setDisplayRange(range);
          });
      }},

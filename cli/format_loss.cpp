@@ -41,7 +41,7 @@ ColorLoss colorLossOf(std::span<const VLMThread> wanted, std::span<const VLMThre
 /// the start and behind each color change: the record of the change itself.
 class MovesInStep {
 public:
-    MovesInStep(const VLMStitchList& written, const VLMStitchList& found) : written_(written), found_(found) {}
+    MovesInStep(const StitchList& written, const StitchList& found) : written_(written), found_(found) {}
 
     /// How many moves of the design come behind the last one of the file.
     [[nodiscard]] std::size_t missing() {
@@ -61,8 +61,8 @@ private:
         if (!isRecordOfChange) ++next_;
     }
 
-    const VLMStitchList& written_;
-    const VLMStitchList& found_;
+    const StitchList& written_;
+    const StitchList& found_;
     std::size_t next_ = 0;
     std::size_t inFile_ = 0;
     bool mayHaveMore_ = true;

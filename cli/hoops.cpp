@@ -14,7 +14,7 @@
 namespace velamo {
 namespace {
 
-using Hoops = std::optional<std::vector<VLMHoopHandle>>;
+using Hoops = std::optional<std::vector<HoopHandle>>;
 
 Hoops hoopsOf(const std::optional<std::string>& vendor) {
     return vendor ? VLMDesign::allHoopsFromVendor(*vendor) : VLMDesign::hoops();
@@ -54,7 +54,7 @@ ExitStatus hoops(const std::optional<std::string>& vendor, const Console& consol
     const Hoops found = hoopsOf(vendor);
     if (!found) return refuseVendor(*vendor, console);
     const LocaleDigits digits(numberLocaleOfUser());
-    for (const VLMHoopHandle& hoop : *found) print(*hoop, digits, console.out);
+    for (const HoopHandle& hoop : *found) print(*hoop, digits, console.out);
     return ExitStatus::success;
 }
 
@@ -62,7 +62,7 @@ ExitStatus hoopsAsJson(const std::optional<std::string>& vendor, const Console& 
     const Hoops found = hoopsOf(vendor);
     if (!found) return refuseVendor(*vendor, console);
     Json list = Json::array();
-    for (const VLMHoopHandle& hoop : *found) list.push_back(hoopJson(hoop));
+    for (const HoopHandle& hoop : *found) list.push_back(hoopJson(hoop));
     console.out << listTextOf(list);
     return ExitStatus::success;
 }

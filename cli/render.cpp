@@ -84,7 +84,7 @@ constexpr std::array<TrueSizeLimit, 2> trueSizeLimits{{{"pdf", 5080}, {"svg", 10
 bool isBeyondLimit(const RenderRequest& request, const PictureKind& kind, const VLMDesign& design,
                    const Console& console) {
     constexpr double tenthsOfMillimetre = 10;
-    const VLMRect rect = pictureRectOf(design);
+    const DesignRect rect = pictureRectOf(design);
     const bool isBeyond = std::any_of(trueSizeLimits.begin(), trueSizeLimits.end(), [&](const TrueSizeLimit& limit) {
         return limit.extension == kind.extension &&
                std::max(rect.width, rect.height) > limit.mostMillimetres * tenthsOfMillimetre;
@@ -107,7 +107,7 @@ void checkThread(const RenderRequest& request, const VLMDesign& design) {
 /// What is too large is said with its size; else it was memory that did not suffice.
 void reportUndrawn(const RenderRequest& request, const PictureKind& kind, const VLMDesign& design,
                    const Console& console) {
-    const VLMRect rect = pictureRectOf(design);
+    const DesignRect rect = pictureRectOf(design);
     if (!(rect.width > 0 && rect.height > 0))
         return reportProblem(console, request.picture.native(), "The design has no size.", EINVAL);
     const auto [width, height] = pictureSizeOf(design, scaleOf(request, design));

@@ -12,7 +12,7 @@ namespace velamo::fuzz {
 namespace {
 
 constexpr int side = 64;
-constexpr VLMRect rect{0, 0, side, side};
+constexpr DesignRect rect{0, 0, side, side};
 
 /// Moves as they stand in memory, nine bytes each: two floats, whatever they are, and the flags.
 VLMDesign designOf(Input bytes) {

@@ -57,7 +57,7 @@ void claimValid(const VLMDesign& design) {
     // The other way round it need not be: an edit may take the last selected stitch away.
     claim(design.selectionActive() || std::none_of(stitches.begin(), stitches.end(), isSelected),
           "what is selected is known to be");
-    const VLMRange shown = design.displayRange();
+    const StitchRange shown = design.displayRange();
     claim(shown.length <= stitches.size() && shown.location <= stitches.size() - shown.length,
           "what is shown lies within the stitches");
     claim(!design.description().empty(), "the design can be described");

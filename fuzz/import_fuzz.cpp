@@ -17,7 +17,7 @@ void checkImport(const std::filesystem::path& path, const ImportInput& input) {
           "threads come from the side file only where there is one");
     if (!isRead) return;
     claim(!design.stitches().empty() && !design.threads().empty(), "a design has stitches and threads");
-    claim(design.displayRange() == VLMRange{0, design.stitches().size()}, "the whole design is shown");
+    claim(design.displayRange() == StitchRange{0, design.stitches().size()}, "the whole design is shown");
     claimBounds(design);
     claim(!design.description().empty(), "a design can be described");
 }

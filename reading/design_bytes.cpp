@@ -134,7 +134,7 @@ VLMError takeError(ValueReader& in) {
     return error;
 }
 
-void putHoop(ValueWriter& out, const VLMHoopHandle& hoop) {
+void putHoop(ValueWriter& out, const HoopHandle& hoop) {
     out.put(hoop != nullptr);
     if (!hoop) return;
     out.put(hoop->name());
@@ -143,7 +143,7 @@ void putHoop(ValueWriter& out, const VLMHoopHandle& hoop) {
     for (const bool flag : {hoop->isMultiHoop(), hoop->isRounded(), hoop->isWritable()}) out.put(flag);
 }
 
-VLMHoopHandle takeHoop(ValueReader& in) {
+HoopHandle takeHoop(ValueReader& in) {
     if (!in.takeBool()) return nullptr;
     const Text name = in.takeText();
     const Text vendor = in.takeText();
@@ -218,7 +218,7 @@ private:
 
 /// The different colours with their texts, the different threads that have them, and for each thread which of these it
 /// is: files may change between a few a million times, or keep a tension for each.
-void putThreads(ValueWriter& out, const VLMThreadList& threads) {
+void putThreads(ValueWriter& out, const ThreadList& threads) {
     DifferentThings looks;
     DifferentThings different;
     std::vector<std::uint32_t> order;
@@ -231,7 +231,7 @@ void putThreads(ValueWriter& out, const VLMThreadList& threads) {
     for (const std::uint32_t number : order) out.put(number);
 }
 
-VLMThreadList takeThreads(ValueReader& in) {
+ThreadList takeThreads(ValueReader& in) {
     std::vector<VLMThread> looks;
     const std::size_t lookCount = in.takeCount(fewestBytesOfLook);
     looks.reserve(lookCount);

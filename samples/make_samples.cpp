@@ -13,14 +13,14 @@ namespace {
 
 using std::numbers::pi;
 
-VLMPoint onCircle(double radius, double angle, VLMPoint center = {}) {
+DesignPoint onCircle(double radius, double angle, DesignPoint center = {}) {
     return {center.x + radius * std::cos(angle), center.y + radius * std::sin(angle)};
 }
 
 /// The points of a closed curve, from a function of the turn (0 to 1).
 template <class Curve>
-std::vector<VLMPoint> closedCurve(int points, Curve curve) {
-    std::vector<VLMPoint> path;
+std::vector<DesignPoint> closedCurve(int points, Curve curve) {
+    std::vector<DesignPoint> path;
     for (int i = 0; i <= points; ++i) path.push_back(curve(static_cast<double>(i) / points));
     return path;
 }
@@ -64,7 +64,7 @@ VLMDesign spirograph() {
             constexpr double rollingWheel = 13.5;
             constexpr double penArm = 17;
             const double angle = turn * 3 * 2 * pi;
-            const VLMPoint wheel = onCircle(fixedWheel - rollingWheel, angle + shift);
+            const DesignPoint wheel = onCircle(fixedWheel - rollingWheel, angle + shift);
             return onCircle(penArm, -angle * (fixedWheel - rollingWheel) / rollingWheel + shift, wheel);
         }));
     }
@@ -96,7 +96,7 @@ VLMDesign sunflower() {
     }
     pen.changeThread("058");
     for (int seed = 0; seed < 320; ++seed) {
-        const VLMPoint center = onCircle(1.2 * std::sqrt(seed + 1), seed * goldenAngle);
+        const DesignPoint center = onCircle(1.2 * std::sqrt(seed + 1), seed * goldenAngle);
         pen.jumpTo(center);
         for (int ray = 0; ray < 5; ++ray) pen.sewTo(onCircle(0.7, ray * 4 * pi / 5, center));
     }
@@ -107,8 +107,8 @@ VLMDesign sunflower() {
 VLMDesign heart() {
     const auto edge = [](double turn) {
         const double angle = turn * 2 * pi;
-        return VLMPoint{24 * std::pow(std::sin(angle), 3), 19.5 * std::cos(angle) - 7.5 * std::cos(2 * angle) -
-                                                               3 * std::cos(3 * angle) - 1.5 * std::cos(4 * angle)};
+        return DesignPoint{24 * std::pow(std::sin(angle), 3), 19.5 * std::cos(angle) - 7.5 * std::cos(2 * angle) -
+                                                                  3 * std::cos(3 * angle) - 1.5 * std::cos(4 * angle)};
     };
     Pen pen("800");
     constexpr int hearts = 33;
@@ -116,14 +116,14 @@ VLMDesign heart() {
         const double size = 1 - static_cast<double>(inner) / hearts;
         pen.sewPath(closedCurve(240,
                                 [&](double turn) {
-                                    return VLMPoint{edge(turn).x * size, edge(turn).y * size};
+                                    return DesignPoint{edge(turn).x * size, edge(turn).y * size};
                                 }),
                     3);
     }
     pen.changeThread("807");
     pen.jumpTo(edge(0));
     for (int row = 0; row <= 600; ++row) {
-        const VLMPoint point = edge(row / 600.0);
+        const DesignPoint point = edge(row / 600.0);
         const double reach = row % 2 == 0 ? 1.05 : 0.96;
         pen.sewTo({point.x * reach, point.y * reach}, 12);
     }

@@ -15,23 +15,23 @@ public:
     explicit Pen(const std::string& threadKey);
 
     /// Goes there without sewing.
-    void jumpTo(VLMPoint target);
+    void jumpTo(DesignPoint target);
     /// Sews there in stitches of the length or a little less.
-    void sewTo(VLMPoint target, double stitchLength = 2.5);
+    void sewTo(DesignPoint target, double stitchLength = 2.5);
     /// Sews through all the points, jumping to the first of them.
-    void sewPath(const std::vector<VLMPoint>& points, double stitchLength = 2.5);
+    void sewPath(const std::vector<DesignPoint>& points, double stitchLength = 2.5);
     /// A column of the width along the line: zigzag stitches that lie close enough to cover the cloth.
-    void satin(VLMPoint from, VLMPoint to, double width);
+    void satin(DesignPoint from, DesignPoint to, double width);
     void changeThread(const std::string& threadKey);
 
     /// The finished design; the pen is used up.
     [[nodiscard]] VLMDesign takeDesign() noexcept { return std::move(design_); }
 
 private:
-    void moveTo(VLMPoint target, bool isJump);
+    void moveTo(DesignPoint target, bool isJump);
 
     VLMDesign design_;
-    VLMPoint position_;  // in tenths of a millimetre
+    DesignPoint position_;  // in tenths of a millimetre
 };
 
 }  // namespace velamo

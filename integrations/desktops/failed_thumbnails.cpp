@@ -23,7 +23,7 @@ std::string_view charactersOf(std::span<const std::uint8_t> bytes) {
 
 /// The file that a thumbnail is of, which a text in the picture tells; empty where it tells none.
 fs::path fileOfThumbnail(std::span<const std::uint8_t> picture) {
-    VLMByteReader in(picture, sizeOfMark);
+    ByteReader in(picture, sizeOfMark);
     while (in.remaining() > 0) {
         const std::int32_t size = in.i32be();
         const auto kind = charactersOf(in.take(4));

@@ -44,7 +44,7 @@ TEST(Basting, SewsAFrameFirst) {
     EXPECT_EQ(design.stitches(), frame);
     EXPECT_EQ(boundsOf(design), (Bounds{-10, -10, 30, 20}));
     EXPECT_EQ(design.numberOfThreads(), 2);
-    EXPECT_EQ(design.displayRange(), (VLMRange{0, 16}));
+    EXPECT_EQ(design.displayRange(), (StitchRange{0, 16}));
 }
 
 TEST(Basting, LocksWithThreeStitchesAtMost) {

@@ -109,7 +109,7 @@ TEST(Optimisation, MeasuresAnew) {
     design.setStitches({stitch(10, 20), stitch(5, -30), stitch(-40, 0)});
     EXPECT_TRUE(optimizeJumpsFor(design, "DST"));
     EXPECT_EQ(boundsOf(design), (Bounds{-25, -10, 15, 20}));
-    EXPECT_EQ(design.displayRange(), (VLMRange{0, 3}));
+    EXPECT_EQ(design.displayRange(), (StitchRange{0, 3}));
 }
 
 TEST(Optimisation, LeavesNoBoundsWithoutStitches) {
@@ -117,13 +117,13 @@ TEST(Optimisation, LeavesNoBoundsWithoutStitches) {
     design.setDisplayRange({1, 2});
     EXPECT_TRUE(optimizeJumpsFor(design, "DST"));
     EXPECT_EQ(boundsOf(design), noBounds);
-    EXPECT_EQ(design.displayRange(), VLMRange{});
+    EXPECT_EQ(design.displayRange(), StitchRange{});
 }
 
 TEST(Optimisation, ChangesTheListThatOthersShare) {
     VLMDesign design;
     design.setStitches({jump(1, 1), jump(1, 1), stitch(1, 1)});
-    const VLMStitchList shared = design.stitches();
+    const StitchList shared = design.stitches();
     EXPECT_TRUE(optimizeJumpsFor(design, "DST"));
     EXPECT_EQ(shared.size(), 2U);
 }
@@ -140,7 +140,7 @@ TEST_P(Refusal, ChangesNothing) {
     EXPECT_TRUE(design.stitches()[0].isJumpStitch());
     EXPECT_TRUE(design.stitches()[1].isJumpStitch());
     EXPECT_EQ(design.xMax(), 7);
-    EXPECT_EQ(design.displayRange(), (VLMRange{1, 2}));
+    EXPECT_EQ(design.displayRange(), (StitchRange{1, 2}));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -30,25 +30,25 @@ int number(std::mt19937& random, int least, int most) {
     return std::uniform_int_distribution(least, most)(random);
 }
 
-VLMPoint middleOf(const VLMDesign& design) {
-    const VLMRect rect = selectionRect(design);
+DesignPoint middleOf(const VLMDesign& design) {
+    const DesignRect rect = selectionRect(design);
     return {rect.x + rect.width * 0.5, rect.y + rect.height * 0.5};
 }
 
 Edit makeMove(std::mt19937& random, const VLMDesign&) {
     std::uniform_real_distribution<double> reach(-500, 500);
-    const VLMPoint vector{reach(random), reach(random)};
+    const DesignPoint vector{reach(random), reach(random)};
     return {[vector](VLMDesign& design) { return moveSelectionByVectorerror(design, vector, nullptr); },
             [vector](VLMDesign& design) { moveStepByStep(design, vector); }};
 }
 
-auto turnAbout(VLMPoint middle, double radians) {
+auto turnAbout(DesignPoint middle, double radians) {
     const double cosine = double{static_cast<float>(std::cos(radians))};
     const double sine = double{static_cast<float>(std::sin(radians))};
-    return [=](VLMPoint point) {
+    return [=](DesignPoint point) {
         const double x = point.x - middle.x;
         const double y = point.y - middle.y;
-        return VLMPoint{cosine * x - sine * y + middle.x, y * cosine + x * sine + middle.y};
+        return DesignPoint{cosine * x - sine * y + middle.x, y * cosine + x * sine + middle.y};
     };
 }
 
@@ -57,7 +57,7 @@ Edit makeRotation(std::mt19937& random, const VLMDesign&) {
     const double radians = degrees * 0.017453292519943295;
     return {[=](VLMDesign& design) { return rotateSelectionByDegreeserror(design, degrees, nullptr); },
             [=](VLMDesign& design) {
-                const VLMPoint middle = middleOf(design);
+                const DesignPoint middle = middleOf(design);
                 transformStepByStep(design, turnAbout(middle, radians), turnAbout(middle, -radians));
             }};
 }
@@ -66,15 +66,15 @@ Edit makeResizing(std::mt19937& random, const VLMDesign&) {
     const float factor = std::uniform_real_distribution<float>(0.2F, 3)(random);
     return {[=](VLMDesign& design) { return resizeSelectionByPercenterror(design, factor, nullptr); },
             [=](VLMDesign& design) {
-                const VLMPoint c = middleOf(design);
+                const DesignPoint c = middleOf(design);
                 const double f = double{factor};
                 transformStepByStep(
                     design,
-                    [=](VLMPoint p) {
-                        return VLMPoint{(p.x - c.x) * f + c.x, (p.y - c.y) * f + c.y};
+                    [=](DesignPoint p) {
+                        return DesignPoint{(p.x - c.x) * f + c.x, (p.y - c.y) * f + c.y};
                     },
-                    [=](VLMPoint p) {
-                        return VLMPoint{(p.x - c.x) / f + c.x, (p.y - c.y) / f + c.y};
+                    [=](DesignPoint p) {
+                        return DesignPoint{(p.x - c.x) / f + c.x, (p.y - c.y) / f + c.y};
                     });
             }};
 }
@@ -83,9 +83,9 @@ Edit makeFlip(std::mt19937& random, const VLMDesign&) {
     const bool isVertical = number(random, 0, 1) == 1;
     return {[=](VLMDesign& design) { return flipSelectionerror(design, isVertical ? "V" : "H", nullptr); },
             [=](VLMDesign& design) {
-                const VLMPoint c = middleOf(design);
-                const auto flip = [=](VLMPoint p) {
-                    return isVertical ? VLMPoint{2 * c.x - p.x, p.y} : VLMPoint{p.x, 2 * c.y - p.y};
+                const DesignPoint c = middleOf(design);
+                const auto flip = [=](DesignPoint p) {
+                    return isVertical ? DesignPoint{2 * c.x - p.x, p.y} : DesignPoint{p.x, 2 * c.y - p.y};
                 };
                 transformStepByStep(design, flip, flip);
             }};
@@ -124,7 +124,7 @@ Edit makeThreadMove(std::mt19937& random, const VLMDesign& design) {
 
 Edit makeJumpInsertion(std::mt19937& random, const VLMDesign& design) {
     const int index = number(random, 0, static_cast<int>(design.stitches().size()));
-    const VLMPoint vector{number(random, -50, 50) * 0.3, number(random, -50, 50) * 0.7};
+    const DesignPoint vector{number(random, -50, 50) * 0.3, number(random, -50, 50) * 0.7};
     return {[=](VLMDesign& changed) {
                 insertJumpatIndex(changed, vector, index);
                 return true;
@@ -174,11 +174,11 @@ bool isTiny(const VLMStitch& stitch) {
 }
 
 /// Where the sewn stitches lie that are, or are not, selected.
-std::vector<VLMPoint> sewnPlaces(const VLMDesign& design, bool ofSelected) {
-    std::vector<VLMPoint> places;
-    VLMPoint start;
+std::vector<DesignPoint> sewnPlaces(const VLMDesign& design, bool ofSelected) {
+    std::vector<DesignPoint> places;
+    DesignPoint start;
     for (const VLMStitch& stitch : design.stitches()) {
-        const VLMPoint end = sumOf(start, stitch);
+        const DesignPoint end = sumOf(start, stitch);
         const bool isSewn = !isJumpOrChange(stitch) && !isTiny(stitch);
         if (isSewn && stitch.isSelected() == ofSelected) {
             places.push_back(start);
@@ -189,7 +189,7 @@ std::vector<VLMPoint> sewnPlaces(const VLMDesign& design, bool ofSelected) {
     return places;
 }
 
-void expectNear(const std::vector<VLMPoint>& places, const std::vector<VLMPoint>& expected) {
+void expectNear(const std::vector<DesignPoint>& places, const std::vector<DesignPoint>& expected) {
     ASSERT_EQ(places.size(), expected.size());
     for (std::size_t i = 0; i < places.size(); ++i) {
         EXPECT_NEAR(places[i].x, expected[i].x, 0.2) << i;

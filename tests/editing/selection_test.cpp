@@ -12,7 +12,7 @@ namespace {
 using namespace test;
 using Selected = std::vector<bool>;
 
-constexpr VLMRect invertedBox{65536, 65536, -131072, -131072};
+constexpr DesignRect invertedBox{65536, 65536, -131072, -131072};
 
 Selected selectedOf(const VLMDesign& design) {
     Selected selected;
@@ -58,7 +58,7 @@ TEST(SelectionRect, IsTheDesignsWithoutASelection) {
     design.setYMin(-2);
     design.setXMax(3);
     design.setYMax(5);
-    EXPECT_EQ(selectionRect(design), (VLMRect{-1.5, -2, 4.5, 7}));
+    EXPECT_EQ(selectionRect(design), (DesignRect{-1.5, -2, 4.5, 7}));
 }
 
 TEST(SelectionRect, HoldsBothEndsOfEachSelectedStitch) {
@@ -66,9 +66,9 @@ TEST(SelectionRect, HoldsBothEndsOfEachSelectedStitch) {
     design.setSelectionActive(true);
     EXPECT_EQ(selectionRect(design), invertedBox);
     design.stitches()[1].setIsSelected(true);
-    EXPECT_EQ(selectionRect(design), (VLMRect{10, 0, 10, 0}));
+    EXPECT_EQ(selectionRect(design), (DesignRect{10, 0, 10, 0}));
     design.stitches()[3].setIsSelected(true);
-    EXPECT_EQ(selectionRect(design), (VLMRect{10, 0, 20, 10}));
+    EXPECT_EQ(selectionRect(design), (DesignRect{10, 0, 20, 10}));
 }
 
 TEST(SelectingInARectangle, TakesStitchesWithBothEndsInside) {
@@ -107,7 +107,7 @@ TEST(SelectingInARectangle, UnselectsAndKeepsWhatLiesOutside) {
 
 struct Click {
     const char* name;
-    VLMPoint point;
+    DesignPoint point;
     float tolerance;
     int stitch;
     int thread;
@@ -185,7 +185,7 @@ TEST(SelectingAStitch, FindsSelectionActiveEvenByAMiss) {
 
 struct BlockClick {
     const char* name;
-    VLMPoint point;
+    DesignPoint point;
     Selected selected;
 };
 class SelectingABlock : public testing::TestWithParam<BlockClick> {};

@@ -110,7 +110,7 @@ inline void optimizeStepByStep(VLMDesign& design, std::string_view type) {
 }
 
 /// The new index of the stitch that was at `index`.
-inline std::size_t insertJumpStepByStep(Stitches& stitches, VLMPoint vector, std::size_t index) {
+inline std::size_t insertJumpStepByStep(Stitches& stitches, DesignPoint vector, std::size_t index) {
     if (index >= stitches.size()) return index;
     const VLMStitch previous = index > 0 ? stitches[index - 1] : VLMStitch();
     const VLMStitch target = stitches[index];
@@ -120,32 +120,32 @@ inline std::size_t insertJumpStepByStep(Stitches& stitches, VLMPoint vector, std
     return index + 2;
 }
 
-inline VLMPoint sumOf(VLMPoint place, const VLMStitch& stitch) {
+inline DesignPoint sumOf(DesignPoint place, const VLMStitch& stitch) {
     return {place.x + double{stitch.deltaX()}, place.y + double{stitch.deltaY()}};
 }
 
 template <class Transform, class Inverse>
 void transformStepByStep(VLMDesign& design, Transform transform, Inverse inverse) {
     auto& stitches = design.stitches().all();
-    VLMPoint oldPlace;
-    VLMPoint newPlace;
+    DesignPoint oldPlace;
+    DesignPoint newPlace;
     bool wasSelected = false;
     for (std::size_t i = 0; i < stitches.size(); ++i) {
-        const VLMPoint end = sumOf(oldPlace, stitches[i]);
+        const DesignPoint end = sumOf(oldPlace, stitches[i]);
         if (stitches[i].isSelected()) {
             if (!wasSelected) {
-                const VLMPoint start = transform(oldPlace);
-                const VLMPoint way{start.x - newPlace.x, start.y - newPlace.y};
+                const DesignPoint start = transform(oldPlace);
+                const DesignPoint way{start.x - newPlace.x, start.y - newPlace.y};
                 i = insertJumpStepByStep(stitches, way, i);
                 newPlace = {newPlace.x + way.x, newPlace.y + way.y};
             }
-            const VLMPoint newEnd = transform(end);
+            const DesignPoint newEnd = transform(end);
             stitches[i].setDeltaX(static_cast<float>(newEnd.x - newPlace.x));
             stitches[i].setDeltaY(static_cast<float>(newEnd.y - newPlace.y));
             newPlace = newEnd;
         } else {
             if (wasSelected && i > 0) {
-                const VLMPoint back = inverse(newPlace);
+                const DesignPoint back = inverse(newPlace);
                 i = insertJumpStepByStep(stitches, {back.x - newPlace.x, back.y - newPlace.y}, i);
             }
             newPlace = end;
@@ -156,7 +156,7 @@ void transformStepByStep(VLMDesign& design, Transform transform, Inverse inverse
     optimizeStepByStep(design, *design.designType());
 }
 
-inline void moveStepByStep(VLMDesign& design, VLMPoint vector) {
+inline void moveStepByStep(VLMDesign& design, DesignPoint vector) {
     auto& stitches = design.stitches().all();
     bool wasSelected = false;
     for (std::size_t i = 0; i < stitches.size(); ++i) {
@@ -170,19 +170,19 @@ inline void moveStepByStep(VLMDesign& design, VLMPoint vector) {
 
 inline void centerStepByStep(VLMDesign& design) {
     for (int i = 0; i < 10; ++i) {
-        const VLMPoint center = design.centerOfDesign();
-        if (center == VLMPoint{0, 0}) return;
+        const DesignPoint center = design.centerOfDesign();
+        if (center == DesignPoint{0, 0}) return;
         insertJumpStepByStep(design.stitches().all(), {-center.x, -center.y}, 0);
         optimizeStepByStep(design, *design.designType());
     }
 }
 
 inline void removeSelectedStepByStep(Stitches& stitches) {
-    VLMPoint place;
-    VLMPoint gap;
+    DesignPoint place;
+    DesignPoint gap;
     bool isInRun = false;
     for (std::size_t i = 0; i < stitches.size();) {
-        const VLMPoint end = sumOf(place, stitches[i]);
+        const DesignPoint end = sumOf(place, stitches[i]);
         if (stitches[i].isSelected()) {
             if (!isInRun) gap = place;
             isInRun = true;
@@ -294,7 +294,7 @@ inline void deleteThreadStepByStep(VLMDesign& design, int index) {
     optimizeStepByStep(design, *design.designType());
 }
 
-inline VLMStitch jumpBetween(VLMPoint from, VLMPoint to) {
+inline VLMStitch jumpBetween(DesignPoint from, DesignPoint to) {
     return jump(static_cast<float>(to.x - from.x), static_cast<float>(to.y - from.y));
 }
 
@@ -302,9 +302,9 @@ inline void moveThreadStepByStep(VLMDesign& design, int from, int to) {
     if (from < 0 || to < 0 || from >= design.numberOfThreads() || to >= design.numberOfThreads() || from == to) return;
     auto& stitches = design.stitches().all();
     Stitches moved;
-    VLMPoint place;
-    VLMPoint start;
-    VLMPoint end;
+    DesignPoint place;
+    DesignPoint start;
+    DesignPoint end;
     int changes = 0;
     std::size_t behind = 0;
     for (std::size_t i = 0; i < stitches.size();) {
@@ -331,7 +331,7 @@ inline void moveThreadStepByStep(VLMDesign& design, int from, int to) {
     if (!stitches.empty()) stitches[0].setIsColorChange(true);
     int block = -1;
     std::size_t target = 0;
-    VLMPoint before;
+    DesignPoint before;
     for (; target < stitches.size(); ++target) {
         if (stitches[target].isColorChange()) ++block;
         if (block == to) break;

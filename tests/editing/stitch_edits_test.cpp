@@ -105,7 +105,7 @@ TEST(Deleting, EverythingLeavesASquareToDrawOn) {
     EXPECT_TRUE(design.stitches().empty());
     EXPECT_TRUE(design.threads().empty());
     EXPECT_EQ(boundsOf(design), (Bounds{-100, -100, 100, 100}));
-    EXPECT_EQ(design.displayRange(), VLMRange{});
+    EXPECT_EQ(design.displayRange(), StitchRange{});
 }
 
 TEST(Switching, MakesJumpsAndStitches) {

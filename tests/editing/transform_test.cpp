@@ -162,7 +162,7 @@ TEST(Centering, JumpsToTheMiddle) {
     VLMDesign design = measured({stitch(10, 0), stitch(0, 20)}, 10, 0, 10, 20);
     EXPECT_TRUE(centerDesign(design));
     EXPECT_EQ(design.stitches(), (Stitches{jump(-5, -10), stitch(0, 0), stitch(10, 0), stitch(0, 20)}));
-    EXPECT_EQ(design.centerOfDesign(), VLMPoint{});
+    EXPECT_EQ(design.centerOfDesign(), DesignPoint{});
     EXPECT_EQ(boundsOf(design), (Bounds{-5, -10, 5, 10}));
 }
 
@@ -171,7 +171,7 @@ TEST(Centering, OfACenteredDesignInsertsNothing) {
     design.setDisplayRange({1, 1});
     EXPECT_TRUE(centerDesign(design));
     EXPECT_EQ(design.stitches(), allSelected);
-    EXPECT_EQ(design.displayRange(), (VLMRange{1, 1}));
+    EXPECT_EQ(design.displayRange(), (StitchRange{1, 1}));
 }
 
 TEST(Centering, OfAnEmptyDesignSettles) {

@@ -72,7 +72,7 @@ public:
             EXPECT_FALSE(outcome.error.message().empty());
         } else {
             EXPECT_EQ(outcome.error.code, 0);
-            EXPECT_EQ(outcome.design.displayRange(), (VLMRange{0, outcome.design.stitches().size()}));
+            EXPECT_EQ(outcome.design.displayRange(), (StitchRange{0, outcome.design.stitches().size()}));
         }
         // The smallest stitch takes two bytes, and one more may be made of a header; the smallest thread takes three.
         // Of a VP3 file whose sections lead backward, bytes are read more than once.
@@ -140,7 +140,7 @@ TEST_P(AllFormats, ImportTheirSample) {
     EXPECT_EQ(outcome.design.designType(), GetParam().type);
     EXPECT_GE(outcome.design.stitches().size(), 4U);
     EXPECT_GE(outcome.design.threads().size(), 1U);
-    EXPECT_EQ(outcome.design.displayRange(), (VLMRange{0, outcome.design.stitches().size()}));
+    EXPECT_EQ(outcome.design.displayRange(), (StitchRange{0, outcome.design.stitches().size()}));
     EXPECT_LE(outcome.design.xMin(), outcome.design.xMax());
     EXPECT_LE(outcome.design.yMin(), outcome.design.yMax());
 }

@@ -13,7 +13,7 @@ using test::bytes;
 using test::Bytes;
 
 TEST(ByteWriter, PutsNumbersWithTheLowestByteFirst) {
-    VLMByteWriter out;
+    ByteWriter out;
     out.u8(0x01);
     out.u16(0x0302);
     out.u24(0x060504);
@@ -25,7 +25,7 @@ TEST(ByteWriter, PutsNumbersWithTheLowestByteFirst) {
 }
 
 TEST(ByteWriter, KeepsTheLowerBitsOfWhatDoesNotFit) {
-    VLMByteWriter out;
+    ByteWriter out;
     out.u8(-1);
     out.u8(0x1FF);
     out.u16(-2);
@@ -35,7 +35,7 @@ TEST(ByteWriter, KeepsTheLowerBitsOfWhatDoesNotFit) {
 }
 
 TEST(ByteWriter, PutsTextsBytesAndFillings) {
-    VLMByteWriter out;
+    ByteWriter out;
     out.text({"a\0\xFF", 3});
     out.bytes(bytes(7, 8));
     out.fill(3, ' ');
@@ -43,7 +43,7 @@ TEST(ByteWriter, PutsTextsBytesAndFillings) {
 }
 
 TEST(ByteWriter, ReplacesBytesThatAreThere) {
-    VLMByteWriter out;
+    ByteWriter out;
     out.fill(6, 9);
     out.replace(1, 0x010203, 3);
     out.replace(5, -1, 1);
@@ -52,7 +52,7 @@ TEST(ByteWriter, ReplacesBytesThatAreThere) {
 
 TEST(ByteWriter, GrowsBeyondTheExpectedSize) {
     for (const std::size_t expected : {0U, 1U, 7U, 8U, 100U, 1000U}) {
-        VLMByteWriter out(expected);
+        ByteWriter out(expected);
         for (int i = 0; i < 333; ++i) out.u24(i);
         const Bytes file = out.take();
         ASSERT_EQ(file.size(), 999U);
@@ -68,7 +68,7 @@ TEST(ByteWriter, PutsRecordsOfSeveralWidths) {
             elements[i] = static_cast<int>(i);
             for (std::size_t byte = 0; byte <= i % 8; ++byte) file.push_back(static_cast<std::uint8_t>(i));
         }
-        VLMByteWriter out(expected);
+        ByteWriter out(expected);
         out.u8(7);
         out.records(std::span<const int>(elements), [](int element) -> ByteRecord {
             constexpr std::uint64_t everyByte = 0x0101010101010101;
@@ -80,7 +80,7 @@ TEST(ByteWriter, PutsRecordsOfSeveralWidths) {
 }
 
 TEST(ByteWriter, IsEmptyAtFirst) {
-    EXPECT_EQ(VLMByteWriter(50).take(), Bytes());
+    EXPECT_EQ(ByteWriter(50).take(), Bytes());
 }
 
 }  // namespace

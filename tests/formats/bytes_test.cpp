@@ -32,8 +32,8 @@ void expectSame(const VLMDesign& one, const VLMDesign& other) {
     EXPECT_EQ(one.threads().all(), other.threads().all());
     EXPECT_EQ(one.hoopVendor(), other.hoopVendor());
     EXPECT_EQ(one.hoopCode(), other.hoopCode());
-    EXPECT_EQ((VLMRect{double(one.xMin()), double(one.yMin()), double(one.xMax()), double(one.yMax())}),
-              (VLMRect{double(other.xMin()), double(other.yMin()), double(other.xMax()), double(other.yMax())}));
+    EXPECT_EQ((DesignRect{double(one.xMin()), double(one.yMin()), double(one.xMax()), double(one.yMax())}),
+              (DesignRect{double(other.xMin()), double(other.yMin()), double(other.xMax()), double(other.yMax())}));
 }
 
 /// Threads by their numbers, as a person might choose them.

@@ -215,7 +215,7 @@ TEST_P(DstLimits, AreKept) {
     design.setDesignType("PES");
     design.setHoopFromVendorwithCode("Janome", 28);
     GetParam().spoil(design);
-    const VLMThreadList threads = design.threads().copy();
+    const ThreadList threads = design.threads().copy();
     VLMError error;
     EXPECT_EQ(exportDstDesignToURLerror(design, folder.path() / "rose.dst", &error), GetParam().code == 0);
     EXPECT_EQ(error.code, GetParam().code);
@@ -296,7 +296,7 @@ TEST(DstWriting, LeavesTheDesignAsReadingGivesIt) {
         VLMDesign design = boundlessDesign({stitch(1, 1)}, 25);
         design.setUseThreadFile(useThreadFile);
         design.setHoopFromVendorwithCode("Janome", 28);
-        const VLMThreadList shared = design.threads();
+        const ThreadList shared = design.threads();
         ASSERT_TRUE(exportDstDesignToURLerror(design, folder.path() / "rose.dst", nullptr));
         EXPECT_EQ(design.designType(), "DST");
         EXPECT_EQ(design.designVersion(), 10);
@@ -310,7 +310,7 @@ TEST(DstWriting, LeavesTheDesignAsReadingGivesIt) {
 TEST(DstWriting, ReportsTheSystemsErrorAndChangesNothing) {
     const test::TemporaryFolder folder;
     VLMDesign design = boundlessDesign({stitch(1, 1)});
-    const VLMThreadList threads = design.threads().copy();
+    const ThreadList threads = design.threads().copy();
     for (const auto& [target, code] :
          {std::pair{folder.path(), EISDIR}, {folder.path() / "missing/rose.dst", ENOENT}}) {
         VLMError error;

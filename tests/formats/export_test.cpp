@@ -108,7 +108,7 @@ TEST(Export, FitsTheMovesToTheFormat) {
     ASSERT_TRUE(exportDesignToURLerror(design, folder.path() / "x.dst", nullptr));
     EXPECT_EQ(design.stitches(), (std::vector{stitch(120, 0), stitch(120, 0), stitch(60, 0), stitch(-120, 0),
                                               stitch(-120, 0), stitch(-60, 0)}));
-    EXPECT_EQ(design.displayRange(), (VLMRange{0, 6}));
+    EXPECT_EQ(design.displayRange(), (StitchRange{0, 6}));
     EXPECT_EQ(TemporaryFolder::read(folder.path() / "x.dst").size(), 512U + 6 * 3 + 4);
 }
 
@@ -124,7 +124,7 @@ TEST_P(UnsupportedFormats, AreRefusedWithALineInTheLog) {
     const auto sideFile = folder.write("from.threads", "old");
     VLMDesign design = twoColors();
     design.setDesignLocation(folder.path() / "from.dst");
-    const VLMStitchList stitches = design.stitches().copy();
+    const StitchList stitches = design.stitches().copy();
     VLMError error;
     logLines().clear();
     EXPECT_FALSE(
@@ -226,7 +226,7 @@ TEST(Export, SaysWhenMovesCannotBeFitted) {
     folder.write("from.threads", "old");
     VLMDesign design = sewn({stitch(std::numeric_limits<float>::infinity(), 0), stitch(1, 1)});
     design.setDesignLocation(folder.path() / "from.dst");
-    const VLMStitchList stitches = design.stitches().copy();
+    const StitchList stitches = design.stitches().copy();
     VLMError error;
     EXPECT_FALSE(exportDesignToURLerror(design, folder.path() / "x.exp", &error));
     EXPECT_EQ(error.code, 52);

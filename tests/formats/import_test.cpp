@@ -32,7 +32,7 @@ TEST_P(DstNames, ReachTheDstReader) {
     EXPECT_EQ(design.designName(), GetParam());
     EXPECT_EQ(design.designLocation(), file);
     EXPECT_EQ(design.designType(), "DST");
-    EXPECT_EQ(design.displayRange(), (VLMRange{0, 1}));
+    EXPECT_EQ(design.displayRange(), (StitchRange{0, 1}));
     EXPECT_FALSE(design.useThreadFile());
 }
 INSTANTIATE_TEST_SUITE_P(Rows, DstNames,

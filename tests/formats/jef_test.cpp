@@ -226,7 +226,7 @@ TEST(JefImport, TellsTheVariantsApartByTheName) {
             << error.message();
         EXPECT_EQ(design.designType(), type);
         EXPECT_EQ(design.designVersion(), version);
-        EXPECT_EQ(design.displayRange(), (VLMRange{0, 1}));
+        EXPECT_EQ(design.displayRange(), (StitchRange{0, 1}));
     }
 }
 

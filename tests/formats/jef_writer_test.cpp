@@ -101,7 +101,7 @@ TEST(JefThreads, BecomeTheNearestOfTheJanomePalette) {
         EXPECT_EQ(VLMDesign::janomeColorCodes().at(static_cast<std::int32_t>(numberAt(file, tablesOffset + 8))),
                   nearest.key());
         EXPECT_EQ(numberAt(file, tablesOffset + 20), 99);
-        EXPECT_EQ(design.threads(), useThreadFile ? VLMThreadList(given) : VLMThreadList({kept, unknown, nearest}));
+        EXPECT_EQ(design.threads(), useThreadFile ? ThreadList(given) : ThreadList({kept, unknown, nearest}));
     }
 }
 
@@ -159,7 +159,7 @@ TEST_P(JefHoops, AreChosen) {
                 "M", "Brother", row.code, 130, 180, false, false, true)));
     else
         design.setHoopFromVendorwithCode(row.vendor, row.code);
-    const VLMHoopHandle given = design.designHoop();
+    const HoopHandle given = design.designHoop();
     VLMError error;
     const auto file = writeJef(design, newYear, &error);
     EXPECT_EQ(file.has_value(), row.error == 0);

@@ -169,7 +169,7 @@ TEST_P(PcsHoops, AreChosen) {
                 "X", "Pfaff", row.code, 100, 100, false, false, false)));
     else
         design.setHoopFromVendorwithCode(row.vendor, row.code);
-    const VLMHoopHandle given = design.designHoop();
+    const HoopHandle given = design.designHoop();
     VLMError error;
     const auto file = writePcs(design, &error);
     EXPECT_EQ(file.has_value(), row.error == 0);

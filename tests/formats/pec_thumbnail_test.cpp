@@ -55,7 +55,7 @@ VLMThread threadOf(double red, double green, double blue) {
 VLMDesign designOf(std::vector<VLMStitch> stitches, const std::vector<VLMThread>& threads) {
     VLMDesign design;
     design.resetBounds();
-    VLMPoint end;
+    DesignPoint end;
     for (const VLMStitch& stitch : stitches) {
         end = {end.x + stitch.deltaX(), end.y + stitch.deltaY()};
         design.setXMin(std::min(design.xMin(), static_cast<float>(end.x)));
@@ -278,7 +278,7 @@ TEST(PecThumbnails, OfAllThreadsAreThoseOfEach) {
 
 /// The pixels of the small picture that are made of a part of the design; how the library mixes the large picture's
 /// pixels depends a little on which of the small one's it is asked for.
-GraphicsRectangle smallPartOf(const VLMRect& part, const VLMRect& seen, const GraphicsRectangle& place) {
+GraphicsRectangle smallPartOf(const DesignRect& part, const DesignRect& seen, const GraphicsRectangle& place) {
     constexpr double reach = 2.75;
     constexpr double mixed = 4;
     const double scale = place.width / seen.width;
@@ -291,9 +291,9 @@ GraphicsRectangle smallPartOf(const VLMRect& part, const VLMRect& seen, const Gr
 
 /// The thumbnail as it comes about without anything that saves time: with a bitmap of its own, every line of which is
 /// drawn anew, for what is clipped is. Where the design has a part alone that shows, it is given.
-Bytes plainThumbnail(const VLMDesign& design, std::int32_t thread, std::optional<VLMRect> part = std::nullopt) {
-    const VLMRect seen{design.xMin() - 10.0, design.yMin() - 10.0, design.designWidth() + 20.0,
-                       design.designHeight() + 20.0};
+Bytes plainThumbnail(const VLMDesign& design, std::int32_t thread, std::optional<DesignRect> part = std::nullopt) {
+    const DesignRect seen{design.xMin() - 10.0, design.yMin() - 10.0, design.designWidth() + 20.0,
+                          design.designHeight() + 20.0};
     auto large = Bitmap::make(static_cast<std::int64_t>(seen.width), static_cast<std::int64_t>(seen.height));
     auto small = Bitmap::make(columns, rows);
     if (!large || !small) return {};
@@ -333,7 +333,7 @@ VLMDesign designOf(const PlainRow& row, unsigned seed) {
     std::mt19937 random(seed);
     std::vector<VLMStitch> stitches;
     std::vector<VLMThread> threads{dark};
-    VLMPoint needle;
+    DesignPoint needle;
     const auto move = [&](double place) {
         const int step = static_cast<int>(random() % static_cast<unsigned>(2 * row.reach + 1)) - row.reach;
         const double delta = static_cast<double>(step) / row.steps;

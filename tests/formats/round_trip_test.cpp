@@ -190,8 +190,8 @@ TEST_P(RoundTrips, KeepPlacesWithinATenthOfAMillimetre) {
     VLMDesign read = throughFile(design, target("one"));
     const bool hasStart = GetParam().extension == "pes" || GetParam().extension == "pec";
     ASSERT_EQ(read.stitches().size(), design.stitches().size() + (hasStart ? 1 : 0));
-    VLMPoint sewnPlace;
-    VLMPoint readPlace;
+    DesignPoint sewnPlace;
+    DesignPoint readPlace;
     for (std::size_t i = 0; i < design.stitches().size(); ++i) {
         sewnPlace.x += double{design.stitches()[i].deltaX()};
         sewnPlace.y += double{design.stitches()[i].deltaY()};

@@ -11,7 +11,7 @@ constexpr float largest = std::numeric_limits<float>::max();
 
 TEST(StitchSink, WithoutStitchesLeavesEmptyBounds) {
     VLMDesign design;
-    { const VLMStitchSink sink(design, 10); }
+    { const StitchSink sink(design, 10); }
     EXPECT_EQ(design.xMin(), largest);
     EXPECT_EQ(design.xMax(), -largest);
     EXPECT_EQ(design.yMin(), largest);
@@ -26,7 +26,7 @@ TEST(StitchSink, MayWidenTheBoundsThatAreThere) {
     design.setYMin(-5);
     design.setYMax(5);
     {
-        VLMStitchSink sink(design, 1, SinkBounds::widen);
+        StitchSink sink(design, 1, SinkBounds::widen);
         sink.append(7, -3, false, false);
     }
     EXPECT_EQ(design.xMin(), -5);
@@ -40,7 +40,7 @@ TEST(StitchSink, TakesMoreStitchesThanItWasTold) {
         VLMDesign design;
         design.stitches().push_back({9, 9, false, false});
         {
-            VLMStitchSink sink(design, 0);
+            StitchSink sink(design, 0);
             for (std::size_t i = 0; i < count; ++i) sink.append(1, -1, i % 3 == 0, i % 5 == 0);
         }
         ASSERT_EQ(design.stitches().size(), count + 1);
@@ -57,7 +57,7 @@ TEST(StitchSink, TakesMoreStitchesThanItWasTold) {
 TEST(StitchSink, KeepsThePositionInSinglePrecision) {
     VLMDesign design;
     {
-        VLMStitchSink sink(design, 3);
+        StitchSink sink(design, 3);
         sink.append(16777216, 0, false, false);
         sink.append(1, 0, false, false);  // lost
         sink.append(3, 0, false, false);  // counts as 4
@@ -67,7 +67,7 @@ TEST(StitchSink, KeepsThePositionInSinglePrecision) {
 
 TEST(StitchSink, TellsTheLastStitch) {
     VLMDesign design;
-    VLMStitchSink sink(design, 2);
+    StitchSink sink(design, 2);
     EXPECT_EQ(sink.last(), nullptr);
     sink.append(1, 0, false, false);
     ASSERT_NE(sink.last(), nullptr);

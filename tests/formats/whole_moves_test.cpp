@@ -32,7 +32,7 @@ struct Row {
 };
 class WholeMoves : public testing::TestWithParam<Row> {};
 TEST_P(WholeMoves, CarryTheirFractions) {
-    VLMWholeMoves moves;
+    WholeMoves moves;
     std::vector<float> whole;
     for (const float move : GetParam().moves) whole.push_back(moves.take(move));
     EXPECT_EQ(whole, GetParam().whole);
@@ -50,7 +50,7 @@ TEST(WholeMoves, AddSinglePrecisionBeforeRounding) {
     // The sums as they are written down, each operation rounded to single precision.
     std::mt19937 random(9);
     std::uniform_real_distribution<float> any(-130, 130);
-    VLMWholeMoves moves;
+    WholeMoves moves;
     float carry = 0;
     for (int i = 0; i < 100000; ++i) {
         const float move = i % 3 == 0 ? std::round(any(random)) : any(random);
@@ -63,7 +63,7 @@ TEST(WholeMoves, AddSinglePrecisionBeforeRounding) {
 }
 
 TEST(WholeMoves, CarryWhatDidNotFit) {
-    VLMWholeMoves moves;
+    WholeMoves moves;
     EXPECT_EQ(moves.take(130.25F), 130);
     moves.carry(9);
     EXPECT_EQ(moves.take(0), 9);
@@ -71,7 +71,7 @@ TEST(WholeMoves, CarryWhatDidNotFit) {
 }
 
 TEST(WholePairs, CarryBothFractions) {
-    VLMWholePairs moves;
+    WholePairs moves;
     const auto take = [&moves](float x, float y) {
         const auto move = moves.take(x, y);
         return std::pair(move.x, move.y);
@@ -85,7 +85,7 @@ TEST(WholePairs, CarryBothFractions) {
 }
 
 TEST(ByteMoves, KeepTheLowerEightBits) {
-    VLMWholePairs moves;
+    WholePairs moves;
     EXPECT_EQ(byteMove(moves.take(-3, 2)), 0x02FDU);
     EXPECT_EQ(byteMove(moves.take(130, -200)), 0x3882U);
     EXPECT_EQ(byteMove(moves.take(-0.5F, 256)), 0x00FFU);

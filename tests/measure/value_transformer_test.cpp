@@ -23,7 +23,7 @@ VLMValueTransformer transformerFor(std::int32_t unit, const std::string& locale 
 struct ForwardRow {
     const char* name;
     std::int32_t unit;
-    VLMTransformableValue value;
+    TransformableValue value;
     Text text;
     const char* locale = "en_US";
 };
@@ -85,16 +85,16 @@ INSTANTIATE_TEST_SUITE_P(KindsOfValue, Forward,
                                          ForwardRow{"TextIsReadWithoutGroups", 0, "1,234.5", "1.0 mm"}),
                          nameOfRow);
 
-std::string refusalOf(const VLMTransformableValue& value) {
+std::string refusalOf(const TransformableValue& value) {
     try {
         return "accepted: " + transformerFor(0).transformedValue(value).value_or("nothing");
-    } catch (const VLMInternalInconsistencyException& exception) {
+    } catch (const InternalInconsistencyException& exception) {
         return exception.what();
     }
 }
 
 TEST(ValueTransformer, RefusesValuesWithoutANumber) {
-    EXPECT_EQ(refusalOf(VLMStyledText{"12"}), "Value (velamo::VLMStyledText) does not respond to -floatValue.");
+    EXPECT_EQ(refusalOf(StyledText{"12"}), "Value (velamo::StyledText) does not respond to -floatValue.");
     EXPECT_EQ(refusalOf(std::any(MeasurementUnit::millimetres)),
               "Value (velamo::MeasurementUnit) does not respond to -floatValue.");
     EXPECT_EQ(refusalOf(12), "accepted: 12.0 mm");
@@ -161,8 +161,8 @@ INSTANTIATE_TEST_SUITE_P(
     nameOfRow);
 
 TEST(ValueTransformer, ReadsStyledTextAsItsPlainString) {
-    EXPECT_EQ(transformerFor(2).reverseTransformedValue(VLMStyledText{"1 1/2"}).number(), 1.5 * 25.4);
-    EXPECT_EQ(transformerFor(2).reverseTransformedValue(VLMStyledText{}).number(), 0);
+    EXPECT_EQ(transformerFor(2).reverseTransformedValue(StyledText{"1 1/2"}).number(), 1.5 * 25.4);
+    EXPECT_EQ(transformerFor(2).reverseTransformedValue(StyledText{}).number(), 0);
 }
 
 TEST(ValueTransformer, ReadsNothingAsZero) {

@@ -13,7 +13,7 @@ namespace {
 
 constexpr float largest = std::numeric_limits<float>::max();
 
-VLMHoopHandle someHoop() {
+HoopHandle someHoop() {
     return std::make_shared<const VLMHoop>(VLMHoop::initWithHoopvendorcodewidthheightmultiHooproundHoopisWritable(
         "SQ23", "Janome", 28, 230, 231, true, false, true));
 }
@@ -63,7 +63,7 @@ TEST(Design, StartsEmpty) {
     EXPECT_TRUE(design.stitches().empty());
     EXPECT_TRUE(design.threads().isThere());
     EXPECT_TRUE(design.threads().empty());
-    EXPECT_EQ(design.displayRange(), (VLMRange{0, 0}));
+    EXPECT_EQ(design.displayRange(), (StitchRange{0, 0}));
     EXPECT_EQ(design.designName(), std::nullopt);
     EXPECT_EQ(design.designType(), std::nullopt);
     EXPECT_EQ(design.designLocation(), std::nullopt);
@@ -77,7 +77,7 @@ TEST(Design, StartsEmpty) {
 
 TEST(Design, SharesItsListsWithWhoeverHoldsThem) {
     VLMDesign design;
-    VLMStitchList shared{{1, 2, false, false}};
+    StitchList shared{{1, 2, false, false}};
     design.setStitches(shared);
     shared.push_back({3, 4, false, false});
     EXPECT_EQ(design.stitches().size(), 2U);
@@ -85,8 +85,8 @@ TEST(Design, SharesItsListsWithWhoeverHoldsThem) {
 }
 
 TEST(Design, LeavesSharedListsEmptyWhenItIsReleased) {
-    VLMStitchList stitches;
-    VLMThreadList threads;
+    StitchList stitches;
+    ThreadList threads;
     {
         const VLMDesign design = fullDesign();
         stitches = design.stitches();
@@ -100,9 +100,9 @@ TEST(Design, LeavesSharedListsEmptyWhenItIsReleased) {
 
 TEST(Design, LeavesSharedListsEmptyWhenItIsReplacedAndWholeWhenItIsMoved) {
     VLMDesign design = fullDesign();
-    const VLMStitchList former = design.stitches();
+    const StitchList former = design.stitches();
     VLMDesign other = fullDesign();
-    const VLMStitchList moved = other.stitches();
+    const StitchList moved = other.stitches();
     design = std::move(other);
     EXPECT_TRUE(former.empty());
     EXPECT_EQ(moved.size(), 3U);
@@ -137,7 +137,7 @@ TEST(Archive, GivesTheDesignBack) {
     VLMError error;
     ASSERT_TRUE(unarchiveDesign(decoded, archiveDesign(design), &error)) << error.message();
     expectSameFields(decoded, design);
-    EXPECT_EQ(decoded.displayRange(), (VLMRange{0, 3}));  // whatever it was
+    EXPECT_EQ(decoded.displayRange(), (StitchRange{0, 3}));  // whatever it was
     ASSERT_NE(decoded.designHoop(), nullptr);
     const VLMHoop& hoop = *decoded.designHoop();
     EXPECT_EQ(hoop, *design.designHoop());
@@ -160,7 +160,7 @@ TEST(Archive, OfAnEmptyDesignGivesEmptyListsBack) {
     EXPECT_TRUE(decoded.stitches().empty());
     EXPECT_EQ(decoded.designName(), std::nullopt);
     EXPECT_EQ(decoded.designHoop(), nullptr);
-    EXPECT_EQ(decoded.displayRange(), (VLMRange{0, 0}));
+    EXPECT_EQ(decoded.displayRange(), (StitchRange{0, 0}));
 }
 
 /// An archive whose root, of the class named, has none but the keys that the body encodes.

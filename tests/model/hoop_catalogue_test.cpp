@@ -69,10 +69,10 @@ const std::vector<HoopRow> janomeHoops{janome("C/FA/M3", 1, 50, 50),
                                        janome("ASQ22", 31, 220, 220)};
 const std::vector<HoopRow> pfaffHoops{{"Pfaff", "S", 2, 80, 80}, {"Pfaff", "L", 3, 120, 115}};
 
-std::vector<HoopRow> rowsOf(const std::vector<VLMHoopHandle>& hoops) {
+std::vector<HoopRow> rowsOf(const std::vector<HoopHandle>& hoops) {
     std::vector<HoopRow> rows;
     rows.reserve(hoops.size());
-    for (const VLMHoopHandle& hoop : hoops) rows.push_back(rowOf(*hoop));
+    for (const HoopHandle& hoop : hoops) rows.push_back(rowOf(*hoop));
     return rows;
 }
 
@@ -187,7 +187,7 @@ void PrintTo(const ChoiceRow& row, std::ostream* out) {
 class HoopChoice : public testing::TestWithParam<ChoiceRow> {};
 TEST_P(HoopChoice, TakesTheFirstThatFits) {
     const VLMDesign design = designOf(GetParam().width, GetParam().height);
-    const VLMHoopHandle hoop = design.findHoopFromVendor(GetParam().vendor);
+    const HoopHandle hoop = design.findHoopFromVendor(GetParam().vendor);
     EXPECT_EQ(hoop ? hoop->name() : "", GetParam().name);
     EXPECT_EQ(design.designHoop(), nullptr);
 }

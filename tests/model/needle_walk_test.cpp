@@ -53,8 +53,10 @@ TEST(NeedleWalk, CountsBlocks) {
 
 TEST(NeedleWalk, FollowsTheNeedle) {
     const auto moves = movesOf({stitch(1, 2), jump(-4, 0.5F), stitch(0, 0)});
-    EXPECT_THAT(each(moves, &NeedleMove::start), ElementsAre(VLMPoint{0, 0}, VLMPoint{1, 2}, VLMPoint{-3, 2.5}));
-    EXPECT_THAT(each(moves, &NeedleMove::end), ElementsAre(VLMPoint{1, 2}, VLMPoint{-3, 2.5}, VLMPoint{-3, 2.5}));
+    EXPECT_THAT(each(moves, &NeedleMove::start),
+                ElementsAre(DesignPoint{0, 0}, DesignPoint{1, 2}, DesignPoint{-3, 2.5}));
+    EXPECT_THAT(each(moves, &NeedleMove::end),
+                ElementsAre(DesignPoint{1, 2}, DesignPoint{-3, 2.5}, DesignPoint{-3, 2.5}));
 }
 
 TEST(NeedleWalk, GoesOnFromACopy) {
@@ -64,7 +66,7 @@ TEST(NeedleWalk, GoesOnFromACopy) {
     const NeedleMove move = copy.take(stitch(2, 0));
     EXPECT_TRUE(move.isSewn);
     EXPECT_EQ(move.stitch, 1U);
-    EXPECT_EQ(move.end, (VLMPoint{3, 0}));
+    EXPECT_EQ(move.end, (DesignPoint{3, 0}));
     EXPECT_EQ(walk.stitch(), 1U);
 }
 

@@ -33,12 +33,12 @@ TEST_P(Sizes, AreTruncatedBounds) {
     design.setXMax(maximum);
     EXPECT_EQ(design.designWidth(), size);
     EXPECT_EQ(design.designHeight(), 0);
-    EXPECT_EQ(design.centerOfDesign(), (VLMPoint{center, 0}));
+    EXPECT_EQ(design.centerOfDesign(), (DesignPoint{center, 0}));
     VLMDesign turned;
     turned.setYMin(minimum);
     turned.setYMax(maximum);
     EXPECT_EQ(turned.designHeight(), size);
-    EXPECT_EQ(turned.centerOfDesign(), (VLMPoint{0, center}));
+    EXPECT_EQ(turned.centerOfDesign(), (DesignPoint{0, center}));
 }
 constexpr float largest = std::numeric_limits<float>::max();
 INSTANTIATE_TEST_SUITE_P(
@@ -55,8 +55,8 @@ TEST(Counts, StitchesAreTheListWithoutOneRecordForEachFurtherThread) {
     EXPECT_EQ(designOf({{1, 0, false, false}}, 0).numberOfStitches(), 2);  // not by the flags, on purpose
     EXPECT_EQ(designOf({}, 3).numberOfStitches(), -2);
     VLMDesign withoutLists;
-    withoutLists.setStitches(VLMStitchList::none());
-    withoutLists.setThreads(VLMThreadList::none());
+    withoutLists.setStitches(StitchList::none());
+    withoutLists.setThreads(ThreadList::none());
     EXPECT_EQ(withoutLists.numberOfStitches(), 0);
     EXPECT_EQ(withoutLists.numberOfThreads(), 0);
 }
@@ -80,17 +80,17 @@ TEST(Counts, ColoursDifferByTheirComponentsAlone) {
 }
 
 TEST(Points, FirstStitchIsWhereSewingBegins) {
-    EXPECT_EQ(designOf({{5, 6, false, false}}).firstStitch(), (VLMPoint{0, 0}));
-    EXPECT_EQ(designOf({}).firstStitch(), (VLMPoint{0, 0}));
+    EXPECT_EQ(designOf({{5, 6, false, false}}).firstStitch(), (DesignPoint{0, 0}));
+    EXPECT_EQ(designOf({}).firstStitch(), (DesignPoint{0, 0}));
     EXPECT_EQ(
         designOf({{5, 6, true, false}, {1, 1, true, true}, {9, 9, false, false}, {1, 1, true, false}}).firstStitch(),
-        (VLMPoint{6, 7}));
+        (DesignPoint{6, 7}));
 }
 
 TEST(Points, LastStitchIsTheSumOfAllMovesInDoublePrecision) {
-    EXPECT_EQ(designOf({}).lastStitch(), (VLMPoint{0, 0}));
+    EXPECT_EQ(designOf({}).lastStitch(), (DesignPoint{0, 0}));
     EXPECT_EQ(designOf({{16777216, 0.1F, true, false}, {1, 0, false, true}}).lastStitch(),
-              (VLMPoint{16777217, double{0.1F}}));
+              (DesignPoint{16777217, double{0.1F}}));
 }
 
 struct PaletteRow {

@@ -23,7 +23,7 @@ struct Row {
     int steps;
 };
 
-VLMPoint placeIn(const Row& row, std::mt19937& random) {
+DesignPoint placeIn(const Row& row, std::mt19937& random) {
     const int range = 2 * row.reach * row.steps + 1;
     const auto step = [&] {
         return static_cast<double>(random() % static_cast<unsigned>(range)) / row.steps - row.reach;
@@ -36,13 +36,13 @@ template <class AnyCloth>
 Bitmap sewn(const Row& row, unsigned seed, double relief) {
     std::mt19937 random(seed);
     AnyCloth cloth(row.width, row.height, row.grain, relief);
-    VLMPoint start = placeIn(row, random);
+    DesignPoint start = placeIn(row, random);
     for (int i = 0; i < row.stitches; ++i) {
         if (i % 50 == 0)
             cloth.takeThread(VLMColor::initWithRedgreenblue(static_cast<double>(random() % 256) / 255, 0.5,
                                                             static_cast<double>(random() % 256) / 255));
         if (random() % 10 == 0) start = placeIn(row, random);
-        const VLMPoint end = placeIn(row, random);
+        const DesignPoint end = placeIn(row, random);
         cloth.sewBelow(start, end, row.threadWidth);
         start = end;
     }

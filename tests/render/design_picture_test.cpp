@@ -72,7 +72,7 @@ VLMThread threadOf(double red, double green, double blue) {
 }
 
 /// A column of zigzag stitches from where the needle stands: `across` to and fro, `along` by and by.
-void sewColumn(std::vector<VLMStitch>& stitches, VLMPoint across, VLMPoint along, int turns) {
+void sewColumn(std::vector<VLMStitch>& stitches, DesignPoint across, DesignPoint along, int turns) {
     const auto add = [&stitches](double x, double y) {
         stitches.push_back(stitch(static_cast<float>(x), static_cast<float>(y)));
     };
@@ -201,7 +201,7 @@ TEST(VectorPictures, HaveTheDesignsSizeAndOneMillimetreRoundIt) {
 }
 
 void widenBounds(VLMDesign& design) {
-    VLMPoint place;
+    DesignPoint place;
     for (const VLMStitch& each : design.stitches()) {
         place = {place.x + each.deltaX(), place.y + each.deltaY()};
         design.setXMin(std::min(design.xMin(), static_cast<float>(place.x)));
@@ -301,7 +301,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, BytesOfPicture,
 TEST(VectorPictures, HaveOutlineAndThreadOfEachStitchWhereItLies) {
     const auto paths = test::pathsOfSvg(textOf(svgOf(letterF(), {.showThread = 1})));
     ASSERT_EQ(paths.size(), 18U);  // the way to the second thread's place and its eight stitches
-    VLMPoint end;
+    DesignPoint end;
     for (std::size_t i = 0; i < paths.size(); i += 2) {
         EXPECT_NE(paths[i].rule.find("stroke:#bf8c00;"), std::string::npos) << i;
         EXPECT_NE(paths[i + 1].rule.find("stroke:#f2bf1a;"), std::string::npos) << i;

@@ -29,7 +29,7 @@ struct Look {
     bool showJumps = false;
     bool showStructure = false;
     std::int32_t showThread = -1;
-    VLMRect rect{-1000, -1000, 2000, 2000};
+    DesignRect rect{-1000, -1000, 2000, 2000};
 };
 
 VLMThread threadOf(double red, double green, double blue) {
@@ -380,7 +380,7 @@ std::vector<std::uint8_t> pictureOf(const VLMDesign& design, const Look& look, d
     return bitmap->rgba();
 }
 
-std::vector<int> pixelAt(const std::vector<std::uint8_t>& picture, VLMPoint place) {
+std::vector<int> pixelAt(const std::vector<std::uint8_t>& picture, DesignPoint place) {
     const auto row = side - 1 - static_cast<std::size_t>(place.y);
     const auto* const pixel = &picture.at((row * side + static_cast<std::size_t>(place.x)) * 4);
     return {pixel[0], pixel[1], pixel[2], pixel[3]};
@@ -422,7 +422,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, StitchToNoPlace,
 class StitchToAFarPlace : public testing::TestWithParam<HostileRow> {};
 TEST_P(StitchToAFarPlace, LosesNothingBehind) {
     auto stitches = hostileStitches(GetParam().stitch);
-    VLMPoint end;
+    DesignPoint end;
     for (const VLMStitch& stitch : stitches) end = {end.x + stitch.deltaX(), end.y + stitch.deltaY()};
     // Home, and then a stitch in the second thread's colour.
     stitches.insert(stitches.end(), {jump(static_cast<float>(-end.x), static_cast<float>(-end.y)), change(90, 20),
@@ -478,7 +478,7 @@ TEST(Blocks, AloneAreDrawnAsByTheirThread) {
     for (unsigned seed = 0; seed < 30; ++seed) {
         const auto design = randomDesign(seed);
         const DesignBlocks blocks(design);
-        const VLMRect rect{0, 0, side, side};
+        const DesignRect rect{0, 0, side, side};
         EXPECT_LE(blocks.size(), design.threads().size());
         for (std::size_t block = 0; block < blocks.size(); ++block) {
             RecordingContext context;
@@ -494,8 +494,8 @@ TEST(Blocks, HaveBoundsRoundTheirStitchesAndTheirStart) {
     const auto design = designOf({stitch(10, 20), stitch(-30, 0), change(5, 5), jump(1, 2), stitch(infinity, 0)});
     const DesignBlocks blocks(design);
     ASSERT_EQ(blocks.size(), 2U);
-    EXPECT_EQ(blocks.boundsOf(0), (VLMRect{-20, 0, 30, 20}));
-    EXPECT_EQ(blocks.boundsOf(1), (VLMRect{-20, 20, 6, 7}));
+    EXPECT_EQ(blocks.boundsOf(0), (DesignRect{-20, 0, 30, 20}));
+    EXPECT_EQ(blocks.boundsOf(1), (DesignRect{-20, 20, 6, 7}));
     EXPECT_EQ(DesignBlocks(VLMDesign()).size(), 0U);
 }
 

@@ -32,12 +32,12 @@ public:
         color_ = {byteOf(color.red()), byteOf(color.green()), byteOf(color.blue())};
     }
 
-    void sewBelow(VLMPoint start, VLMPoint end, double threadWidth) {
+    void sewBelow(DesignPoint start, DesignPoint end, double threadWidth) {
         const double x = (end.x - start.x) * grain_;
         const double y = (end.y - start.y) * grain_;
         const double length = std::sqrt(x * x + y * y);
         if (!(length > 0 && std::isfinite(length))) return;
-        const VLMPoint from{start.x * grain_, start.y * grain_};
+        const DesignPoint from{start.x * grain_, start.y * grain_};
         const double radius = threadWidth / 2 * grain_;
         const auto [first, last] =
             between(from.y + std::min(y, 0.0) - radius, from.y + std::max(y, 0.0) + radius, height_);
@@ -121,7 +121,7 @@ private:
         return profile;
     }
 
-    [[nodiscard]] std::uint32_t inkAt(VLMPoint along, int place, int depth) const {
+    [[nodiscard]] std::uint32_t inkAt(DesignPoint along, int place, int depth) const {
         const float turns = std::atan2(static_cast<float>(along.y), static_cast<float>(along.x)) /
                             static_cast<float>(2 * std::numbers::pi);
         const Shade shade = profiles_.at(static_cast<std::size_t>(std::lround((turns + 1) * directions)) % directions)
@@ -135,7 +135,7 @@ private:
         return 0xFF000000U | lit(color_.red) << 16U | lit(color_.green) << 8U | lit(color_.blue);
     }
 
-    void drawRow(int row, VLMPoint start, VLMPoint along, double length, double radius) {
+    void drawRow(int row, DesignPoint start, DesignPoint along, double length, double radius) {
         const double y = row + 0.5 - start.y;
         double low = -start.x;
         double high = width_ - start.x;

@@ -241,9 +241,9 @@ double secondsOfMillion(float side, const PlaceOf& placeOf) {
     constexpr std::size_t count = 1000000;
     std::vector<VLMStitch> stitches;
     stitches.reserve(count);
-    VLMPoint needle;
+    DesignPoint needle;
     for (std::size_t i = 0; i < count; ++i) {
-        const VLMPoint next = placeOf(i);
+        const DesignPoint next = placeOf(i);
         stitches.push_back(stitch(static_cast<float>(next.x - needle.x), static_cast<float>(next.y - needle.y)));
         needle = {needle.x + stitches.back().deltaX(), needle.y + stitches.back().deltaY()};
     }
@@ -259,19 +259,19 @@ TEST(ThumbnailOfAMillionStitches, TakesSecondsWhateverTheyCross) {
     std::mt19937 random(1);
     const auto any = [&random](double side) { return static_cast<double>(random()) / 4294967296.0 * side; };
     const auto anywhere = [&](float side) {
-        return secondsOfMillion(side, [&](auto) { return VLMPoint{any(side), any(side)}; });
+        return secondsOfMillion(side, [&](auto) { return DesignPoint{any(side), any(side)}; });
     };
-    EXPECT_LT(secondsOfMillion(1, [](std::size_t i) { return VLMPoint{i % 2 == 0 ? 0.0 : 1.0, 0}; }), most);
+    EXPECT_LT(secondsOfMillion(1, [](std::size_t i) { return DesignPoint{i % 2 == 0 ? 0.0 : 1.0, 0}; }), most);
     for (const float side : {1.0F, 30.0F, 300.0F, 2000.0F, 30000.0F, 1e9F}) EXPECT_LT(anywhere(side), most) << side;
     EXPECT_LT(secondsOfMillion(1000,  // chords, which leave the middle bare
                                [&](std::size_t i) {
                                    const double angle = static_cast<double>(i) * 0.3;
-                                   return VLMPoint{500 + 500 * std::cos(angle), 500 + 500 * std::sin(angle)};
+                                   return DesignPoint{500 + 500 * std::cos(angle), 500 + 500 * std::sin(angle)};
                                }),
               most);
     EXPECT_LT(secondsOfMillion(1000,  // along the lower edge of squares that they never close
                                [&](std::size_t i) {
-                                   return VLMPoint{i % 2 == 0 ? 0.0 : 1000.0, any(4)};
+                                   return DesignPoint{i % 2 == 0 ? 0.0 : 1000.0, any(4)};
                                }),
               most);
 }

@@ -17,14 +17,14 @@ struct Place {
 };
 
 /// Where the needle stands at last, in single precision.
-Place endOfStitches(const VLMStitchList& stitches) noexcept {
+Place endOfStitches(const StitchList& stitches) noexcept {
     Place place;
     for (const VLMStitch& stitch : stitches) place = {place.x + stitch.deltaX(), place.y + stitch.deltaY()};
     return place;
 }
 
 template <class Edited>
-void appendJoined(Edited& edited, const VLMStitchList& stitches, const VLMStitchList& others) {
+void appendJoined(Edited& edited, const StitchList& stitches, const StitchList& others) {
     edited.append(stitches.begin(), stitches.end());
     if (!stitches.empty()) edited.append(VLMStitch(0, 0, false, true));
     const Place end = endOfStitches(stitches);

@@ -20,7 +20,7 @@ namespace velamo {
     return {0, 0, false, false, next.isSelected()};
 }
 
-[[nodiscard]] constexpr VLMStitch jumpAlong(VLMPoint vector) noexcept {
+[[nodiscard]] constexpr VLMStitch jumpAlong(DesignPoint vector) noexcept {
     return {static_cast<float>(vector.x), static_cast<float>(vector.y), true, false};
 }
 
@@ -45,7 +45,7 @@ public:
         for (; first != end; ++first) append(*first);
     }
     /// A jump in front of the stitch that is appended next, with its tie, which is selected as that stitch is.
-    void appendJumpBefore(const VLMStitch& next, VLMPoint vector) {
+    void appendJumpBefore(const VLMStitch& next, DesignPoint vector) {
         const bool isTied = needsTie(isBehindJump_, next);
         append(jumpAlong(vector));
         if (isTied) append(tieBefore(next));
@@ -57,11 +57,11 @@ private:
 };
 
 /// Where the needle stands when it has made the stitch.
-[[nodiscard]] inline VLMPoint endOf(VLMPoint start, const VLMStitch& stitch) noexcept {
+[[nodiscard]] inline DesignPoint endOf(DesignPoint start, const VLMStitch& stitch) noexcept {
     return {start.x + static_cast<double>(stitch.deltaX()), start.y + static_cast<double>(stitch.deltaY())};
 }
 
-[[nodiscard]] inline VLMPoint operator-(VLMPoint one, VLMPoint other) noexcept {
+[[nodiscard]] inline DesignPoint operator-(DesignPoint one, DesignPoint other) noexcept {
     return {one.x - other.x, one.y - other.y};
 }
 

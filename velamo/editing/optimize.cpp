@@ -158,7 +158,7 @@ void OptimizedStitches::finish(VLMDesign& design, const Track& track) {
     design.setDisplayRange({0, design.stitches().size()});
 }
 
-bool OptimizedStitches::areThere(const VLMStitchList& stitches, std::string_view designType) noexcept {
+bool OptimizedStitches::areThere(const StitchList& stitches, std::string_view designType) noexcept {
     const Limits limits = limitsOf(designType);
     RunCheck runs;
     for (const VLMStitch& stitch : stitches) {

@@ -45,7 +45,7 @@ public:
     }
 
     /// Whether the stitches are optimised for the type already, as most that come from a file are.
-    [[nodiscard]] static bool areThere(const VLMStitchList& stitches, std::string_view designType) noexcept;
+    [[nodiscard]] static bool areThere(const StitchList& stitches, std::string_view designType) noexcept;
     /// For those that are: brings the design's bounds and what goes with them up to date, which takes no memory.
     static void keepThoseOf(VLMDesign& design);
 

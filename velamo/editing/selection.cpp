@@ -16,16 +16,16 @@ struct Box {
     double minY = 65536;
     double maxX = -65536;
     double maxY = -65536;
-    void widen(VLMPoint point) noexcept {
+    void widen(DesignPoint point) noexcept {
         minX = std::min(minX, point.x);
         minY = std::min(minY, point.y);
         maxX = std::max(maxX, point.x);
         maxY = std::max(maxY, point.y);
     }
-    [[nodiscard]] VLMRect rect() const noexcept { return {minX, minY, maxX - minX, maxY - minY}; }
+    [[nodiscard]] DesignRect rect() const noexcept { return {minX, minY, maxX - minX, maxY - minY}; }
 };
 
-VLMRect boundsOf(const VLMDesign& design) noexcept {
+DesignRect boundsOf(const VLMDesign& design) noexcept {
     const double x = static_cast<double>(design.xMin());
     const double y = static_cast<double>(design.yMin());
     return {x, y, static_cast<double>(design.xMax()) - x, static_cast<double>(design.yMax()) - y};
@@ -37,8 +37,8 @@ double squareOf(double number) noexcept {
 
 /// The point from which the distance to a stitch is measured. Beyond an end it is the other end: the pick radius that
 /// callers choose counts on such clicks to miss.
-VLMPoint referencePoint(VLMPoint point, VLMPoint start, VLMPoint end, float squaredLength) noexcept {
-    const VLMPoint way{end.x - start.x, end.y - start.y};
+DesignPoint referencePoint(DesignPoint point, DesignPoint start, DesignPoint end, float squaredLength) noexcept {
+    const DesignPoint way{end.x - start.x, end.y - start.y};
     const double product = (point.x - start.x) * way.x + (point.y - start.y) * way.y;
     const auto part = static_cast<float>(product / static_cast<double>(squaredLength));
     if (part < 0.0F) return end;
@@ -46,10 +46,10 @@ VLMPoint referencePoint(VLMPoint point, VLMPoint start, VLMPoint end, float squa
     return {start.x + static_cast<double>(part) * way.x, start.y + static_cast<double>(part) * way.y};
 }
 
-bool isHit(VLMPoint point, VLMPoint start, VLMPoint end, float tolerance) noexcept {
+bool isHit(DesignPoint point, DesignPoint start, DesignPoint end, float tolerance) noexcept {
     const auto squaredLength = static_cast<float>(squareOf(end.x - start.x) + squareOf(end.y - start.y));
     if (squaredLength == 0.0F) return false;
-    const VLMPoint nearest = referencePoint(point, start, end, squaredLength);
+    const DesignPoint nearest = referencePoint(point, start, end, squaredLength);
     return tolerance > static_cast<float>(squareOf(point.x - nearest.x) + squareOf(point.y - nearest.y));
 }
 
@@ -76,12 +76,12 @@ void setAllSelected(VLMDesign& design, bool isSelected) noexcept {
 
 }  // namespace
 
-VLMRect selectionRect(const VLMDesign& design) noexcept {
+DesignRect selectionRect(const VLMDesign& design) noexcept {
     if (!design.selectionActive()) return boundsOf(design);
     Box box;
-    VLMPoint start;
+    DesignPoint start;
     for (const VLMStitch& stitch : design.stitches()) {
-        const VLMPoint end = endOf(start, stitch);
+        const DesignPoint end = endOf(start, stitch);
         if (stitch.isSelected()) {
             box.widen(start);
             box.widen(end);
@@ -108,24 +108,24 @@ void invertAll(VLMDesign& design) noexcept {
     }
 }
 
-void selectInRectunselectMode(VLMDesign& design, const VLMRect& rect, bool unselectMode) noexcept {
+void selectInRectunselectMode(VLMDesign& design, const DesignRect& rect, bool unselectMode) noexcept {
     design.setSelectionActive(false);
-    VLMPoint start;
+    DesignPoint start;
     for (std::size_t i = 0; i < design.stitches().size(); ++i) {
         VLMStitch& stitch = design.stitches()[i];
-        const VLMPoint end = endOf(start, stitch);
+        const DesignPoint end = endOf(start, stitch);
         if (rect.contains(start) && rect.contains(end)) stitch.setIsSelected(!unselectMode);
         if (stitch.isSelected()) design.setSelectionActive(true);
         start = end;
     }
 }
 
-std::int32_t indexOfStitchAtwithTolerance(const VLMDesign& design, VLMPoint point, float tolerance) noexcept {
+std::int32_t indexOfStitchAtwithTolerance(const VLMDesign& design, DesignPoint point, float tolerance) noexcept {
     std::int32_t hit = noStitch;
     std::int32_t index = 0;
-    VLMPoint start;
+    DesignPoint start;
     for (const VLMStitch& stitch : design.stitches()) {
-        const VLMPoint end = endOf(start, stitch);
+        const DesignPoint end = endOf(start, stitch);
         if (isHit(point, start, end, tolerance)) hit = index;
         start = end;
         ++index;
@@ -133,12 +133,12 @@ std::int32_t indexOfStitchAtwithTolerance(const VLMDesign& design, VLMPoint poin
     return hit;
 }
 
-bool isSelectedAtwithTolerance(const VLMDesign& design, VLMPoint point, float tolerance) noexcept {
+bool isSelectedAtwithTolerance(const VLMDesign& design, DesignPoint point, float tolerance) noexcept {
     const std::int32_t hit = indexOfStitchAtwithTolerance(design, point, tolerance);
     return hit != noStitch && design.stitches()[static_cast<std::size_t>(hit)].isSelected();
 }
 
-std::int32_t indexOfThreadAtwithTolerance(const VLMDesign& design, VLMPoint point, float tolerance) noexcept {
+std::int32_t indexOfThreadAtwithTolerance(const VLMDesign& design, DesignPoint point, float tolerance) noexcept {
     const std::int32_t hit = indexOfStitchAtwithTolerance(design, point, tolerance);
     if (hit == noStitch) return noStitch;
     const auto first = design.stitches().begin();
@@ -146,14 +146,14 @@ std::int32_t indexOfThreadAtwithTolerance(const VLMDesign& design, VLMPoint poin
         std::count_if(first, first + hit + 1, [](const VLMStitch& stitch) { return stitch.isColorChange(); }));
 }
 
-void selectStitchAtwithToleranceunselectMode(VLMDesign& design, VLMPoint point, float tolerance,
+void selectStitchAtwithToleranceunselectMode(VLMDesign& design, DesignPoint point, float tolerance,
                                              bool unselectMode) noexcept {
     const std::int32_t hit = indexOfStitchAtwithTolerance(design, point, tolerance);
     if (hit != noStitch) design.stitches()[static_cast<std::size_t>(hit)].setIsSelected(!unselectMode);
     findSelectionActive(design);
 }
 
-void selectBlockAtwithToleranceunselectMode(VLMDesign& design, VLMPoint point, float tolerance,
+void selectBlockAtwithToleranceunselectMode(VLMDesign& design, DesignPoint point, float tolerance,
                                             bool unselectMode) noexcept {
     const std::int32_t hit = indexOfStitchAtwithTolerance(design, point, tolerance);
     if (hit != noStitch) selectAround(design.stitches().all(), static_cast<std::size_t>(hit), !unselectMode);

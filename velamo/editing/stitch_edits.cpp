@@ -27,10 +27,10 @@ Stitches withoutSelected(const VLMDesign& design) {
     Stitches kept;
     kept.reserve(design.stitches().size());
     EditedStitches edited(kept);
-    VLMPoint place;
-    std::optional<VLMPoint> gap;  // where it begins
+    DesignPoint place;
+    std::optional<DesignPoint> gap;  // where it begins
     for (VLMStitch stitch : design.stitches()) {
-        const VLMPoint end = endOf(place, stitch);
+        const DesignPoint end = endOf(place, stitch);
         if (stitch.isSelected()) {
             if (!gap) gap = place;
             if (stitch.isColorChange()) {
@@ -62,7 +62,7 @@ void appendJoined(Stitches& stitches, VLMStitch change) {
 
 /// Blocks behind the first in which nothing is sewn behind their colour change are joined to the one before, and their
 /// threads go.
-Blocks withoutEmptyInnerBlocks(const Stitches& stitches, const VLMThreadList& threads) {
+Blocks withoutEmptyInnerBlocks(const Stitches& stitches, const ThreadList& threads) {
     Blocks kept;
     kept.stitches.reserve(stitches.size());
     kept.threads.reserve(threads.size());
@@ -117,8 +117,8 @@ bool isThread(const VLMDesign& design, std::int32_t index) noexcept {
     return index >= 0 && index < design.numberOfThreads();
 }
 
-VLMPoint placeBefore(Stitches::const_iterator first, Stitches::const_iterator end) {
-    VLMPoint place;
+DesignPoint placeBefore(Stitches::const_iterator first, Stitches::const_iterator end) {
+    DesignPoint place;
     for (; first != end; ++first) place = endOf(place, *first);
     return place;
 }
@@ -127,8 +127,8 @@ VLMPoint placeBefore(Stitches::const_iterator first, Stitches::const_iterator en
 struct TakenBlock {
     Stitches block;
     Stitches rest;  // a jump bridges the gap
-    VLMPoint start;
-    VLMPoint end;
+    DesignPoint start;
+    DesignPoint end;
 };
 
 TakenBlock takeBlock(const Stitches& stitches, std::int32_t index) {
@@ -157,7 +157,7 @@ void appendMoved(Edited& edited, TakenBlock& taken, std::int32_t to) {
     Stitches& rest = taken.rest;
     if (!rest.empty()) rest.front().setIsColorChange(true);  // as the beginning of the block 0
     const auto target = firstInBlock(rest.begin(), rest.end(), std::int64_t{to} + 1);
-    const VLMPoint place = placeBefore(rest.begin(), target);
+    const DesignPoint place = placeBefore(rest.begin(), target);
     const bool isFirst = to == 0;
     if (!rest.empty()) rest.front().setIsColorChange(isFirst);
     taken.block.front().setIsColorChange(!isFirst);
@@ -181,7 +181,7 @@ bool replaceBy(const Stitches& stitches, VLMDesign& design, VLMError* error) {
 
 }  // namespace
 
-std::int32_t insertJumpatIndex(VLMDesign& design, VLMPoint vector, std::int32_t index) noexcept {
+std::int32_t insertJumpatIndex(VLMDesign& design, DesignPoint vector, std::int32_t index) noexcept {
     const bool isThere = index >= 0 && static_cast<std::size_t>(index) < design.stitches().size();
     std::int32_t newIndex = index;
     static_cast<void>(operation(nullptr, [&] {

@@ -18,7 +18,7 @@ namespace velamo {
 /// straight from the stitch before it into a stitch that moves, a stitch on the spot follows the jump to tie the
 /// thread; it is selected if the stitch at `index` is. Bounds and display range stay as they are. Returns the new index
 /// of the stitch that was at `index`, or `index` itself when nothing was inserted (index out of range, or no memory).
-VELAMO_API std::int32_t insertJumpatIndex(VLMDesign& design, VLMPoint vector, std::int32_t index) noexcept;
+VELAMO_API std::int32_t insertJumpatIndex(VLMDesign& design, DesignPoint vector, std::int32_t index) noexcept;
 
 /// Removes the selected stitches. Their colour changes stay, on the spot. Colour blocks in which nothing is sewn any
 /// more disappear together with their threads. A design that loses its last stitch loses all its threads; its bounds

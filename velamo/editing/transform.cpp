@@ -14,28 +14,28 @@ namespace {
 constexpr double radiansOfDegree = 0.017453292519943295;
 constexpr int mostCenterings = 10;
 
-VLMPoint middleOfSelection(const VLMDesign& design) noexcept {
-    const VLMRect rect = selectionRect(design);
+DesignPoint middleOfSelection(const VLMDesign& design) noexcept {
+    const DesignRect rect = selectionRect(design);
     return {rect.x + rect.width * 0.5, rect.y + rect.height * 0.5};
 }
 
 /// Carries each selected stitch by `transform`, and back to its place what follows by `inverse`. Places stay in
 /// doubles; only moves are rounded.
 template <class Edited, class Transform, class Inverse>
-void appendTransformed(Edited& edited, const VLMStitchList& stitches, Transform transform, Inverse inverse) {
-    VLMPoint place;   // before the stitch, in the old design
-    VLMPoint needle;  // where it stands in the new one
+void appendTransformed(Edited& edited, const StitchList& stitches, Transform transform, Inverse inverse) {
+    DesignPoint place;   // before the stitch, in the old design
+    DesignPoint needle;  // where it stands in the new one
     bool isBehindSelected = false;
     for (const VLMStitch& stitch : stitches) {
-        const VLMPoint end = endOf(place, stitch);
+        const DesignPoint end = endOf(place, stitch);
         if (stitch.isSelected()) {
             if (!isBehindSelected) {
-                const VLMPoint way = transform(place) - needle;
+                const DesignPoint way = transform(place) - needle;
                 edited.appendJumpBefore(stitch, way);
                 needle = {needle.x + way.x, needle.y + way.y};
             }
-            const VLMPoint newEnd = transform(end);
-            const VLMPoint move = newEnd - needle;
+            const DesignPoint newEnd = transform(end);
+            const DesignPoint move = newEnd - needle;
             edited.append(stitch, static_cast<float>(move.x), static_cast<float>(move.y));
             needle = newEnd;
         } else {
@@ -56,7 +56,7 @@ bool transformSelection(VLMDesign& design, Transform transform, Inverse inverse,
 }
 
 template <class Edited>
-void appendMoved(Edited& edited, const VLMStitchList& stitches, VLMPoint vector) {
+void appendMoved(Edited& edited, const StitchList& stitches, DesignPoint vector) {
     bool isBehindSelected = false;
     for (const VLMStitch& stitch : stitches) {
         if (stitch.isSelected() && !isBehindSelected) edited.appendJumpBefore(stitch, vector);
@@ -69,22 +69,22 @@ void appendMoved(Edited& edited, const VLMStitchList& stitches, VLMPoint vector)
 /// A turn about a point; its sine and cosine are kept in single precision.
 class Turn {
 public:
-    Turn(double radians, VLMPoint middle) noexcept
+    Turn(double radians, DesignPoint middle) noexcept
         : cosine_(static_cast<double>(static_cast<float>(std::cos(radians)))),
           sine_(static_cast<double>(static_cast<float>(std::sin(radians)))),
           middle_(middle) {}
-    VLMPoint operator()(VLMPoint point) const noexcept {
-        const VLMPoint way = point - middle_;
+    DesignPoint operator()(DesignPoint point) const noexcept {
+        const DesignPoint way = point - middle_;
         return {cosine_ * way.x - sine_ * way.y + middle_.x, way.y * cosine_ + way.x * sine_ + middle_.y};
     }
 
 private:
     double cosine_;
     double sine_;
-    VLMPoint middle_;
+    DesignPoint middle_;
 };
 
-bool moveDesign(VLMDesign& design, VLMPoint vector, VLMError* error) {
+bool moveDesign(VLMDesign& design, DesignPoint vector, VLMError* error) {
     const auto& stitches = std::as_const(design).stitches();
     return replaceStitches(
         design,
@@ -100,15 +100,15 @@ bool moveDesign(VLMDesign& design, VLMPoint vector, VLMError* error) {
 bool centerDesign(VLMDesign& design, VLMError* error) noexcept {
     return operation(error, [&] {
         for (int i = 0; i < mostCenterings; ++i) {
-            const VLMPoint center = design.centerOfDesign();
-            if (center == VLMPoint{}) return true;
+            const DesignPoint center = design.centerOfDesign();
+            if (center == DesignPoint{}) return true;
             if (!moveDesign(design, {-center.x, -center.y}, error)) return false;
         }
         return true;
     });
 }
 
-bool moveSelectionByVectorerror(VLMDesign& design, VLMPoint vector, VLMError* error) noexcept {
+bool moveSelectionByVectorerror(VLMDesign& design, DesignPoint vector, VLMError* error) noexcept {
     return operation(error, [&] {
         const auto& stitches = std::as_const(design).stitches();
         return replaceStitches(
@@ -118,7 +118,7 @@ bool moveSelectionByVectorerror(VLMDesign& design, VLMPoint vector, VLMError* er
 
 bool rotateSelectionByDegreeserror(VLMDesign& design, std::int32_t degrees, VLMError* error) noexcept {
     return operation(error, [&] {
-        const VLMPoint middle = middleOfSelection(design);
+        const DesignPoint middle = middleOfSelection(design);
         const double radians = static_cast<double>(degrees) * radiansOfDegree;
         return transformSelection(design, Turn(radians, middle), Turn(-radians, middle), error);
     });
@@ -126,12 +126,12 @@ bool rotateSelectionByDegreeserror(VLMDesign& design, std::int32_t degrees, VLME
 
 bool resizeSelectionByPercenterror(VLMDesign& design, float percent, VLMError* error) noexcept {
     return operation(error, [&] {
-        const VLMPoint middle = middleOfSelection(design);
+        const DesignPoint middle = middleOfSelection(design);
         const auto factor = static_cast<double>(percent);
-        const auto resized = [&](VLMPoint point) -> VLMPoint {
+        const auto resized = [&](DesignPoint point) -> DesignPoint {
             return {(point.x - middle.x) * factor + middle.x, (point.y - middle.y) * factor + middle.y};
         };
-        const auto original = [&](VLMPoint point) -> VLMPoint {
+        const auto original = [&](DesignPoint point) -> DesignPoint {
             return {(point.x - middle.x) / factor + middle.x, (point.y - middle.y) / factor + middle.y};
         };
         return transformSelection(design, resized, original, error);
@@ -140,9 +140,9 @@ bool resizeSelectionByPercenterror(VLMDesign& design, float percent, VLMError* e
 
 bool flipSelectionerror(VLMDesign& design, std::string_view orientation, VLMError* error) noexcept {
     return operation(error, [&] {
-        const VLMPoint middle = middleOfSelection(design);
-        const auto flipX = [&](VLMPoint point) -> VLMPoint { return {2 * middle.x - point.x, point.y}; };
-        const auto flipY = [&](VLMPoint point) -> VLMPoint { return {point.x, 2 * middle.y - point.y}; };
+        const DesignPoint middle = middleOfSelection(design);
+        const auto flipX = [&](DesignPoint point) -> DesignPoint { return {2 * middle.x - point.x, point.y}; };
+        const auto flipY = [&](DesignPoint point) -> DesignPoint { return {point.x, 2 * middle.y - point.y}; };
         if (orientation == "V") return transformSelection(design, flipX, flipX, error);
         if (orientation == "H") return transformSelection(design, flipY, flipY, error);
         return failEdit(EditFailure::invalidOrientation, error);

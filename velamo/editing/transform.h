@@ -22,7 +22,8 @@ namespace velamo {
 [[nodiscard]] VELAMO_API bool centerDesign(VLMDesign& design, VLMError* error = nullptr) noexcept;
 
 /// Moves the selection by `vector`, in tenths of a millimetre.
-[[nodiscard]] VELAMO_API bool moveSelectionByVectorerror(VLMDesign& design, VLMPoint vector, VLMError* error) noexcept;
+[[nodiscard]] VELAMO_API bool moveSelectionByVectorerror(VLMDesign& design, DesignPoint vector,
+                                                         VLMError* error) noexcept;
 
 /// Rotates the selection counter-clockwise about its middle.
 [[nodiscard]] VELAMO_API bool rotateSelectionByDegreeserror(VLMDesign& design, std::int32_t degrees,

@@ -23,7 +23,7 @@ inline constexpr ByteValues signedBytes = byteValues(signedByte);
 /// Appends the stitches at the front of the bytes that are two bytes each, x and y, as long as `isStitch(x, y)`. Most
 /// of a design is that, so it is worth a loop of its own. What is left of the bytes.
 template <class IsStitch>
-std::span<const std::uint8_t> appendBytePairs(VLMStitchSink& sink, std::span<const std::uint8_t> bytes,
+std::span<const std::uint8_t> appendBytePairs(StitchSink& sink, std::span<const std::uint8_t> bytes,
                                               const ByteValues& x, const ByteValues& y, IsStitch isStitch) {
     constexpr std::size_t pairSize = 2;
     sink.appendWhile([&](DecodedStitch& stitch) {
@@ -36,7 +36,7 @@ std::span<const std::uint8_t> appendBytePairs(VLMStitchSink& sink, std::span<con
 }
 
 /// The same for signed bytes, up to an escape in the place of x.
-inline std::span<const std::uint8_t> appendBytePairs(VLMStitchSink& sink, std::span<const std::uint8_t> bytes,
+inline std::span<const std::uint8_t> appendBytePairs(StitchSink& sink, std::span<const std::uint8_t> bytes,
                                                      std::uint8_t escape) {
     return appendBytePairs(sink, bytes, signedBytes, signedBytes,
                            [escape](std::uint8_t x, std::uint8_t) { return x != escape; });

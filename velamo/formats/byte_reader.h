@@ -9,10 +9,10 @@ namespace velamo {
 /// Reads the bytes of a file held in memory, and cannot leave them. Numbers are little-endian (`u16be` and its like:
 /// big). A read that does not fit yields zero (or no bytes), drops the rest and makes ok() false from then on, so a
 /// header is read field by field and asked about once. Views the bytes; the caller keeps them alive.
-class VLMByteReader {
+class ByteReader {
 public:
     /// Starts at `offset`; one that is negative or past the end leaves nothing to read.
-    explicit VLMByteReader(std::span<const std::uint8_t> bytes, std::int64_t offset = 0) noexcept : rest_(bytes) {
+    explicit ByteReader(std::span<const std::uint8_t> bytes, std::int64_t offset = 0) noexcept : rest_(bytes) {
         skip(offset);
     }
 

@@ -20,10 +20,10 @@ struct ByteRecord {
 
 /// Puts the bytes of a file together in memory. Numbers are little-endian; of a number that does not fit its bytes the
 /// lower bits are kept, which for a negative one is its two's complement.
-class VLMByteWriter {
+class ByteWriter {
 public:
     /// Makes room for `expectedSize` bytes at once. More may come.
-    explicit VLMByteWriter(std::size_t expectedSize = 0) : bytes_(expectedSize + spareSize_) {}
+    explicit ByteWriter(std::size_t expectedSize = 0) : bytes_(expectedSize + spareSize_) {}
 
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
 

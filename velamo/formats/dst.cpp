@@ -111,7 +111,7 @@ CoordinatePair moveOf(std::span<const std::uint8_t, recordSize> record) noexcept
 }
 
 /// Appends the stitches and jumps at the front of the records; what is left.
-std::span<const std::uint8_t> appendMoves(VLMStitchSink& sink, std::span<const std::uint8_t> records) {
+std::span<const std::uint8_t> appendMoves(StitchSink& sink, std::span<const std::uint8_t> records) {
     sink.appendWhile([&records](DecodedStitch& stitch) {
         if (records.empty() || kinds[records[2]] != Kind::move) return false;
         stitch.delta = moveOf(records.first<recordSize>());
@@ -124,7 +124,7 @@ std::span<const std::uint8_t> appendMoves(VLMStitchSink& sink, std::span<const s
 
 /// Appends all up to a record that ends the design, well or ill, whose kind it gives.
 Kind appendStitches(VLMDesign& design, std::span<const std::uint8_t> records) {
-    VLMStitchSink sink(design, records.size() / recordSize);
+    StitchSink sink(design, records.size() / recordSize);
     while (!(records = appendMoves(sink, records)).empty()) {
         if (kinds[records[2]] != Kind::colorChange) return kinds[records[2]];
         const CoordinatePair move = moveOf(records.first<recordSize>());
@@ -153,7 +153,7 @@ bool areWritable(float least, float greatest) noexcept {
     return greatest >= 0 && least <= 0 && greatest <= farthest && least >= -farthest;
 }
 
-bool isWritable(VLMPoint end) noexcept {
+bool isWritable(DesignPoint end) noexcept {
     return std::abs(end.x) <= double{farthest} && std::abs(end.y) <= double{farthest};
 }
 
@@ -180,7 +180,7 @@ Text signOf(std::int64_t number) {
 
 std::string headerOf(const VLMDesign& design) {
     const auto reach = [](float edge) { return wholeNumber(double{std::abs(edge)}); };
-    const VLMPoint end = design.lastStitch();
+    const DesignPoint end = design.lastStitch();
     const std::int64_t endX = wholeNumber(end.x);
     const std::int64_t endY = wholeNumber(end.y);
     std::string header = fillPattern(
@@ -224,7 +224,7 @@ constexpr RecordTable recordsY =
     recordsOf({{{0x200000, 0x100000}, {0x2000, 0x1000}, {0x20, 0x10}, {0x8000, 0x4000}, {0x80, 0x40}}});
 
 /// Takes the move's next record, as far as that reaches; the rest goes on to the next one.
-std::uint32_t takeRecord(VLMWholeMoves& moves, float delta, const RecordTable& records) noexcept {
+std::uint32_t takeRecord(WholeMoves& moves, float delta, const RecordTable& records) noexcept {
     const float move = moves.take(delta);
     if (std::abs(move) <= longestMove) {
         const int place = static_cast<int>(move) + longestMove;
@@ -259,10 +259,10 @@ bool importDstDesignFromURLerror(VLMDesign& design, const std::filesystem::path&
 
 std::optional<std::vector<std::uint8_t>> writeDst(const VLMDesign& design, VLMError* error) {
     if (!checkLimits(design, error)) return std::nullopt;
-    VLMByteWriter out(headerSize + recordSize * (design.stitches().size() + 2));
+    ByteWriter out(headerSize + recordSize * (design.stitches().size() + 2));
     out.text(headerOf(design));
-    VLMWholeMoves movesX;
-    VLMWholeMoves movesY;
+    WholeMoves movesX;
+    WholeMoves movesY;
     out.records(std::span(design.stitches().all()), [&](const VLMStitch& stitch) -> ByteRecord {
         const std::uint32_t x = takeRecord(movesX, stitch.deltaX(), recordsX);
         return {x | takeRecord(movesY, stitch.deltaY(), recordsY) | kindOf(stitch), recordSize};

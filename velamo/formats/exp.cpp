@@ -20,7 +20,7 @@ constexpr std::array<ErrorText, 1> errorTexts{{
     {unevenLength, "Unable to read EXP: file contains uneven number of bytes."},
 }};
 
-void readEscaped(VLMDesign& design, VLMStitchSink& sink, std::span<const std::uint8_t, escapedSize> record) {
+void readEscaped(VLMDesign& design, StitchSink& sink, std::span<const std::uint8_t, escapedSize> record) {
     const auto control = static_cast<std::int8_t>(record[1]);
     if (control % 2 == 1) {
         appendUndefinedThread(design);
@@ -33,7 +33,7 @@ void readEscaped(VLMDesign& design, VLMStitchSink& sink, std::span<const std::ui
 }
 
 void readStitches(VLMDesign& design, std::span<const std::uint8_t> bytes) {
-    VLMStitchSink sink(design, bytes.size() / pairSize);
+    StitchSink sink(design, bytes.size() / pairSize);
     while ((bytes = appendBytePairs(sink, bytes, escape)).size() >= escapedSize) {
         readEscaped(design, sink, bytes.first<escapedSize>());
         bytes = bytes.subspan(escapedSize);
@@ -59,7 +59,7 @@ bool importExpDesignFromURLerror(VLMDesign& design, const std::filesystem::path&
 }
 
 std::vector<std::uint8_t> writeExp(const VLMDesign& design) {
-    VLMByteWriter out(pairSize * design.stitches().size());
+    ByteWriter out(pairSize * design.stitches().size());
     writeEscapedMoves(out, design, escapedSize);
     return out.take();
 }

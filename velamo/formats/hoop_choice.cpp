@@ -15,7 +15,7 @@ constexpr std::array<ErrorText, 2> errorTexts{{
 }  // namespace
 
 bool chooseHoop(VLMDesign& design, std::string_view vendor, std::span<const ErrorText> ownTexts, VLMError* error) {
-    const VLMHoopHandle hoop = design.hoopVendor() == vendor ? design.designHoop() : design.findHoopFromVendor(vendor);
+    const HoopHandle hoop = design.hoopVendor() == vendor ? design.designHoop() : design.findHoopFromVendor(vendor);
     if (!hoop) return fail(errorTexts, exceedsAllHoops, error);
     if (!design.designFitsInHoop(*hoop)) return fail(ownTexts, exceedsHoop, error);
     if (design.stitchesOutsideOfHoop(*hoop)) return fail(errorTexts, stitchesOutside, error);

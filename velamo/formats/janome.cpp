@@ -49,7 +49,7 @@ constexpr EscapeTable sewEscapes = [] {
 
 std::size_t readJanomeStitches(VLMDesign& design, std::span<const std::uint8_t> stream, JanomeDialect dialect) {
     const EscapeTable& escapes = dialect == JanomeDialect::sew ? sewEscapes : jefEscapes;
-    VLMStitchSink sink(design, stream.size() / pairSize);
+    StitchSink sink(design, stream.size() / pairSize);
     std::size_t colorChanges = 0;
     // Even an escape of two bytes is looked at only where four are left.
     while ((stream = appendBytePairs(sink, stream, escape)).size() >= escapedSize) {
@@ -88,9 +88,9 @@ bool readJanomeThreads(VLMDesign& design, std::span<const std::uint8_t> file, st
     constexpr std::size_t entrySize = 4;
     const std::size_t tableSize = static_cast<std::size_t>(std::max(threads, 0)) * entrySize;
     if (tableSize == 0) return true;
-    VLMByteReader tables(file, offset);
-    VLMByteReader indices(tables.take(tableSize));
-    VLMByteReader tensions(tables.take(tableSize));
+    ByteReader tables(file, offset);
+    ByteReader indices(tables.take(tableSize));
+    ByteReader tensions(tables.take(tableSize));
     if (!tables.ok()) return false;
     // Threads of one index share their texts; all indices that stand for none are alike.
     std::map<Text, VLMThread> known;

@@ -47,10 +47,10 @@ struct Header {
 };
 
 Header headerOf(std::span<const std::uint8_t> file) {
-    return {.stitchOffset = VLMByteReader(file).i32(),
-            .version = VLMByteReader(file, 4).i8(),
-            .colorCount = VLMByteReader(file, 24).i32(),
-            .hoopCode = VLMByteReader(file, 32).i32()};
+    return {.stitchOffset = ByteReader(file).i32(),
+            .version = ByteReader(file, 4).i8(),
+            .colorCount = ByteReader(file, 24).i32(),
+            .hoopCode = ByteReader(file, 32).i32()};
 }
 
 void setTypeAndVersion(VLMDesign& design, std::string_view extension, std::int32_t version) {
@@ -81,7 +81,7 @@ constexpr std::size_t lengthOffset = 28;
 constexpr std::size_t unusedSize = 64;
 constexpr std::int32_t usualIndex = 23;
 
-void putHeader(VLMByteWriter& out, const VLMDesign& design, const ExportOptions& options) {
+void putHeader(ByteWriter& out, const VLMDesign& design, const ExportOptions& options) {
     const std::int64_t threads = design.numberOfThreads();
     std::string date = options.dateText.empty() ? localTimeText() : options.dateText;
     date.resize(dateSize, '0');
@@ -98,14 +98,14 @@ void putHeader(VLMByteWriter& out, const VLMDesign& design, const ExportOptions&
 }
 
 /// Appends the tables of thread indices and of tensions.
-void putThreads(VLMByteWriter& out, VLMDesign& design) {
+void putThreads(ByteWriter& out, VLMDesign& design) {
     takeToPalette(design, vendor, [&out](const VLMThread& written) {
         out.u32(janomeIndexOfCode(written.key().value_or("")).value_or(usualIndex));
     });
     for (const VLMThread& thread : design.threads()) out.u32(thread.tension());
 }
 
-void putStitches(VLMByteWriter& out, const VLMDesign& design) {
+void putStitches(ByteWriter& out, const VLMDesign& design) {
     const std::size_t start = out.size();
     writeEscapedMoves(out, design, 2);
     out.text("\x80\x10");
@@ -140,7 +140,7 @@ std::optional<std::vector<std::uint8_t>> writeJef(VLMDesign& design, const Expor
     if (!chooseHoop(design, vendor, hoopErrorTexts, error)) return std::nullopt;
     // Two bytes a stitch, and two more of an escape for each change of the thread.
     const std::size_t threads = design.threads().size();
-    VLMByteWriter out(tablesOffset + (2 * std::size_t{entrySize} + 2) * threads + 2 * (design.stitches().size() + 1));
+    ByteWriter out(tablesOffset + (2 * std::size_t{entrySize} + 2) * threads + 2 * (design.stitches().size() + 1));
     putHeader(out, design, options);
     putThreads(out, design);
     putStitches(out, design);

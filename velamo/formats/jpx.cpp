@@ -25,13 +25,13 @@ constexpr std::array<ErrorText, 3> errorTexts{{
 
 bool readJpx(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error) {
     if (file.size() < smallestFile) return fail(errorTexts, noMetadata, error);
-    const std::int32_t colorCount = VLMByteReader(file, 32).i32();
-    design.setDesignVersion(VLMByteReader(file, 4).i8());
-    design.setHoopFromVendorwithCode("Janome", VLMByteReader(file, 40).i32());
+    const std::int32_t colorCount = ByteReader(file, 32).i32();
+    design.setDesignVersion(ByteReader(file, 4).i8());
+    design.setHoopFromVendorwithCode("Janome", ByteReader(file, 40).i32());
 
     if (!passesSizeTest(colorCount, 2 * entrySize, tablesOffset, file.size()))
         return fail(errorTexts, noColorCodes, error);
-    const std::int32_t stitchOffset = VLMByteReader(file).i32();
+    const std::int32_t stitchOffset = ByteReader(file).i32();
     if (!isStitchOffset(stitchOffset, file.size())) return fail(errorTexts, invalidOffset, error);
     if (!readJanomeThreads(design, file, tablesOffset, colorCount)) return fail(errorTexts, noColorCodes, error);
 

@@ -102,7 +102,7 @@ private:
     }
 
     std::span<const std::uint8_t> records_;
-    VLMStitchSink sink_;
+    StitchSink sink_;
     bool isJumping_ = true;
     std::size_t colorChanges_ = 0;
 };

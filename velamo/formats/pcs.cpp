@@ -220,7 +220,7 @@ private:
     CoordinatePair center_;
     CoordinatePair former_{};
     std::array<std::optional<VLMThread>, mostColors> threads_;  // those of one colour share their texts
-    VLMStitchSink sink_;
+    StitchSink sink_;
 };
 
 bool takeType(VLMDesign& design, std::uint8_t type, VLMError* error) {
@@ -239,7 +239,7 @@ bool checkLimits(const VLMDesign& design, VLMError* error) {
     return design.numberOfStitches() <= mostWrittenStitches || fail(errorTexts, tooManyStitches, error);
 }
 
-void putColors(VLMByteWriter& out, VLMDesign& design) {
+void putColors(ByteWriter& out, VLMDesign& design) {
     for (VLMThread& thread : design.threads()) {
         const VLMColor color = thread.color();
         if (!design.useThreadFile()) thread.changeToColorinPalette(color, "");
@@ -249,7 +249,7 @@ void putColors(VLMByteWriter& out, VLMDesign& design) {
     out.fill((mostColors - design.threads().size()) * colorSize, 0);
 }
 
-void putColorRecord(VLMByteWriter& out, std::uint8_t index) {
+void putColorRecord(ByteWriter& out, std::uint8_t index) {
     out.u8(index);
     out.fill(recordSize - 2, 0);
     out.u8(colorChangeKind);
@@ -266,7 +266,7 @@ std::uint64_t sixths(double place) noexcept {
     return static_cast<std::uint64_t>(whole < 0 ? whole + 0xFFFFFF : whole) & 0xFFFFFFU;
 }
 
-void putStitches(VLMByteWriter& out, const VLMDesign& design) {
+void putStitches(ByteWriter& out, const VLMDesign& design) {
     const double middleX = middleOf(design.hoopWidth());
     const double middleY = middleOf(design.hoopHeight());
     CoordinatePair place{};
@@ -284,7 +284,7 @@ void putStitches(VLMByteWriter& out, const VLMDesign& design) {
 
 bool readPcx(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error) {
     if (file.size() < headSize) return fail(errorTexts, tooShort, error);
-    VLMByteReader in(file);
+    ByteReader in(file);
     if (in.u8() != mark) return fail(errorTexts, noMark, error);
     if (!takeType(design, in.u8(), error)) return false;
     const std::size_t colorCount = in.u16();
@@ -309,7 +309,7 @@ bool importPcxDesignFromURLerror(VLMDesign& design, const std::filesystem::path&
 
 std::optional<std::vector<std::uint8_t>> writePcs(VLMDesign& design, VLMError* error) {
     if (!checkLimits(design, error) || !chooseHoop(design, vendor, hoopErrorTexts, error)) return std::nullopt;
-    VLMByteWriter out(headSize + mostColors * colorSize + recordSize * (design.stitches().size() + mostColors + 2));
+    ByteWriter out(headSize + mostColors * colorSize + recordSize * (design.stitches().size() + mostColors + 2));
     out.u8(mark);
     out.u8(design.hoopCode());
     out.u16(mostColors);

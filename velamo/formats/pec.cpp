@@ -74,11 +74,11 @@ Coordinate coordinateAt(std::span<const std::uint8_t> bytes) noexcept {
 
 /// A jump from the origin to where sewing starts: the start coordinates count from the corner of the bounds, so the
 /// design comes to lie around the origin.
-void appendStart(VLMStitchSink& sink, std::span<const std::uint8_t> segment, std::size_t offset) {
-    VLMByteReader size(segment, sizeOffset);
+void appendStart(StitchSink& sink, std::span<const std::uint8_t> segment, std::size_t offset) {
+    ByteReader size(segment, sizeOffset);
     const float halfWidth = static_cast<float>(size.i16()) * 0.5F;
     const float halfHeight = static_cast<float>(size.i16()) * 0.5F;
-    VLMByteReader start(segment, static_cast<std::int64_t>(offset));
+    ByteReader start(segment, static_cast<std::int64_t>(offset));
     std::array<unsigned, startSize> bytes{};
     for (unsigned& byte : bytes) byte = start.u8();
     sink.append(static_cast<float>(longValue(bytes[0], bytes[1])) - halfWidth,
@@ -86,7 +86,7 @@ void appendStart(VLMStitchSink& sink, std::span<const std::uint8_t> segment, std
 }
 
 /// Appends the short moves at the front of the stream that begin before its last `sizeBehind` bytes; what is left.
-std::span<const std::uint8_t> appendShortMoves(VLMStitchSink& sink, std::span<const std::uint8_t> stream,
+std::span<const std::uint8_t> appendShortMoves(StitchSink& sink, std::span<const std::uint8_t> stream,
                                                std::size_t sizeBehind) {
     if (stream.size() <= sizeBehind) return stream;
     const auto moves = stream.first(std::min(stream.size() - sizeBehind + 1, stream.size()));
@@ -96,7 +96,7 @@ std::span<const std::uint8_t> appendShortMoves(VLMStitchSink& sink, std::span<co
 
 /// Appends the moves of the stream up to its end mark. The records may reach past `length` bytes, but none begins
 /// there. The number of colour blocks, or 0 when no end mark was found.
-std::uint32_t readMoves(VLMStitchSink& sink, std::span<const std::uint8_t> stream, std::size_t length) {
+std::uint32_t readMoves(StitchSink& sink, std::span<const std::uint8_t> stream, std::size_t length) {
     const std::size_t sizeBehind = stream.size() - length;
     std::uint32_t blocks = 1;
     while ((stream = appendShortMoves(sink, stream, sizeBehind)).size() > sizeBehind) {
@@ -138,7 +138,7 @@ constexpr std::size_t writtenThumbnailOffset = 514;
 constexpr std::size_t labelSize = 16;
 
 /// The label, the size of a thumbnail and the threads.
-void putAttributes(VLMByteWriter& out, VLMDesign& design) {
+void putAttributes(ByteWriter& out, VLMDesign& design) {
     std::string label = latin1FromText(std::filesystem::path(design.designName().value_or("")).stem().native());
     label.resize(labelSize, ' ');
     constexpr std::string_view gap = "            ";
@@ -164,7 +164,7 @@ std::uint64_t shortForm(std::int64_t value) noexcept {
 }
 
 /// With a start in the middle of the bounds, sewing starts at the origin.
-void putGraphicHeader(VLMByteWriter& out, const VLMDesign& design) {
+void putGraphicHeader(ByteWriter& out, const VLMDesign& design) {
     out.u16(0);
     out.u24(0);  // where the thumbnails begin, when it is known
     out.u24(0xF0FF31);
@@ -176,8 +176,8 @@ void putGraphicHeader(VLMByteWriter& out, const VLMDesign& design) {
     out.put(longForm(design.designHeight() / 2), 2);
 }
 
-void putMoves(VLMByteWriter& out, const VLMDesign& design) {
-    VLMWholePairs moves;
+void putMoves(ByteWriter& out, const VLMDesign& design) {
+    WholePairs moves;
     std::uint64_t parity = 2;  // 2, 1, 2, 1, ... for one colour change after the other
     out.records(std::span(design.stitches().all()), [&](const VLMStitch& stitch) -> ByteRecord {
         if (stitch.isColorChange()) {
@@ -196,10 +196,10 @@ void putMoves(VLMByteWriter& out, const VLMDesign& design) {
 
 std::uint32_t importPecStichesFromDatawithOffseterror(VLMDesign& design, std::span<const std::uint8_t> segment,
                                                       std::size_t offset, VLMError* error) {
-    const std::size_t end = VLMByteReader(segment, thumbnailOffset).u24() + graphicOffset;
+    const std::size_t end = ByteReader(segment, thumbnailOffset).u24() + graphicOffset;
     const std::size_t streamOffset = offset + startSize;
     const std::size_t streamSize = end > streamOffset && end <= segment.size() ? end - streamOffset : 0;
-    VLMStitchSink sink(design, streamSize / shortestMove + 1, SinkBounds::widen);
+    StitchSink sink(design, streamSize / shortestMove + 1, SinkBounds::widen);
     appendStart(sink, segment, offset);
     if (segment.size() < end) {
         fail(errorTexts, noBitmaps, error);
@@ -242,7 +242,7 @@ std::size_t sizeOfPecSegment(const VLMDesign& design) noexcept {
 }
 
 std::vector<std::uint8_t> exportPecSegmentToData(VLMDesign& design) {
-    VLMByteWriter out(sizeOfPecSegment(design));
+    ByteWriter out(sizeOfPecSegment(design));
     putAttributes(out, design);
     putGraphicHeader(out, design);
     putMoves(out, design);

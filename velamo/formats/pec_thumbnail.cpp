@@ -127,7 +127,7 @@ public:
 
 private:
     /// What the lines of stitches within the bounds touch, in pixels of the large bitmap.
-    [[nodiscard]] GraphicsRectangle partOf(const VLMRect& bounds) const noexcept {
+    [[nodiscard]] GraphicsRectangle partOf(const DesignRect& bounds) const noexcept {
         constexpr double reach = widestStitch / 2 + 1;
         return {bounds.x - seen_.x - reach, bounds.y - seen_.y - reach, bounds.width + 2 * reach,
                 bounds.height + 2 * reach};
@@ -153,7 +153,7 @@ private:
 
     const VLMDesign& design_;
     DrawnLines* lines_;
-    VLMRect seen_;
+    DesignRect seen_;
     std::optional<Bitmap> large_;
 };
 

@@ -105,13 +105,13 @@ bool checkLimits(const VLMDesign& design, VLMError* error) {
 constexpr std::size_t sectionPointerOffset = 8;
 constexpr std::int64_t middle = 1000;  // of the plane that machines lay the design on
 
-void putObjectName(VLMByteWriter& out, std::string_view name) {
+void putObjectName(ByteWriter& out, std::string_view name) {
     out.u16(static_cast<std::int64_t>(name.size()));
     out.text(name);
 }
 
 /// The header and the object of the embroidery as a whole.
-void putEmbroidery(VLMByteWriter& out, const VLMDesign& design) {
+void putEmbroidery(ByteWriter& out, const VLMDesign& design) {
     out.text("#PES0001");
     out.u32(0);  // where the PEC section begins, when it is known
     for (const std::int64_t number : {0, 1, 1, 0xFFFF, 0}) out.u16(number);
@@ -139,7 +139,7 @@ enum class BlockKind { sewn = 0, jump = 1 };
 /// Writes blocks of points one after the other.
 class BlockWriter {
 public:
-    BlockWriter(VLMByteWriter& out, std::span<const std::uint8_t> colors) noexcept : out_(out), colors_(colors) {}
+    BlockWriter(ByteWriter& out, std::span<const std::uint8_t> colors) noexcept : out_(out), colors_(colors) {}
 
     /// Ends the open block, if there is one. A design may change its colour more often than it has threads.
     void open(BlockKind kind, std::size_t thread) {
@@ -150,7 +150,7 @@ public:
         count_ = 0;
         out_.u16(0);
     }
-    void point(VLMPoint place) {
+    void point(DesignPoint place) {
         out_.u16(rounded(place.x));
         out_.u16(rounded(-place.y));
         out_.replace(countOffset_, ++count_, 2);
@@ -161,7 +161,7 @@ private:
         return wholeNumber(double{std::round(static_cast<float>(place))});
     }
 
-    VLMByteWriter& out_;
+    ByteWriter& out_;
     std::span<const std::uint8_t> colors_;
     std::size_t countOffset_ = 0;
     std::int64_t count_ = 0;
@@ -169,15 +169,15 @@ private:
 
 /// The stitches from the first that is sewn on. A jump begins a new block; a colour change has a block for its own way
 /// before.
-void putBlocks(VLMByteWriter& out, const VLMDesign& design, std::span<const std::uint8_t> colors) {
+void putBlocks(ByteWriter& out, const VLMDesign& design, std::span<const std::uint8_t> colors) {
     const auto& stitches = design.stitches().all();
     const auto isSewn = [](const VLMStitch& stitch) { return !stitch.isJumpStitch(); };
-    VLMPoint place = design.firstStitch();
+    DesignPoint place = design.firstStitch();
     std::size_t thread = 0;
     BlockWriter blocks(out, colors);
     blocks.open(BlockKind::sewn, thread);
     for (auto stitch = std::find_if(stitches.begin(), stitches.end(), isSewn); stitch != stitches.end(); ++stitch) {
-        const VLMPoint former = place;
+        const DesignPoint former = place;
         place.x += double{stitch->deltaX()};
         place.y += double{stitch->deltaY()};
         if (stitch->isColorChange()) {
@@ -193,7 +193,7 @@ void putBlocks(VLMByteWriter& out, const VLMDesign& design, std::span<const std:
     }
 }
 
-void putColorTable(VLMByteWriter& out, std::span<const std::uint8_t> colors) {
+void putColorTable(ByteWriter& out, std::span<const std::uint8_t> colors) {
     out.u8(static_cast<std::int64_t>(colors.size()));
     out.u24(0);
     for (std::size_t i = 0; i < colors.size(); ++i) {
@@ -211,7 +211,7 @@ bool checkSection(const VLMDesign& design, const PecThumbnails& thumbnails, VLME
 }
 
 /// Appends a PEC section and its thumbnails.
-bool putSection(VLMByteWriter& out, std::span<const std::uint8_t> section, std::span<const std::uint8_t> thumbnails,
+bool putSection(ByteWriter& out, std::span<const std::uint8_t> section, std::span<const std::uint8_t> thumbnails,
                 VLMError* error) {
     if (thumbnails.empty()) return failWithSystemError(ENOMEM, error);
     out.bytes(section);
@@ -274,7 +274,7 @@ std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* e
     const auto colors = takeBrotherIndices(design);
     constexpr std::size_t pointSize = 4;
     constexpr std::size_t sizeBesides = 1024;
-    VLMByteWriter out(sizeBesides + 2 * pointSize * design.stitches().size() + pecThumbnailSize * (colors.size() + 1));
+    ByteWriter out(sizeBesides + 2 * pointSize * design.stitches().size() + pecThumbnailSize * (colors.size() + 1));
     putEmbroidery(out, design);
     putObjectName(out, "CSewSeg");
     putBlocks(out, design, colors);
@@ -289,7 +289,7 @@ std::optional<std::vector<std::uint8_t>> writePes(VLMDesign& design, VLMError* e
 std::optional<std::vector<std::uint8_t>> writePec(VLMDesign& design, VLMError* error, const ExportOptions& options) {
     if (!checkSection(design, *options.thumbnails, error)) return std::nullopt;
     const auto section = exportPecSegmentToData(design);
-    VLMByteWriter out(pesHeaderSize + section.size() + pecThumbnailSize);
+    ByteWriter out(pesHeaderSize + section.size() + pecThumbnailSize);
     out.text("#PEC0001");
     if (!putSection(out, section, options.thumbnails->ofThread(design, -1), error)) return std::nullopt;
     return out.take();

@@ -25,7 +25,7 @@ constexpr std::array<ErrorText, 2> errorTexts{{
 
 bool readSew(VLMDesign& design, std::span<const std::uint8_t> file, VLMError* error) {
     if (file.size() <= stitchesOffset) return fail(errorTexts, tooShort, error);
-    VLMByteReader header(file);
+    ByteReader header(file);
     const int colorCount = header.u16();
     if (colorCount == 0 || colorCount > mostColors) return fail(errorTexts, invalidColorCount, error);
     for (int i = 0; i < colorCount; ++i) {

@@ -26,20 +26,19 @@ enum class SinkBounds { replace, widen };
 /// Takes the stitches of a file as they are decoded: appends them to the design and widens its bounds by the running
 /// position, which starts at the origin and is kept in single precision. Stitches are in the design for certain once
 /// the sink is gone or was flushed.
-class VLMStitchSink {
+class StitchSink {
 public:
     /// `mostStitches`: the number that the file's bytes can hold, for which room is made at once. More may come.
-    VLMStitchSink(VLMDesign& design, std::size_t mostStitches, SinkBounds bounds = SinkBounds::replace)
-        : design_(design) {
+    StitchSink(VLMDesign& design, std::size_t mostStitches, SinkBounds bounds = SinkBounds::replace) : design_(design) {
         if (bounds == SinkBounds::replace) design_.resetBounds();
         track_.least = CoordinatePair{design_.xMin(), design_.yMin()};
         track_.greatest = CoordinatePair{design_.xMax(), design_.yMax()};
         auto& stitches = design_.stitches().all();
         stitches.reserve(stitches.size() + mostStitches + blockSize_);
     }
-    ~VLMStitchSink() { flushBlock(); }
-    VLMStitchSink(const VLMStitchSink&) = delete;
-    VLMStitchSink& operator=(const VLMStitchSink&) = delete;
+    ~StitchSink() { flushBlock(); }
+    StitchSink(const StitchSink&) = delete;
+    StitchSink& operator=(const StitchSink&) = delete;
 
     void append(float deltaX, float deltaY, bool isJump, bool isChange) {
         put({CoordinatePair{deltaX, deltaY}, isJump, isChange}, count_++, track_);

@@ -49,13 +49,13 @@ std::int32_t millimetres(std::int32_t micrometres) noexcept {
     return static_cast<std::int32_t>((std::int64_t{micrometres} + 999) / 1000);
 }
 
-VLMHoopHandle hoopOf(std::int32_t width, std::int32_t height) {
+HoopHandle hoopOf(std::int32_t width, std::int32_t height) {
     return std::make_shared<const VLMHoop>(VLMHoop::initWithHoopvendorcodewidthheightmultiHooproundHoopisWritable(
         "", "", 0, millimetres(width), millimetres(height), false, false, false));
 }
 
 bool readHeader(VLMDesign& design, std::span<const std::uint8_t> file, Header& header, VLMError* error) {
-    VLMByteReader in(file);
+    ByteReader in(file);
     const auto foundMark = in.take(mark.size());
     in.skip(1);
     in.skip(in.u16be() + 15 - 8);
@@ -88,14 +88,14 @@ VLMColor colorOf(std::uint8_t red, std::uint8_t green, std::uint8_t blue) noexce
 constexpr ByteValues yDownward =
     byteValues([](std::uint8_t byte) { return static_cast<float>(-static_cast<std::int8_t>(byte)); });
 
-std::string takeText(VLMByteReader& in) {
+std::string takeText(ByteReader& in) {
     return textFromLatin1(in.take(in.u16be()));
 }
 
 /// The thread of a section whose reader stands at its number of colours; nothing when its texts do not fit in the file.
-std::optional<VLMThread> takeThread(VLMByteReader& in) {
+std::optional<VLMThread> takeThread(ByteReader& in) {
     const int colors = in.u8();
-    VLMByteReader firstColor = in;
+    ByteReader firstColor = in;
     firstColor.skip(1);
     const std::uint8_t red = firstColor.u8();
     const std::uint8_t green = firstColor.u8();
@@ -120,7 +120,7 @@ public:
 
     /// Reads the section at `section` and moves it on to the next one; false when something does not fit in the file.
     bool read(std::int64_t& section, bool isLast) {
-        VLMByteReader in(file_, section + 3);
+        ByteReader in(file_, section + 3);
         const std::int64_t next = section + sectionHeadSize + in.i32be();
         const Place start{in.i32be(), in.i32be()};
         if (!in.ok()) return false;
@@ -155,7 +155,7 @@ private:
         return allowance_ >= 0;
     }
 
-    std::int64_t positionOf(const VLMByteReader& in) const noexcept {
+    std::int64_t positionOf(const ByteReader& in) const noexcept {
         return size_ - static_cast<std::int64_t>(in.remaining());
     }
 
@@ -192,7 +192,7 @@ private:
             const bool isEscaped = record[0] == escape;
             if (isEscaped && record[1] == jumpMark) {
                 if (record.size() < usedJumpSize) return false;
-                VLMByteReader place(record, pairSize);
+                ByteReader place(record, pairSize);
                 const std::int16_t x = place.i16be();
                 append(x, place.i16be(), true);
                 position += jumpSize;
@@ -214,7 +214,7 @@ private:
     std::span<const std::uint8_t> file_;
     std::int64_t size_;
     std::int64_t allowance_;
-    VLMStitchSink sink_;
+    StitchSink sink_;
     Place former_;
     float gapX_ = 0;
     float gapY_ = 0;

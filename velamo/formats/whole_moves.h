@@ -23,7 +23,7 @@ namespace velamo {
 
 /// Makes whole moves of fractional ones, along one axis. What rounding down takes from a move is carried into the next
 /// one, in single precision, so that places stay true however many moves lead there.
-class VLMWholeMoves {
+class WholeMoves {
 public:
     /// The move as a whole number.
     [[nodiscard]] float take(float delta) noexcept {
@@ -41,7 +41,7 @@ private:
 };
 
 /// The same along both axes.
-class VLMWholePairs {
+class WholePairs {
 public:
     struct Move {
         std::int64_t x;
@@ -57,13 +57,13 @@ public:
     }
 
 private:
-    VLMWholeMoves x_;
-    VLMWholeMoves y_;
+    WholeMoves x_;
+    WholeMoves y_;
     bool isCarrying_ = false;  // once a move was not whole
 };
 
 /// The two lower bytes of a move, x in the lower one, for formats whose moves are signed bytes.
-[[nodiscard]] inline std::uint64_t byteMove(VLMWholePairs::Move move) noexcept {
+[[nodiscard]] inline std::uint64_t byteMove(WholePairs::Move move) noexcept {
     return (static_cast<std::uint64_t>(move.x) & 0xFFU) | (static_cast<std::uint64_t>(move.y) & 0xFFU) << 8;
 }
 

@@ -64,17 +64,17 @@ std::int32_t measurementUnitOfUser() {
     return measurementUnitIn(preferenceFile());
 }
 
-std::optional<double> VLMTransformableValue::number() const noexcept {
+std::optional<double> TransformableValue::number() const noexcept {
     const auto* number = std::get_if<double>(&value_);
     return number != nullptr ? std::optional(*number) : std::nullopt;
 }
 
-const std::string* VLMTransformableValue::text() const noexcept {
-    if (const auto* styled = std::get_if<VLMStyledText>(&value_)) return &styled->string;
+const std::string* TransformableValue::text() const noexcept {
+    if (const auto* styled = std::get_if<StyledText>(&value_)) return &styled->string;
     return std::get_if<std::string>(&value_);
 }
 
-std::optional<float> VLMTransformableValue::floatValue() const {
+std::optional<float> TransformableValue::floatValue() const {
     if (const auto* number = std::get_if<double>(&value_)) return static_cast<float>(*number);
     if (const auto* plainText = std::get_if<std::string>(&value_)) {
         return static_cast<float>(scanNumber(*plainText, NumberMarks{}).value_or(0));
@@ -82,7 +82,7 @@ std::optional<float> VLMTransformableValue::floatValue() const {
     return std::nullopt;
 }
 
-std::string VLMTransformableValue::typeName() const {
+std::string TransformableValue::typeName() const {
     return demangled(std::visit(TypeOfValue{}, value_));
 }
 
@@ -96,16 +96,16 @@ VLMValueTransformer::VLMValueTransformer(std::string locale, UnitSource unit)
       unit_(std::move(unit)),
       coreFormatter_(std::make_shared<const PlainNumberFormatter>(locale_)) {}
 
-Text VLMValueTransformer::transformedValue(const VLMTransformableValue& value) const {
+Text VLMValueTransformer::transformedValue(const TransformableValue& value) const {
     if (value.isNothing()) return std::nullopt;
     const auto millimetres = value.floatValue();
     if (!millimetres) {
-        throw VLMInternalInconsistencyException("Value (" + value.typeName() + ") does not respond to -floatValue.");
+        throw InternalInconsistencyException("Value (" + value.typeName() + ") does not respond to -floatValue.");
     }
     return LengthFormatter(static_cast<MeasurementUnit>(unit_()), locale_).text(*millimetres);
 }
 
-VLMTransformableValue VLMValueTransformer::reverseTransformedValue(const VLMTransformableValue& value) const {
+TransformableValue VLMValueTransformer::reverseTransformedValue(const TransformableValue& value) const {
     if (value.isNothing()) return 0.0;
     const std::string* text = value.text();
     if (text == nullptr) return value;

@@ -37,25 +37,25 @@ enum class MeasurementUnit : std::int32_t { millimetres = 0, decimalInches = 1, 
 [[nodiscard]] VELAMO_API std::int32_t measurementUnitOfUser();
 
 /// A text with styles, of which only the characters count here.
-struct VELAMO_API VLMStyledText {
+struct VELAMO_API StyledText {
     std::string string;
-    friend bool operator==(const VLMStyledText&, const VLMStyledText&) = default;
+    friend bool operator==(const StyledText&, const StyledText&) = default;
 };
 
 /// What the transformer takes and returns: nothing, a number, a plain or styled text, or a value of any other type.
-class VELAMO_API VLMTransformableValue {
+class VELAMO_API TransformableValue {
 public:
-    VLMTransformableValue() = default;
+    TransformableValue() = default;
     // A value is what it holds, so that callers pass it as it is. NOLINTBEGIN(google-explicit-constructor)
-    VLMTransformableValue(std::nullopt_t) {}
+    TransformableValue(std::nullopt_t) {}
     template <class Number>
-    requires std::is_arithmetic_v<Number> VLMTransformableValue(Number number) : value_(static_cast<double>(number)) {}
-    VLMTransformableValue(const char* text) : value_(std::string(text)) {}
-    VLMTransformableValue(std::string_view text) : value_(std::string(text)) {}
-    VLMTransformableValue(std::string text) : value_(std::move(text)) {}
-    VLMTransformableValue(VLMStyledText text) : value_(std::move(text)) {}
+    requires std::is_arithmetic_v<Number> TransformableValue(Number number) : value_(static_cast<double>(number)) {}
+    TransformableValue(const char* text) : value_(std::string(text)) {}
+    TransformableValue(std::string_view text) : value_(std::string(text)) {}
+    TransformableValue(std::string text) : value_(std::move(text)) {}
+    TransformableValue(StyledText text) : value_(std::move(text)) {}
     template <std::same_as<std::any> Any>
-    VLMTransformableValue(Any other) : value_(std::move(other)) {}
+    TransformableValue(Any other) : value_(std::move(other)) {}
     // NOLINTEND(google-explicit-constructor)
 
     [[nodiscard]] bool isNothing() const noexcept { return std::holds_alternative<std::monostate>(value_); }
@@ -72,11 +72,11 @@ public:
     [[nodiscard]] std::string typeName() const;
 
 private:
-    std::variant<std::monostate, double, std::string, VLMStyledText, std::any> value_;
+    std::variant<std::monostate, double, std::string, StyledText, std::any> value_;
 };
 
 /// Thrown when the transformer is given a value that it cannot measure: a mistake in the program, not in its input.
-class VELAMO_API VLMInternalInconsistencyException : public std::logic_error {
+class VELAMO_API InternalInconsistencyException : public std::logic_error {
 public:
     using std::logic_error::logic_error;
 };
@@ -105,14 +105,14 @@ public:
     /// Returns the length, narrowed to single precision first, as text. Millimetres look like "12.3 mm"; inches like
     /// "0.49\"" with unit 1, and like "1 15/32\"" with unit 2, where inches and 32nds are both cut toward zero. A
     /// length that is not finite is written as the locale writes it. Returns nullopt for nothing. Throws
-    /// VLMInternalInconsistencyException for any other value that has no floatValue().
-    [[nodiscard]] Text transformedValue(const VLMTransformableValue& value) const;
+    /// InternalInconsistencyException for any other value that has no floatValue().
+    [[nodiscard]] Text transformedValue(const TransformableValue& value) const;
 
     /// Returns the length in millimetres that a text states: a number ("12.5 mm", "2 in", "0.5\"") or a fraction with
     /// or without a whole number ("1 1/2"). "mm", "in" or the inch mark names the unit; without one the user's unit
     /// applies. A part that cannot be read counts as 0; as a denominator it gives a result that is not finite. Returns
     /// 0 for nothing and for an empty text. Returns any other value unchanged.
-    [[nodiscard]] VLMTransformableValue reverseTransformedValue(const VLMTransformableValue& value) const;
+    [[nodiscard]] TransformableValue reverseTransformedValue(const TransformableValue& value) const;
 
 private:
     [[nodiscard]] double numberIn(std::string_view text) const;

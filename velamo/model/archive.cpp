@@ -105,19 +105,20 @@ VLMHoop initWithCoder(KeyedUnarchiver& coder) {
 }
 
 template <class Element>
-void encodeList(KeyedArchiver& coder, std::string_view key, std::string_view className, const VLMList<Element>& list) {
+void encodeList(KeyedArchiver& coder, std::string_view key, std::string_view className,
+                const SharedList<Element>& list) {
     if (!list.isThere()) return coder.encodeNothing(key);
     coder.encodeList(key, className, list.size(),
                      [&](KeyedArchiver& element, std::size_t index) { encodeWithCoder(list[index], element); });
 }
 
 template <class Element>
-VLMList<Element> decodeList(KeyedUnarchiver& coder, std::string_view key, std::string_view className) {
+SharedList<Element> decodeList(KeyedUnarchiver& coder, std::string_view key, std::string_view className) {
     std::vector<Element> elements;
     const bool isThere = coder.decodeList(
         key, className, [&](std::size_t count) { elements.reserve(count); },
         [&](KeyedUnarchiver& element) { elements.push_back(initWithCoder<Element>(element)); });
-    return isThere ? VLMList<Element>(std::move(elements)) : VLMList<Element>::none();
+    return isThere ? SharedList<Element>(std::move(elements)) : SharedList<Element>::none();
 }
 
 void encodeWithCoder(const VLMDesign& design, KeyedArchiver& coder) {

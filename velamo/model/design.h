@@ -21,32 +21,32 @@
 namespace velamo {
 
 /// A position in the design, in tenths of a millimetre, y upward.
-struct VELAMO_API VLMPoint {
+struct VELAMO_API DesignPoint {
     double x = 0;
     double y = 0;
-    friend bool operator==(const VLMPoint&, const VLMPoint&) = default;
+    friend bool operator==(const DesignPoint&, const DesignPoint&) = default;
 };
 
 /// A rectangle in the design's plane, in tenths of a millimetre; (x, y) is its lower left corner. Its size may be
 /// negative: selectionRect returns such a rectangle when no stitch is selected.
-struct VELAMO_API VLMRect {
+struct VELAMO_API DesignRect {
     double x = 0;
     double y = 0;
     double width = 0;
     double height = 0;
-    friend bool operator==(const VLMRect&, const VLMRect&) = default;
+    friend bool operator==(const DesignRect&, const DesignRect&) = default;
     /// Returns whether the point lies inside. The upper and right edges count as outside, so a rectangle whose width or
     /// height is zero or negative contains nothing.
-    [[nodiscard]] constexpr bool contains(VLMPoint point) const noexcept {
+    [[nodiscard]] constexpr bool contains(DesignPoint point) const noexcept {
         return x <= point.x && point.x < x + width && y <= point.y && point.y < y + height;
     }
 };
 
 /// A run of stitch indices: the first one and their number.
-struct VELAMO_API VLMRange {
+struct VELAMO_API StitchRange {
     std::uint64_t location = 0;
     std::uint64_t length = 0;
-    friend bool operator==(const VLMRange&, const VLMRange&) = default;
+    friend bool operator==(const StitchRange&, const StitchRange&) = default;
 };
 
 /// What a query for an index returns when there is none.
@@ -73,8 +73,8 @@ public:
     // Fields. Defined here, except resetBounds: design.cpp.
 
     /// The run of stitches that is drawn. After import and after decoding it covers all stitches, from index 0.
-    [[nodiscard]] VLMRange displayRange() const noexcept { return displayRange_; }
-    void setDisplayRange(VLMRange displayRange) noexcept { displayRange_ = displayRange; }
+    [[nodiscard]] StitchRange displayRange() const noexcept { return displayRange_; }
+    void setDisplayRange(StitchRange displayRange) noexcept { displayRange_ = displayRange; }
     /// Whether the threads come from the thread side file and are to be kept there.
     [[nodiscard]] bool useThreadFile() const noexcept { return useThreadFile_; }
     void setUseThreadFile(bool useThreadFile) noexcept { useThreadFile_ = useThreadFile; }
@@ -100,12 +100,12 @@ public:
     void resetBounds() noexcept;
 
     /// The lists are shared handles: a copy of a handle is the same list, and so is a handle passed to a setter.
-    [[nodiscard]] const VLMStitchList& stitches() const noexcept { return stitches_; }
-    [[nodiscard]] VLMStitchList& stitches() noexcept { return stitches_; }
-    void setStitches(VLMStitchList stitches) noexcept { stitches_ = std::move(stitches); }
-    [[nodiscard]] const VLMThreadList& threads() const noexcept { return threads_; }
-    [[nodiscard]] VLMThreadList& threads() noexcept { return threads_; }
-    void setThreads(VLMThreadList threads) noexcept { threads_ = std::move(threads); }
+    [[nodiscard]] const StitchList& stitches() const noexcept { return stitches_; }
+    [[nodiscard]] StitchList& stitches() noexcept { return stitches_; }
+    void setStitches(StitchList stitches) noexcept { stitches_ = std::move(stitches); }
+    [[nodiscard]] const ThreadList& threads() const noexcept { return threads_; }
+    [[nodiscard]] ThreadList& threads() noexcept { return threads_; }
+    void setThreads(ThreadList threads) noexcept { threads_ = std::move(threads); }
 
     /// The file's name with its extension.
     [[nodiscard]] const Text& designName() const noexcept { return designName_; }
@@ -114,8 +114,8 @@ public:
     [[nodiscard]] const Text& designType() const noexcept { return designType_; }
     void setDesignType(Text designType) noexcept { designType_ = std::move(designType); }
     /// The hoop that the design is made for; null when there is none.
-    [[nodiscard]] const VLMHoopHandle& designHoop() const noexcept { return designHoop_; }
-    void setDesignHoop(VLMHoopHandle designHoop) noexcept { designHoop_ = std::move(designHoop); }
+    [[nodiscard]] const HoopHandle& designHoop() const noexcept { return designHoop_; }
+    void setDesignHoop(HoopHandle designHoop) noexcept { designHoop_ = std::move(designHoop); }
     /// The path of the file that the design was read from.
     [[nodiscard]] const std::optional<std::filesystem::path>& designLocation() const noexcept {
         return designLocation_;
@@ -130,7 +130,7 @@ public:
     [[nodiscard]] std::int32_t designWidth() const noexcept;
     [[nodiscard]] std::int32_t designHeight() const noexcept;
     /// The middle of the bounds.
-    [[nodiscard]] VLMPoint centerOfDesign() const noexcept;
+    [[nodiscard]] DesignPoint centerOfDesign() const noexcept;
     [[nodiscard]] std::int32_t numberOfThreads() const noexcept;
     /// The number of jumps that are not colour changes.
     [[nodiscard]] std::int32_t numberOfJumps() const noexcept;
@@ -141,9 +141,9 @@ public:
     /// change does not count, whatever the flags say. Returns 0 when there is no list at all.
     [[nodiscard]] std::int32_t numberOfStitches() const noexcept;
     /// The position of the needle when sewing begins, after the leading jumps.
-    [[nodiscard]] VLMPoint firstStitch() const noexcept;
+    [[nodiscard]] DesignPoint firstStitch() const noexcept;
     /// The position of the needle at the end.
-    [[nodiscard]] VLMPoint lastStitch() const noexcept;
+    [[nodiscard]] DesignPoint lastStitch() const noexcept;
     /// The palette that all threads share, or "" when there is none.
     [[nodiscard]] std::string designPalette() const;
     /// The display name of the palette that all threads share, or the user's word for thread colours when there is
@@ -178,7 +178,7 @@ public:
     // Hoops. Source: hoop_catalogue.cpp.
 
     /// All hoops of all vendors, in the order in which automatic choice tries them.
-    [[nodiscard]] static std::vector<VLMHoopHandle> hoops();
+    [[nodiscard]] static std::vector<HoopHandle> hoops();
     /// Description, width and height in millimetres, vendor and code of the design's hoop. Without a hoop they are "",
     /// 0, 0, "" and -1, and hoopIsRound() is false. hoopName() throws like VLMHoop::description.
     [[nodiscard]] std::string hoopName() const;
@@ -191,10 +191,10 @@ public:
     /// design then keeps its hoop, except that the code -1 takes it away.
     bool setHoopFromVendorwithCode(std::string_view vendor, std::int32_t code);
     /// The vendor's hoops in the order of hoops(), or nullopt when the vendor has none.
-    [[nodiscard]] static std::optional<std::vector<VLMHoopHandle>> allHoopsFromVendor(std::string_view vendor);
+    [[nodiscard]] static std::optional<std::vector<HoopHandle>> allHoopsFromVendor(std::string_view vendor);
     /// The vendor's first writable hoop that the design fits in, which need not be the smallest, or null when there is
     /// none.
-    [[nodiscard]] VLMHoopHandle findHoopFromVendor(std::string_view vendor) const;
+    [[nodiscard]] HoopHandle findHoopFromVendor(std::string_view vendor) const;
     /// Whether the design's width and height are at most those of the hoop, wherever the design lies. A round hoop
     /// counts as its square; the design is not turned.
     [[nodiscard]] bool designFitsInHoop(const VLMHoop& hoop) const noexcept;
@@ -226,7 +226,7 @@ private:
     [[nodiscard]] auto fields() noexcept { return fieldsOf(*this); }
     [[nodiscard]] auto fields() const noexcept { return fieldsOf(*this); }
 
-    VLMRange displayRange_;
+    StitchRange displayRange_;
     bool useThreadFile_ = false;
     bool selectionActive_ = false;
     std::int32_t designVersion_ = 0;
@@ -234,11 +234,11 @@ private:
     float yMin_ = 0;
     float xMax_ = 0;
     float yMax_ = 0;
-    VLMStitchList stitches_;
-    VLMThreadList threads_;
+    StitchList stitches_;
+    ThreadList threads_;
     Text designName_;
     Text designType_;
-    VLMHoopHandle designHoop_;
+    HoopHandle designHoop_;
     std::optional<std::filesystem::path> designLocation_;
 };
 

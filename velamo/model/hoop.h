@@ -55,6 +55,6 @@ private:
 };
 
 /// A shared hoop, or null for none.
-using VLMHoopHandle = std::shared_ptr<const VLMHoop>;
+using HoopHandle = std::shared_ptr<const VLMHoop>;
 
 }  // namespace velamo

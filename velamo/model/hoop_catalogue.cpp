@@ -57,7 +57,7 @@ constexpr std::array<CatalogueEntry, 34> catalogue{{
     {"Pfaff", "L", 3, 120, 115, false, false, true},
 }};
 
-VLMHoopHandle hoopOf(const CatalogueEntry& entry) {
+HoopHandle hoopOf(const CatalogueEntry& entry) {
     return std::make_shared<const VLMHoop>(VLMHoop::initWithHoopvendorcodewidthheightmultiHooproundHoopisWritable(
         entry.name, entry.vendor, entry.code, entry.width, entry.height, entry.isMultiHoop, entry.isRounded,
         entry.isWritable));
@@ -70,8 +70,8 @@ float innerHalf(std::int32_t sizeInMillimetres) noexcept {
 
 }  // namespace
 
-std::vector<VLMHoopHandle> VLMDesign::hoops() {
-    std::vector<VLMHoopHandle> hoops;
+std::vector<HoopHandle> VLMDesign::hoops() {
+    std::vector<HoopHandle> hoops;
     hoops.reserve(catalogue.size());
     for (const CatalogueEntry& entry : catalogue) hoops.push_back(hoopOf(entry));
     return hoops;
@@ -111,15 +111,15 @@ bool VLMDesign::setHoopFromVendorwithCode(std::string_view vendor, std::int32_t 
     return true;
 }
 
-std::optional<std::vector<VLMHoopHandle>> VLMDesign::allHoopsFromVendor(std::string_view vendor) {
-    std::vector<VLMHoopHandle> hoops;
+std::optional<std::vector<HoopHandle>> VLMDesign::allHoopsFromVendor(std::string_view vendor) {
+    std::vector<HoopHandle> hoops;
     for (const CatalogueEntry& entry : catalogue)
         if (entry.vendor == vendor) hoops.push_back(hoopOf(entry));
     return hoops.empty() ? std::nullopt : std::optional(std::move(hoops));
 }
 
-VLMHoopHandle VLMDesign::findHoopFromVendor(std::string_view vendor) const {
-    for (const VLMHoopHandle& hoop : allHoopsFromVendor(vendor).value_or(std::vector<VLMHoopHandle>()))
+HoopHandle VLMDesign::findHoopFromVendor(std::string_view vendor) const {
+    for (const HoopHandle& hoop : allHoopsFromVendor(vendor).value_or(std::vector<HoopHandle>()))
         if (designFitsInHoop(*hoop) && hoop->isWritable()) return hoop;
     return nullptr;
 }

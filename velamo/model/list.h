@@ -14,25 +14,25 @@ namespace velamo {
 /// with its first element or with the first call of a non-const begin(), end() or all(). All owners of a list must use
 /// it in one thread of execution at a time.
 template <class Element>
-class VELAMO_API VLMList {
+class VELAMO_API SharedList {
 public:
     using value_type = Element;
     using iterator = typename std::vector<Element>::iterator;
     using const_iterator = typename std::vector<Element>::const_iterator;
 
-    VLMList() : elements_(std::make_shared<std::vector<Element>>()) {}
-    VLMList(std::vector<Element> elements)  // NOLINT(google-explicit-constructor): a list is its elements
+    SharedList() : elements_(std::make_shared<std::vector<Element>>()) {}
+    SharedList(std::vector<Element> elements)  // NOLINT(google-explicit-constructor): a list is its elements
         : elements_(std::make_shared<std::vector<Element>>(std::move(elements))) {}
-    VLMList(std::initializer_list<Element> elements) : VLMList(std::vector<Element>(elements)) {}
+    SharedList(std::initializer_list<Element> elements) : SharedList(std::vector<Element>(elements)) {}
 
     /// Makes a handle that holds no list.
-    [[nodiscard]] static VLMList none() noexcept { return VLMList(nullptr); }
+    [[nodiscard]] static SharedList none() noexcept { return SharedList(nullptr); }
     /// Returns whether the handle holds a list.
     [[nodiscard]] bool isThere() const noexcept { return elements_ != nullptr; }
     /// Returns whether both handles hold the very same list, or no list.
-    [[nodiscard]] bool isSharedWith(const VLMList& other) const noexcept { return elements_ == other.elements_; }
+    [[nodiscard]] bool isSharedWith(const SharedList& other) const noexcept { return elements_ == other.elements_; }
     /// Returns another list with the same elements; it is there even if this one is not.
-    [[nodiscard]] VLMList copy() const { return VLMList(all()); }
+    [[nodiscard]] SharedList copy() const { return SharedList(all()); }
 
     [[nodiscard]] std::size_t size() const noexcept { return elements_ ? elements_->size() : 0; }
     [[nodiscard]] bool empty() const noexcept { return size() == 0; }
@@ -66,10 +66,10 @@ public:
         if (elements_) elements_->clear();
     }
 
-    friend bool operator==(const VLMList& one, const VLMList& other) { return one.all() == other.all(); }
+    friend bool operator==(const SharedList& one, const SharedList& other) { return one.all() == other.all(); }
 
 private:
-    explicit VLMList(std::nullptr_t) noexcept {}
+    explicit SharedList(std::nullptr_t) noexcept {}
     std::shared_ptr<std::vector<Element>> elements_;
 };
 

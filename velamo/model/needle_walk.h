@@ -11,8 +11,8 @@ namespace velamo {
 struct VELAMO_API NeedleMove {
     std::size_t stitch = 0;  // its index in the design
     std::size_t thread = 0;  // the index of its block's thread, which a design may lack
-    VLMPoint start;          // tenths of a millimetre, y upward, from where the design starts
-    VLMPoint end;
+    DesignPoint start;       // tenths of a millimetre, y upward, from where the design starts
+    DesignPoint end;
     bool startsBlock = false;  // a colour change, or the first stitch of all
     /// Whether the move may leave thread on the cloth: it is not a jump, and the stitch before it was neither a jump
     /// nor a colour change (after those the needle only goes down). If the move has a length, it is then a line of
@@ -29,7 +29,7 @@ public:
     NeedleMove take(const VLMStitch& stitch) noexcept {
         const bool startsBlock = stitch_ == 0 || stitch.isColorChange();
         if (startsBlock) ++blocks_;
-        const VLMPoint end{position_.x + stitch.deltaX(), position_.y + stitch.deltaY()};
+        const DesignPoint end{position_.x + stitch.deltaX(), position_.y + stitch.deltaY()};
         const NeedleMove move{stitch_, blocks_ - 1, position_,
                               end,     startsBlock, isAfterStitch_ && !stitch.isJumpStitch()};
         isAfterStitch_ = !stitch.isJumpStitch() && !stitch.isColorChange();
@@ -44,7 +44,7 @@ public:
 private:
     std::size_t stitch_ = 0;
     std::size_t blocks_ = 0;  // begun so far
-    VLMPoint position_;
+    DesignPoint position_;
     bool isAfterStitch_ = false;
 };
 

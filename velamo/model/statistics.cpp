@@ -32,7 +32,7 @@ std::string designText(std::string_view key, std::string_view fallback) {
 /// What every thread says, or `otherwise`: at the first that differs the candidate becomes `otherwise`, and later
 /// threads are compared with that.
 template <class TextOfThread>
-std::string commonText(const VLMThreadList& threads, const std::string& otherwise, TextOfThread textOf) {
+std::string commonText(const ThreadList& threads, const std::string& otherwise, TextOfThread textOf) {
     Text candidate = threads.empty() ? Text(otherwise) : textOf(threads[0]);
     for (const VLMThread& thread : threads)
         if (textOf(thread) != candidate) candidate = otherwise;
@@ -69,7 +69,7 @@ std::int32_t VLMDesign::designHeight() const noexcept {
     return truncated(yMax_ - yMin_);
 }
 
-VLMPoint VLMDesign::centerOfDesign() const noexcept {
+DesignPoint VLMDesign::centerOfDesign() const noexcept {
     return {(xMin_ + xMax_) * 0.5F, (yMin_ + yMax_) * 0.5F};
 }
 
@@ -94,8 +94,8 @@ std::int32_t VLMDesign::numberOfStitches() const noexcept {
     return static_cast<std::int32_t>(static_cast<std::int64_t>(stitches_.size()) + 1 - numberOfThreads());
 }
 
-VLMPoint VLMDesign::firstStitch() const noexcept {
-    VLMPoint position;
+DesignPoint VLMDesign::firstStitch() const noexcept {
+    DesignPoint position;
     for (const VLMStitch& stitch : stitches_) {
         if (!stitch.isJumpStitch()) break;
         position.x += static_cast<double>(stitch.deltaX());
@@ -104,8 +104,8 @@ VLMPoint VLMDesign::firstStitch() const noexcept {
     return position;
 }
 
-VLMPoint VLMDesign::lastStitch() const noexcept {
-    VLMPoint position;
+DesignPoint VLMDesign::lastStitch() const noexcept {
+    DesignPoint position;
     for (const VLMStitch& stitch : stitches_) {
         position.x += static_cast<double>(stitch.deltaX());
         position.y += static_cast<double>(stitch.deltaY());

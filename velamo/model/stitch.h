@@ -51,6 +51,6 @@ private:
 };
 static_assert(sizeof(VLMStitch) == 12);
 
-using VLMStitchList = VLMList<VLMStitch>;
+using StitchList = SharedList<VLMStitch>;
 
 }  // namespace velamo

@@ -96,6 +96,6 @@ private:
 };
 static_assert(sizeof(VLMThread) <= 24);
 
-using VLMThreadList = VLMList<VLMThread>;
+using ThreadList = SharedList<VLMThread>;
 
 }  // namespace velamo

@@ -219,7 +219,7 @@ void Cloth::mix(std::size_t direction) noexcept {
     }
 }
 
-const Cloth::Inks& Cloth::inksOf(VLMPoint along) noexcept {
+const Cloth::Inks& Cloth::inksOf(DesignPoint along) noexcept {
     const float turns =
         std::atan2(static_cast<float>(along.y), static_cast<float>(along.x)) / static_cast<float>(fullTurn);
     const auto direction = static_cast<std::size_t>(std::lround((turns + 1) * directions)) % directions;
@@ -228,7 +228,7 @@ const Cloth::Inks& Cloth::inksOf(VLMPoint along) noexcept {
     return inks_[direction];
 }
 
-void Cloth::sewBelow(VLMPoint start, VLMPoint end, double threadWidth) noexcept {
+void Cloth::sewBelow(DesignPoint start, DesignPoint end, double threadWidth) noexcept {
     constexpr double wideEnd = 4;
     constexpr double farAway = 1e6;  // from where on places are too inexact to tell where round ends lie
     const double x = (end.x - start.x) * grain_;
@@ -279,8 +279,8 @@ bool Cloth::touchesOpenTile(int firstRow, int endRow, const Line& line) noexcept
 
 /// Where the row meets the thread is measured along the thread and across it.
 void Cloth::drawRow(int row, Line& line) noexcept {
-    const VLMPoint start = line.start;
-    const VLMPoint along = line.along;
+    const DesignPoint start = line.start;
+    const DesignPoint along = line.along;
     const double length = line.length;
     const double radius = line.radius;
     const double y = row + 0.5 - start.y;

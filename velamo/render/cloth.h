@@ -31,7 +31,7 @@ public:
     /// A stitch below all that were sewn before, so that no pixel is drawn twice, between two places of the picture,
     /// whose y points down; the unit is one of its pixels. What lies outside is left out, and so is a stitch of no
     /// length or one whose place is no number.
-    void sewBelow(VLMPoint start, VLMPoint end, double threadWidth) noexcept;
+    void sewBelow(DesignPoint start, DesignPoint end, double threadWidth) noexcept;
     /// Whether no stitch can show any more.
     [[nodiscard]] bool isClosed() const noexcept { return openTiles_ == 0; }
     /// Fills the bitmap, which has the size of the picture.
@@ -61,8 +61,8 @@ private:
 
     /// A stitch on the way onto the cloth, in its pixels.
     struct Line {
-        VLMPoint start;
-        VLMPoint along;  // of length 1
+        DesignPoint start;
+        DesignPoint along;  // of length 1
         double inverseOfX = 0;
         double inverseOfY = 0;  // the way across
         double length = 0;
@@ -75,8 +75,8 @@ private:
 
     /// What a stitch is known by, when it comes again.
     struct Sewn {
-        VLMPoint start;
-        VLMPoint end;
+        DesignPoint start;
+        DesignPoint end;
         double threadWidth = 0;
         friend bool operator==(const Sewn&, const Sewn&) = default;
     };
@@ -90,7 +90,7 @@ private:
     [[nodiscard]] static double scalarProduct(const Vector& one, const Vector& other) noexcept;
     [[nodiscard]] static Shade shadeOf(const Vector& normal, const Vector& along) noexcept;
     [[nodiscard]] Profile profileOf(std::size_t direction) const noexcept;
-    [[nodiscard]] const Inks& inksOf(VLMPoint along) noexcept;
+    [[nodiscard]] const Inks& inksOf(DesignPoint along) noexcept;
     void mix(std::size_t direction) noexcept;
     void layTiles();
     [[nodiscard]] Tile& tileAt(int row, int column) noexcept;

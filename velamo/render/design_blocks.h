@@ -19,16 +19,16 @@ public:
     /// Blocks that have a thread.
     [[nodiscard]] std::size_t size() const noexcept { return blocks_.size(); }
     /// The smallest rectangle round all ends of the block's stitches; ends that are not finite stay outside.
-    [[nodiscard]] VLMRect boundsOf(std::size_t block) const;
+    [[nodiscard]] DesignRect boundsOf(std::size_t block) const;
     /// Draws, flat, without jumps and structure, what the drawing of the design with the thread `block` alone draws.
-    void drawBlockInRectofContext(std::size_t block, const VLMRect& rect, GraphicsContext& context) const noexcept;
+    void drawBlockInRectofContext(std::size_t block, const DesignRect& rect, GraphicsContext& context) const noexcept;
 
 private:
     struct Block {
         NeedleWalk start;
-        VLMPoint least;
-        VLMPoint most;
-        void include(VLMPoint point) noexcept;
+        DesignPoint least;
+        DesignPoint most;
+        void include(DesignPoint point) noexcept;
     };
     const VLMDesign& design_;
     std::vector<Block> blocks_;

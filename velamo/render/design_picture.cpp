@@ -17,7 +17,7 @@ constexpr double leastScale = 1e-6;
 /// Draws the design with so many units of the context for each tenth of a millimetre.
 Painter painterOf(const VLMDesign& design, double scale, const DesignLook& look) {
     return [&design, scale, look](GraphicsContext& context) {
-        const VLMRect rect = pictureRectOf(design);
+        const DesignRect rect = pictureRectOf(design);
         context.scale(scale, scale);
         context.translate(-rect.x, -rect.y);
         drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(
@@ -27,7 +27,7 @@ Painter painterOf(const VLMDesign& design, double scale, const DesignLook& look)
 
 bool writePicture(bool (*write)(double width, double height, const Painter&, const ByteSink&), const VLMDesign& design,
                   const DesignLook& look, const ByteSink& sink) {
-    const VLMRect rect = pictureRectOf(design);
+    const DesignRect rect = pictureRectOf(design);
     return write(rect.width / tenthsOfMillimetre, rect.height / tenthsOfMillimetre,
                  painterOf(design, 1 / tenthsOfMillimetre, look), sink);
 }
@@ -45,18 +45,18 @@ std::optional<std::vector<std::uint8_t>> bytesOf(bool (*write)(const VLMDesign&,
 
 }  // namespace
 
-VLMRect pictureRectOf(const VLMDesign& design) noexcept {
+DesignRect pictureRectOf(const VLMDesign& design) noexcept {
     return {design.xMin() - margin, design.yMin() - margin, design.designWidth() + 2 * margin,
             design.designHeight() + 2 * margin};
 }
 
 PictureSize pictureSizeOf(const VLMDesign& design, double scale) noexcept {
-    const VLMRect rect = pictureRectOf(design);
+    const DesignRect rect = pictureRectOf(design);
     return {std::ceil(rect.width * scale), std::ceil(rect.height * scale)};
 }
 
 double scaleForLongerSide(const VLMDesign& design, std::int32_t pixels) noexcept {
-    const VLMRect rect = pictureRectOf(design);
+    const DesignRect rect = pictureRectOf(design);
     const double length = std::max(rect.width, rect.height);
     if (!(length > 0)) return 0;
     const double scale = pixels / length;

@@ -22,7 +22,7 @@ struct VELAMO_API DesignLook {
 
 /// Returns what a picture of the design shows: its bounds and 1 mm around them, in tenths of a millimetre. Its size is
 /// zero or negative when the bounds have no meaning.
-[[nodiscard]] VELAMO_API VLMRect pictureRectOf(const VLMDesign& design) noexcept;
+[[nodiscard]] VELAMO_API DesignRect pictureRectOf(const VLMDesign& design) noexcept;
 
 /// The size in pixels of a picture with `scale` pixels for each tenth of a millimetre. It may be more than can be
 /// drawn.

@@ -85,7 +85,7 @@ struct Run {
 
 class StitchPainter {
 public:
-    StitchPainter(const VLMDesign& design, const VLMRect& rect, GraphicsContext& context, const Look& look) noexcept
+    StitchPainter(const VLMDesign& design, const DesignRect& rect, GraphicsContext& context, const Look& look) noexcept
         : design_(design),
           context_(context),
           look_(look),
@@ -100,8 +100,8 @@ public:
 private:
     struct Move {
         const VLMStitch& stitch;
-        VLMPoint start;
-        VLMPoint end;
+        DesignPoint start;
+        DesignPoint end;
     };
 
     void takeThread(const VLMThread& thread) noexcept;
@@ -115,7 +115,7 @@ private:
     const VLMDesign& design_;
     GraphicsContext& context_;
     Look look_;
-    VLMRect near_;
+    DesignRect near_;
     double lineWidth_;
     double jumpWidth_;
     bool isPlain_ = true;
@@ -215,8 +215,8 @@ void StitchPainter::drawMarks(const Move& move) {
     context_.fillPath();
 }
 
-void drawRun(const VLMDesign& design, const VLMRect& rect, GraphicsContext& context, const Look& look, const Run& run,
-             std::int64_t showThread) noexcept {
+void drawRun(const VLMDesign& design, const DesignRect& rect, GraphicsContext& context, const Look& look,
+             const Run& run, std::int64_t showThread) noexcept {
     if (design.stitches().empty() || design.threads().empty()) return;
     const bool isDone = operation(nullptr, [&] {
         const SavedState saved(context);
@@ -229,7 +229,7 @@ void drawRun(const VLMDesign& design, const VLMRect& rect, GraphicsContext& cont
 
 }  // namespace
 
-void drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(const VLMDesign& design, const VLMRect& rect,
+void drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(const VLMDesign& design, const DesignRect& rect,
                                                                      GraphicsContext& context, bool show3D,
                                                                      bool showJumps, bool showStructure,
                                                                      std::int32_t showThread) noexcept {
@@ -237,14 +237,14 @@ void drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(const VLMDe
             showThread);
 }
 
-void drawDesignInRectofContextshow3DshowJumpsshowStructure(const VLMDesign& design, const VLMRect& rect,
+void drawDesignInRectofContextshow3DshowJumpsshowStructure(const VLMDesign& design, const DesignRect& rect,
                                                            GraphicsContext& context, bool show3D, bool showJumps,
                                                            bool showStructure) noexcept {
     drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(design, rect, context, show3D, showJumps,
                                                                     showStructure, -1);
 }
 
-void DesignBlocks::Block::include(VLMPoint point) noexcept {
+void DesignBlocks::Block::include(DesignPoint point) noexcept {
     if (!std::isfinite(point.x) || !std::isfinite(point.y)) return;
     least = {std::min(least.x, point.x), std::min(least.y, point.y)};
     most = {std::max(most.x, point.x), std::max(most.y, point.y)};
@@ -266,13 +266,13 @@ DesignBlocks::DesignBlocks(const VLMDesign& design) : design_(design) {
     }
 }
 
-VLMRect DesignBlocks::boundsOf(std::size_t block) const {
+DesignRect DesignBlocks::boundsOf(std::size_t block) const {
     const auto [x, y] = blocks_.at(block).least;
     const auto [right, top] = blocks_.at(block).most;
     return {x, y, right - x, top - y};
 }
 
-void DesignBlocks::drawBlockInRectofContext(std::size_t block, const VLMRect& rect,
+void DesignBlocks::drawBlockInRectofContext(std::size_t block, const DesignRect& rect,
                                             GraphicsContext& context) const noexcept {
     const Block& found = blocks_[block];
     const std::size_t end = block + 1 < blocks_.size() ? blocks_[block + 1].start.stitch() : endStitch_;

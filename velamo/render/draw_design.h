@@ -23,13 +23,13 @@ namespace velamo {
 /// at the first colour change for which there is no thread. The context is left in the state in which it was. If the
 /// context throws, drawing ends and nothing is reported: the context has to remember it.
 VELAMO_API void drawDesignInRectofContextshow3DshowJumpsshowStructureshowThread(const VLMDesign& design,
-                                                                                const VLMRect& rect,
+                                                                                const DesignRect& rect,
                                                                                 GraphicsContext& context, bool show3D,
                                                                                 bool showJumps, bool showStructure,
                                                                                 std::int32_t showThread) noexcept;
 
 /// The same with all threads.
-VELAMO_API void drawDesignInRectofContextshow3DshowJumpsshowStructure(const VLMDesign& design, const VLMRect& rect,
+VELAMO_API void drawDesignInRectofContextshow3DshowJumpsshowStructure(const VLMDesign& design, const DesignRect& rect,
                                                                       GraphicsContext& context, bool show3D,
                                                                       bool showJumps, bool showStructure) noexcept;
 

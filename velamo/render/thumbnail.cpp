@@ -17,8 +17,8 @@ constexpr double threadWidth = 4;          // rows of a filling lie as close
 constexpr double leastPixelsOfThread = 1;  // so that large designs do not fade
 
 struct Line {
-    VLMPoint start;
-    VLMPoint end;
+    DesignPoint start;
+    DesignPoint end;
     std::size_t thread = 0;
 };
 
@@ -62,7 +62,7 @@ public:
     [[nodiscard]] double truePixelsOfThread() const noexcept { return threadWidth * scale_; }
     [[nodiscard]] double pixelsOfThread() const noexcept { return std::max(truePixelsOfThread(), leastPixelsOfThread); }
     /// In pixels, y downward.
-    [[nodiscard]] VLMPoint placeOf(VLMPoint point) const noexcept {
+    [[nodiscard]] DesignPoint placeOf(DesignPoint point) const noexcept {
         return {width_ / 2.0 + (point.x - centerX_) * scale_, height_ / 2.0 - (point.y - centerY_) * scale_};
     }
     /// The rows of pixels that the line crosses, at most.
