@@ -1,17 +1,15 @@
 // The commands that the documents show give the output and the pictures that they show.
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <regex>
 #include <string>
 #include <vector>
 
 #include "tests/support/png.h"
+#include "tests/support/program_output.h"
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {
@@ -40,15 +38,6 @@ std::vector<Shown> shownCommands(const fs::path& document) {
         }
     }
     return shown;
-}
-
-std::string outputOf(const std::string& command) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
-    std::string output;
-    std::array<char, 4096> buffer{};
-    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe.get()))
-        output.append(buffer.data(), count);
-    return output;
 }
 
 /// The text as the reader would see it, whose checkout is in another folder.
@@ -86,8 +75,8 @@ protected:
     Documents() { fs::copy(sourceFolder / "samples", folder_.path() / "samples"); }
 
     std::string run(const std::string& arguments) {
-        return outputOf("cd '" + folder_.path().native() + "' && XDG_DATA_HOME='" + data_.path().native() + "' " +
-                        VELAMO_PROGRAM + arguments + " 2>&1");
+        return test::outputOf("cd '" + folder_.path().native() + "' && XDG_DATA_HOME='" + data_.path().native() + "' " +
+                              VELAMO_PROGRAM + arguments + " 2>&1");
     }
     test::TemporaryFolder folder_;
     test::TemporaryFolder data_;
