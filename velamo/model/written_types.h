@@ -15,14 +15,14 @@ struct WrittenType {
 };
 
 /// All of them: the one list, which the writers, the fitting of moves and isWritable() go by.
-inline constexpr std::array<WrittenType, 6> writtenTypes{{
+inline constexpr auto writtenTypes = std::to_array<WrittenType>({
     {"JEF", 126, 126},
     {"PES", 62, 2046},
     {"PEC", 62, 2046},
     {"EXP", 126, 126},
     {"DST", 120, 120},
     {"PCS", 1150, 1150},
-}};
+});
 
 /// The one named so; null when we do not write such designs.
 [[nodiscard]] constexpr const WrittenType* writtenTypeNamed(std::string_view type) noexcept {
