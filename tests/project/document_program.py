@@ -11,22 +11,23 @@ import sys
 from pathlib import Path
 
 
-def blocks_of(document, kind):
-    """The blocks of a kind, each a list of its lines with their numbers."""
+def blocks_of(document):
+    """What stands behind each block's backquotes, and its lines with their numbers."""
     blocks, inside = [], False
     for number, line in enumerate(document.read_text(encoding="utf-8").splitlines(), 1):
         if line.startswith("```"):
-            inside = line == "```" + kind and not inside
+            inside = not inside
             if inside:
-                blocks.append([])
+                blocks.append((line[3:], []))
         elif inside:
-            blocks[-1].append((number, line))
+            blocks[-1][1].append((number, line))
     return blocks
 
 
 def program_of(document):
     includes, body = ["#include <iostream>"], []
-    for index, block in enumerate(blocks_of(document, "cpp"), 1):
+    examples = [block for kind, block in blocks_of(document) if kind == "cpp"]
+    for index, block in enumerate(examples, 1):
         body.append(f'std::cout << "\\f{index}\\n" << std::flush;')
         for number, line in block:
             lines = includes if line.startswith("#include ") else body
