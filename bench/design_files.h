@@ -139,7 +139,7 @@ struct DesignFile {
     std::string_view extension;
     Bytes (*make)(std::size_t stitches);
 };
-inline constexpr std::array<DesignFile, 13> designFiles{{
+inline constexpr auto designFiles = std::to_array<DesignFile>({
     {"dst", dstFile},
     {"exp", expFile},
     {"jef", jefFile},
@@ -153,6 +153,6 @@ inline constexpr std::array<DesignFile, 13> designFiles{{
     {"pcs", pcsFile},
     {"pcd", pcdFile},
     {"pcq", pcqFile},
-}};
+});
 
 }  // namespace velamo::bench

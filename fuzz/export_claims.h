@@ -23,7 +23,7 @@ struct Written {
     File (*write)(VLMDesign& design, VLMError* error);
     bool (*read)(VLMDesign& design, Input file, VLMError* error);
 };
-inline constexpr std::array<Written, 6> writtenFormats{{
+inline constexpr auto writtenFormats = std::to_array<Written>({
     {"JEF", [](VLMDesign& design, VLMError* error) { return writeJef(design, {.dateText = "20260101000000"}, error); },
      [](VLMDesign& design, Input file, VLMError* error) { return readJef(design, file, "jef", error); }},
     {"PES", [](VLMDesign& design, VLMError* error) { return writePes(design, error); }, readPes},
@@ -31,7 +31,7 @@ inline constexpr std::array<Written, 6> writtenFormats{{
     {"EXP", [](VLMDesign& design, VLMError*) { return File(writeExp(design)); }, readExp},
     {"DST", [](VLMDesign& design, VLMError* error) { return writeDst(design, error); }, readDst},
     {"PCS", writePcs, readPcx},
-}};
+});
 
 /// A picture of the whole is made of designs of any size for PEC files, which is no matter of hostile bytes.
 inline bool isDrawn(const VLMDesign& design) {

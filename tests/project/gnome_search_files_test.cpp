@@ -2,13 +2,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <memory>
 #include <set>
 #include <sstream>
 #include <vector>
 
 #include "tests/project/desktop_files.h"
+#include "tests/support/program_output.h"
 
 namespace velamo {
 namespace {
@@ -22,13 +21,6 @@ std::vector<std::string> ruleLines() {
     std::istringstream rule(integrationFile(ruleFile));
     for (std::string line; std::getline(rule, line);) lines.push_back(line);
     return lines;
-}
-
-std::string outputOf(const std::string& command) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
-    std::string output(128, '\0');
-    output.resize(std::fread(output.data(), 1, output.size(), pipe.get()));
-    return output;
 }
 
 TEST(GnomeSearchRule, MakesEveryTypeAPicture) {

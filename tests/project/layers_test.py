@@ -6,12 +6,14 @@
 LAYERS has a line for each layer: its target, its folder, and the targets below it.
 """
 
+import re
 import subprocess
 import sys
 import unittest
 from pathlib import Path
 
 SOURCES, BUILD, LAYERS, NINJA = Path(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3]), sys.argv[4]
+DOCUMENT = SOURCES / "docs/architecture.md"
 
 # How a name is marked as visible is every layer's.
 MARKS = {Path("velamo/api.h"), Path("velamo/private_api.h")}
@@ -72,6 +74,14 @@ class Layers(unittest.TestCase):
                     self.assertTrue(place in MARKS or any(place.is_relative_to(folder) for folder in allowed),
                                     f"{layer.name} took {place}")
         self.assertEqual(seen, set(layers))
+
+    def test_stand_in_their_document(self):
+        """The table says "| `formats` | `velamo/formats` | `editing` |"."""
+        rows = re.findall(r"^\| `(\w+)` \| `([\w/]+)` \|(.*)\|$", DOCUMENT.read_text(encoding="utf-8"), re.M)
+        shown = {name: (folder, set(re.findall(r"`(\w+)`", below))) for name, folder, below in rows}
+        self.assertEqual(shown, {layer.name.removeprefix("velamo_"):
+                                 (str(layer.folder), {name.removeprefix("velamo_") for name in layer.below})
+                                 for layer in read_layers().values()})
 
     def test_point_downward(self):
         layers = read_layers()

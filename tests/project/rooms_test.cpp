@@ -43,6 +43,9 @@ TEST_P(FormatRooms, AreAllThere) {
     EXPECT_NE(textOf(sourceFolder / "tests/support/samples.h").find('"' + std::string(GetParam().extension) + '"'),
               std::string::npos)
         << "no sample of " << GetParam().extension;
+    EXPECT_NE(textOf(sourceFolder / "bench/design_files.h").find("{\"" + std::string(GetParam().extension) + "\", "),
+              std::string::npos)
+        << GetParam().extension << " is not measured";
     const std::regex fuzzed(R"(set\(fuzz_targets[^)]*\b)" + room + R"(\b)");
     EXPECT_TRUE(std::regex_search(textOf(sourceFolder / "fuzz/CMakeLists.txt"), fuzzed)) << room << " is not fuzzed";
 }

@@ -18,7 +18,7 @@
 namespace velamo {
 namespace {
 
-constexpr std::array<Format, 13> formats{{
+constexpr auto formats = std::to_array<Format>({
     {"jef", "JEF", importJefDesignFromURLerror, exportJefDesignToURLerror},
     {"jef+", "JEF+", importJefDesignFromURLerror},
     {"jpx", "JPX", importJpxDesignFromURLerror},
@@ -32,7 +32,7 @@ constexpr std::array<Format, 13> formats{{
     {"pcs", "PCS", importPcxDesignFromURLerror, exportPcsDesignToURLerror},
     {"pcd", "PCD", importPcxDesignFromURLerror},
     {"pcq", "PCQ", importPcxDesignFromURLerror},
-}};
+});
 static_assert(std::all_of(formats.begin(), formats.end(), [](const Format& format) {
     return (format.writer != nullptr) == (writtenTypeNamed(format.type) != nullptr);
 }));

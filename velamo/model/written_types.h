@@ -15,14 +15,14 @@ struct WrittenType {
 };
 
 /// All types that we write. This is the only list of them: the writers, the fitting of moves and isWritable() go by.
-inline constexpr std::array<WrittenType, 6> writtenTypes{{
+inline constexpr auto writtenTypes = std::to_array<WrittenType>({
     {"JEF", 126, 126},
     {"PES", 62, 2046},
     {"PEC", 62, 2046},
     {"EXP", 126, 126},
     {"DST", 120, 120},
     {"PCS", 1150, 1150},
-}};
+});
 
 /// The entry of the type with this name, or null when we do not write designs of that type.
 [[nodiscard]] constexpr const WrittenType* writtenTypeNamed(std::string_view type) noexcept {
