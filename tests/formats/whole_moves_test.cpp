@@ -30,15 +30,15 @@ struct Row {
     std::vector<float> moves;
     std::vector<float> whole;
 };
-class WholeMoves : public testing::TestWithParam<Row> {};
-TEST_P(WholeMoves, CarryTheirFractions) {
+class WholeMovesRow : public testing::TestWithParam<Row> {};
+TEST_P(WholeMovesRow, CarryTheirFractions) {
     WholeMoves moves;
     std::vector<float> whole;
     for (const float move : GetParam().moves) whole.push_back(moves.take(move));
     EXPECT_EQ(whole, GetParam().whole);
 }
 INSTANTIATE_TEST_SUITE_P(
-    Rows, WholeMoves,
+    Rows, WholeMovesRow,
     testing::Values(Row{"Whole", {3, -2, 0}, {3, -2, 0}}, Row{"Thirds", {0.4F, 0.4F, 0.4F}, {0, 0, 1}},
                     Row{"NegativeAreRoundedDown", {-0.5F, 0, 0.5F}, {-1, 0, 1}},
                     Row{"WholeAfterAFraction", {0.5F, 3, 0.5F, 3}, {0, 3, 1, 3}},

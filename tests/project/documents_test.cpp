@@ -166,10 +166,11 @@ TEST(LibraryTour, IncludesWhatIsInstalled) {
     EXPECT_GT(found, 10U);
 }
 
-/// tests/desktop/packages_test.py builds that one against the installed library.
+/// The tests build that one against the installed library; only it has folders of its own.
 TEST(LibraryTour, IsBuiltAsTheLibrarysUserIs) {
-    std::string user = test::TemporaryFolder::read(sourceFolder / "tests/desktop/library_user/CMakeLists.txt");
+    std::string user = test::TemporaryFolder::read(sourceFolder / "tests/library_user/CMakeLists.txt");
     user.erase(0, user.find('\n') + 1);
+    user = std::regex_replace(user, std::regex("target_include_directories.*\n"), "");
     user = std::regex_replace(user, std::regex("library_user"), "tour");
     for (const auto& [kind, text] : blocksOf(library))
         if (kind == "cmake") {
