@@ -36,7 +36,8 @@ void appendTransformed(Edited& edited, const VLMStitchList& stitches, Transform 
             }
             const VLMPoint newEnd = transform(end);
             const VLMPoint move = newEnd - needle;
-            edited.append(stitch, static_cast<float>(move.x), static_cast<float>(move.y));
+            edited.append({static_cast<float>(move.x), static_cast<float>(move.y), stitch.isJumpStitch(),
+                           stitch.isColorChange(), true});
             needle = newEnd;
         } else {
             if (isBehindSelected) edited.appendJumpBefore(stitch, inverse(needle) - needle);
