@@ -14,7 +14,8 @@ namespace velamo {
 
 class LineStamps;
 
-/// Lines that were drawn and are kept, so that they are drawn quickly when they come again, be it on another bitmap.
+/// Lines that were drawn and are kept, so that they are drawn quickly (see LineStamps) when they come again, be it on
+/// another bitmap.
 class VELAMO_API DrawnLines {
 public:
     /// May throw std::bad_alloc.
