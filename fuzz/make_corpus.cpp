@@ -10,6 +10,7 @@
 #include "tests/support/samples.h"
 #include "velamo/formats/format.h"
 #include "velamo/model/design.h"
+#include "velamo/model/failure.h"
 #include "velamo/platform/plist/property_list.h"
 #include "velamo/platform/system/files.h"
 

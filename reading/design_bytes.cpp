@@ -293,16 +293,9 @@ bool haveFlags(std::span<const VLMStitch> stitches) noexcept {
 }
 
 void takeStitches(ValueReader& in, std::vector<VLMStitch>& stitches) {
-    constexpr std::size_t mostAtOnce = 16384;  // they stay in the processor's cache until they were looked at
-    const std::size_t count = in.takeCount(sizeof(VLMStitch));
-    stitches.reserve(count);
-    while (in.ok() && stitches.size() < count) {
-        const std::size_t before = stitches.size();
-        stitches.resize(std::min(count, before + mostAtOnce));
-        const auto taken = std::span(stitches).subspan(before);
-        in.takeInto(std::as_writable_bytes(taken));
-        if (!haveFlags(taken)) in.refuse();
-    }
+    stitches.resize(in.takeCount(sizeof(VLMStitch)));
+    in.takeInto(std::as_writable_bytes(std::span(stitches)));
+    if (!haveFlags(stitches)) in.refuse();
     if (!in.ok()) stitches.clear();  // what is no flag must not be taken for one
 }
 

@@ -35,11 +35,6 @@ public:
         stitches_.push_back(stitch);
         isBehindJump_ = stitch.isJumpStitch();
     }
-    /// The stitch with another move.
-    void append(const VLMStitch& stitch, float deltaX, float deltaY) {
-        stitches_.push_back(stitch, deltaX, deltaY);
-        isBehindJump_ = stitch.isJumpStitch();
-    }
     template <class Iterator>
     void append(Iterator first, Iterator end) {
         for (; first != end; ++first) append(*first);

@@ -1,6 +1,7 @@
 #include "velamo/editing/optimize.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "velamo/editing/optimized_stitches.h"
@@ -68,6 +69,25 @@ private:
     bool isAtJump_ = false;
 };
 
+/// Where the needle is, and the bounds of where it has been.
+struct Track {
+    float x = 0;
+    float y = 0;
+    float xMin = std::numeric_limits<float>::max();
+    float yMin = std::numeric_limits<float>::max();
+    float xMax = std::numeric_limits<float>::lowest();
+    float yMax = std::numeric_limits<float>::lowest();
+
+    void add(const VLMStitch& stitch) noexcept {
+        x += stitch.deltaX();
+        y += stitch.deltaY();
+        xMin = std::min(xMin, x);
+        yMin = std::min(yMin, y);
+        xMax = std::max(xMax, x);
+        yMax = std::max(yMax, y);
+    }
+};
+
 /// Deselects the jumps and colour changes from the first selected stitch on. Whether there were any.
 template <class Iterator>
 bool trimFrom(Iterator first, Iterator end) noexcept {
@@ -81,7 +101,7 @@ bool trimFrom(Iterator first, Iterator end) noexcept {
 
 OptimizedStitches::OptimizedStitches(std::string_view designType, std::size_t count, std::size_t mostStitches)
     : limits_(limitsOf(designType)), mostStitches_(mostStitches) {
-    stitches_.reserve(count * 2 + blockSize_);
+    stitches_.reserve(count * 2);
 }
 
 OptimizedStitches::Limits OptimizedStitches::limitsOf(std::string_view designType) noexcept {
@@ -107,8 +127,8 @@ void OptimizedStitches::merge(const VLMStitch& stitch) {
 
 void OptimizedStitches::endRun() {
     isInRun_ = false;
-    if (!head_.isNullStitch()) put(head_, head_.deltaX(), head_.deltaY());
-    for (; colorChanges_ > 0; --colorChanges_) deliver(changeOnTheSpot, 0, 0);
+    if (!head_.isNullStitch()) put(head_);
+    for (; colorChanges_ > 0; --colorChanges_) deliver(changeOnTheSpot);
 }
 
 /// What is cut off behind a jump is a jump, even where a stitch is cut: the needle is still up.
@@ -117,45 +137,25 @@ void OptimizedStitches::cut(VLMStitch rest) {
     while (!isRefused_) {
         const Move whole{rest.deltaX(), rest.deltaY()};
         const float limit = limitOf(rest);
-        if (isWithin(limit, whole.x, whole.y)) return deliver(rest, whole.x, whole.y);
+        if (isWithin(limit, whole.x, whole.y)) return deliver(rest);
         const Move piece = firstPiece(whole, limit);
         const Move left{whole.x - piece.x, whole.y - piece.y};
         isRefused_ = isTooLong(whole, limit, room) || (left.x == whole.x && left.y == whole.y);
         const bool isRestJump = rest.isJumpStitch() || followsJump_;
-        deliver(rest, piece.x, piece.y);
+        rest.setDeltaX(piece.x);
+        rest.setDeltaY(piece.y);
+        deliver(rest);
         rest = VLMStitch(left.x, left.y, isRestJump, false, rest.isSelected());
     }
-}
-
-/// Copies the block that is filled and widens the bounds by the places after each stitch, the position being kept in
-/// single precision.
-void OptimizedStitches::flush() {
-    const auto end = pending_.begin() + static_cast<std::ptrdiff_t>(std::exchange(pendingCount_, 0));
-    if (stitches_.size() > mostStitches_) isRefused_ = true;
-    if (isRefused_) return;
-    stitches_.insert(stitches_.end(), pending_.begin(), end);
-    Track track = track_;
-    for (auto stitch = pending_.begin(); stitch != end; ++stitch) track.add(*stitch);
-    track_ = track;
 }
 
 bool OptimizedStitches::replaceStitchesOf(VLMDesign& design) {
     const bool leadsNowhere = isInRun_ && colorChanges_ == 0;  // a jump behind which nothing is sewn
     if (isInRun_ && !leadsNowhere) endRun();
-    flush();
-    if (isRefused_ || stitches_.size() > mostStitches_) return false;
+    if (isRefused_) return false;
     design.stitches().all().swap(stitches_);
-    finish(design, track_);
+    keepThoseOf(design);
     return true;
-}
-
-void OptimizedStitches::finish(VLMDesign& design, const Track& track) {
-    design.setXMin(track.xMin);
-    design.setYMin(track.yMin);
-    design.setXMax(track.xMax);
-    design.setYMax(track.yMax);
-    trimSelectedJumps(design);
-    design.setDisplayRange({0, design.stitches().size()});
 }
 
 bool OptimizedStitches::areThere(const StitchList& stitches, std::string_view designType) noexcept {
@@ -168,10 +168,16 @@ bool OptimizedStitches::areThere(const StitchList& stitches, std::string_view de
     return !runs.isAtJump();
 }
 
+/// The position is kept in single precision, as readers keep it.
 void OptimizedStitches::keepThoseOf(VLMDesign& design) {
     Track track;
     for (const VLMStitch& stitch : std::as_const(design).stitches()) track.add(stitch);
-    finish(design, track);
+    design.setXMin(track.xMin);
+    design.setYMin(track.yMin);
+    design.setXMax(track.xMax);
+    design.setYMax(track.yMax);
+    trimSelectedJumps(design);
+    design.setDisplayRange({0, design.stitches().size()});
 }
 
 bool optimizeJumpsFor(VLMDesign& design, std::string_view designType) noexcept {

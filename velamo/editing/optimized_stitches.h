@@ -1,10 +1,8 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <string_view>
 #include <vector>
 
@@ -35,16 +33,14 @@ public:
     OptimizedStitches& operator=(const OptimizedStitches&) = delete;
     ~OptimizedStitches() = default;
 
-    void push_back(const VLMStitch& stitch) { push_back(stitch, stitch.deltaX(), stitch.deltaY()); }
-    /// The stitch with another move. It is put together in its place in the list: elsewhere, and copied at once, it
-    /// would have to wait until its parts have arrived in memory.
-    void push_back(const VLMStitch& stitch, float deltaX, float deltaY) {
-        if (stitch.isJumpStitch() || stitch.isColorChange()) return merge(moved(stitch, deltaX, deltaY));
+    void push_back(const VLMStitch& stitch) {
+        if (stitch.isJumpStitch() || stitch.isColorChange()) return merge(stitch);
         if (isInRun_) endRun();
-        put(stitch, deltaX, deltaY);
+        put(stitch);
     }
 
-    /// Whether the stitches are optimised for the type already, as most that come from a file are.
+    /// Whether the stitches are optimised for the type already, as most that come from a file are: to find that out,
+    /// and make no list, takes a quarter of the time.
     [[nodiscard]] static bool areThere(const StitchList& stitches, std::string_view designType) noexcept;
     /// For those that are: brings the design's bounds and what goes with them up to date, which takes no memory.
     static void keepThoseOf(VLMDesign& design);
@@ -59,31 +55,11 @@ private:
         float stitch;
         float jump;
     };
-    struct Track {
-        float x = 0;
-        float y = 0;
-        float xMin = std::numeric_limits<float>::max();
-        float yMin = std::numeric_limits<float>::max();
-        float xMax = std::numeric_limits<float>::lowest();
-        float yMax = std::numeric_limits<float>::lowest();
-
-        void add(const VLMStitch& stitch) noexcept {
-            x += stitch.deltaX();
-            y += stitch.deltaY();
-            xMin = std::min(xMin, x);
-            yMin = std::min(yMin, y);
-            xMax = std::max(xMax, x);
-            yMax = std::max(yMax, y);
-        }
-    };
-    static constexpr std::size_t blockSize_ = 256;
 
     [[nodiscard]] static Limits limitsOf(std::string_view designType) noexcept;
-    static void finish(VLMDesign& design, const Track& track);
     void merge(const VLMStitch& stitch);
     void endRun();
     void cut(VLMStitch rest);
-    void flush();
 
     [[nodiscard]] float limitOf(const VLMStitch& stitch) const noexcept {
         return stitch.isJumpStitch() ? limits_.jump : limits_.stitch;
@@ -91,22 +67,14 @@ private:
     static bool isWithin(float limit, float deltaX, float deltaY) noexcept {
         return std::abs(deltaX) <= limit && std::abs(deltaY) <= limit;
     }
-    static VLMStitch moved(VLMStitch stitch, float deltaX, float deltaY) noexcept {
-        stitch.setDeltaX(deltaX);
-        stitch.setDeltaY(deltaY);
-        return stitch;
+    void put(const VLMStitch& stitch) {
+        const bool isShort = isWithin(limitOf(stitch), stitch.deltaX(), stitch.deltaY());
+        isShort ? deliver(stitch) : cut(stitch);
     }
-    void put(const VLMStitch& stitch, float deltaX, float deltaY) {
-        const bool isShort = isWithin(limitOf(stitch), deltaX, deltaY);
-        isShort ? deliver(stitch, deltaX, deltaY) : cut(moved(stitch, deltaX, deltaY));
-    }
-    void deliver(const VLMStitch& stitch, float deltaX, float deltaY) {
-        VLMStitch& place = pending_[pendingCount_++];
-        place = stitch;
-        place.setDeltaX(deltaX);
-        place.setDeltaY(deltaY);
+    void deliver(const VLMStitch& stitch) {
         followsJump_ = stitch.isJumpStitch();
-        if (pendingCount_ == blockSize_) flush();
+        isRefused_ = isRefused_ || stitches_.size() >= mostStitches_;
+        if (!isRefused_) stitches_.push_back(stitch);
     }
 
     const Limits limits_;
@@ -118,11 +86,7 @@ private:
 
     bool isRefused_ = false;
     bool followsJump_ = false;
-    std::size_t pendingCount_ = 0;
-    // Filled while it stays in the processor's cache, then copied and measured as a whole.
-    std::array<VLMStitch, blockSize_> pending_;
     std::vector<VLMStitch> stitches_;
-    Track track_;
 };
 
 }  // namespace velamo

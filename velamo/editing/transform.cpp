@@ -36,7 +36,8 @@ void appendTransformed(Edited& edited, const StitchList& stitches, Transform tra
             }
             const DesignPoint newEnd = transform(end);
             const DesignPoint move = newEnd - needle;
-            edited.append(stitch, static_cast<float>(move.x), static_cast<float>(move.y));
+            edited.append({static_cast<float>(move.x), static_cast<float>(move.y), stitch.isJumpStitch(),
+                           stitch.isColorChange(), true});
             needle = newEnd;
         } else {
             if (isBehindSelected) edited.appendJumpBefore(stitch, inverse(needle) - needle);

