@@ -78,7 +78,7 @@ void checkScript(Input script) {
         if (design.stitches().size() > mostStitches) return;
     }
     if (design.stitches().empty()) return;
-    for (const Written& format : writtenFormats) checkExport(design, format);
+    checkExports(design);
 }
 
 }  // namespace

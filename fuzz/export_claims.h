@@ -1,37 +1,27 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "fuzz/claims.h"
 #include "velamo/editing/optimize.h"
-#include "velamo/formats/dst.h"
-#include "velamo/formats/exp.h"
-#include "velamo/formats/jef.h"
-#include "velamo/formats/pcs.h"
-#include "velamo/formats/pes.h"
+#include "velamo/formats/export.h"
+#include "velamo/formats/format.h"
+#include "velamo/formats/import.h"
 
 namespace velamo::fuzz {
 
 using File = std::optional<std::vector<std::uint8_t>>;
 
-/// A format that we write, in memory.
-struct Written {
-    std::string_view type;
-    File (*write)(VLMDesign& design, VLMError* error);
-    bool (*read)(VLMDesign& design, Input file, VLMError* error);
-};
-inline constexpr auto writtenFormats = std::to_array<Written>({
-    {"JEF", [](VLMDesign& design, VLMError* error) { return writeJef(design, {.dateText = "20260101000000"}, error); },
-     [](VLMDesign& design, Input file, VLMError* error) { return readJef(design, file, "jef", error); }},
-    {"PES", [](VLMDesign& design, VLMError* error) { return writePes(design, error); }, readPes},
-    {"PEC", [](VLMDesign& design, VLMError* error) { return writePec(design, error); }, readPec},
-    {"EXP", [](VLMDesign& design, VLMError*) { return File(writeExp(design)); }, readExp},
-    {"DST", [](VLMDesign& design, VLMError* error) { return writeDst(design, error); }, readDst},
-    {"PCS", writePcs, readPcx},
-});
+inline File writtenAs(const Format& format, VLMDesign& design, VLMError* error) {
+    std::vector<std::uint8_t> bytes;
+    const ExportOptions options{.dateText = "20260101000000"};
+    return exportDesignToBytes(design, format.extension, bytes, error, options) ? File(std::move(bytes)) : std::nullopt;
+}
 
 /// A picture of the whole is made of designs of any size for PEC files, which is no matter of hostile bytes.
 inline bool isDrawn(const VLMDesign& design) {
@@ -84,10 +74,10 @@ inline bool isKeptByFormat(const VLMDesign& design, const VLMDesign& read, std::
 }
 
 /// What was read back is written as the same bytes again.
-inline void checkSecondExport(VLMDesign& read, const Written& format, Input file) {
+inline void checkSecondExport(VLMDesign& read, const Format& format, Input file) {
     claim(optimizeJumpsFor(read, format.type), "what a format held, it holds again");
     VLMError error;
-    const File again = format.write(read, &error);
+    const File again = writtenAs(format, read, &error);
     claim(again.has_value(), "what was read back can be written");
     claim(std::equal(again->begin(), again->end(), file.begin(), file.end()), "the same design gives the same bytes");
 }
@@ -99,11 +89,11 @@ inline void claimAllIsThere(const VLMDesign& design, const VLMDesign& read, std:
     claim(read.numberOfJumps() == design.numberOfJumps() + start, "jumps stay jumps");
 }
 
-inline void checkReading(const VLMDesign& design, const Written& format, Input file) {
+inline void checkReading(const VLMDesign& design, const Format& format, Input file) {
     if (!isReadable(design, format.type, file)) return;
     VLMDesign read;
     VLMError error;
-    const bool isRead = format.read(read, file, &error);
+    const bool isRead = importDesignFromBytes(read, file, format, &error);
     claim(isRead && error.code == 0, "what was written can be read");
     claimBounds(read);
     read.setDesignName(design.designName());
@@ -112,15 +102,21 @@ inline void checkReading(const VLMDesign& design, const Written& format, Input f
 }
 
 /// The design is refused or written, and what was written is read again with all that it had.
-inline void checkExport(const VLMDesign& original, const Written& format) {
+inline void checkExport(const VLMDesign& original, const Format& format) {
     VLMDesign design = original.copy();
     const bool isFitted = optimizeJumpsFor(design, format.type);
     if (format.type == "PEC" && !isDrawn(design)) return;
     VLMError error;
-    const File file = format.write(design, &error);
+    const File file = writtenAs(format, design, &error);
     claim(file.has_value() == (error.code == 0), "a failure has a code, a success has none");
     if (!file) return claim(!error.message().empty(), "a failure says what is wrong");
     if (isFitted) checkReading(design, format, *file);
+}
+
+/// The same with each format that we write.
+inline void checkExports(const VLMDesign& design) {
+    for (const Format& format : allFormats())
+        if (format.writer != nullptr) checkExport(design, format);
 }
 
 }  // namespace velamo::fuzz

@@ -9,6 +9,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto path = fuzz::inputFile("design." + std::string(input.format.extension), input.file);
     VLMDesign design;
     if (!importDesignFromURLerror(design, path, nullptr)) return 0;
-    for (const fuzz::Written& format : fuzz::writtenFormats) fuzz::checkExport(design, format);
+    fuzz::checkExports(design);
     return 0;
 }
