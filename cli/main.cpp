@@ -4,6 +4,7 @@
 #include "velamo/platform/system/output_buffer.h"
 #include "velamo/platform/system/program_start.h"
 #include "velamo/platform/system/terminal.h"
+#include "velamo/platform/system/user.h"
 
 int main(int argumentCount, char** arguments) {
     velamo::startProgram();

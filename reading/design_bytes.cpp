@@ -301,7 +301,7 @@ void takeStitches(ValueReader& in, std::vector<VLMStitch>& stitches) {
 
 }  // namespace
 
-std::error_code writeDesignBytes(const VLMDesign& design, const VLMError& error, const ByteSink& sink) {
+std::error_code writeDesignBytes(const VLMDesign& design, const VLMError& error, const PieceSink& sink) {
     ValueWriter out;
     putError(out, error);
     putFields(out, design);

@@ -16,7 +16,7 @@ struct ReadDesign {
 };
 
 /// Takes bytes in order; the system's reason where they cannot be taken.
-using ByteSink = std::function<std::error_code(std::span<const std::byte> bytes)>;
+using PieceSink = std::function<std::error_code(std::span<const std::byte> bytes)>;
 
 /// Gives bytes from an offset on; the system's reason where they cannot be had.
 struct ByteSource {
@@ -26,7 +26,7 @@ struct ByteSource {
 
 /// Writes what was read for another process of this same program: every field as it is, but the design's location,
 /// which that process knows. Threads that are equal are written once. The sink's error, if there was one.
-[[nodiscard]] std::error_code writeDesignBytes(const VLMDesign& design, const VLMError& error, const ByteSink& sink);
+[[nodiscard]] std::error_code writeDesignBytes(const VLMDesign& design, const VLMError& error, const PieceSink& sink);
 
 /// What writeDesignBytes wrote, or false where the bytes are anything else; whatever they are, nothing but them is
 /// read, each of them once, and no more memory is taken than they account for. May throw std::bad_alloc.

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <clocale>
 
 namespace velamo {
 namespace {
@@ -76,12 +75,6 @@ bool isTerminal(StandardStream stream) noexcept {
 TerminalEncoding terminalEncoding() noexcept {
     const bool isUtf8 = std::string_view(::nl_langinfo(CODESET)) == "UTF-8";
     return isUtf8 ? TerminalEncoding::utf8 : TerminalEncoding::bytes;
-}
-
-void adoptUserLanguage() noexcept {
-    // Numbers stay as the C locale writes them: JSON depends on it.
-    std::setlocale(LC_CTYPE, "");
-    std::setlocale(LC_MESSAGES, "");
 }
 
 }  // namespace velamo

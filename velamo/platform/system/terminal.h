@@ -35,7 +35,4 @@ struct TerminalSize {
 enum class TerminalEncoding : std::uint8_t { utf8, bytes };
 [[nodiscard]] VELAMO_PRIVATE_API TerminalEncoding terminalEncoding() noexcept;
 
-/// Takes the system's own messages from the user's language. Once, before other threads start.
-VELAMO_PRIVATE_API void adoptUserLanguage() noexcept;
-
 }  // namespace velamo

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <clocale>
 #include <cstdlib>
 #include <initializer_list>
 #include <string_view>
@@ -85,6 +86,12 @@ std::string numberLocaleOfUser(const Environment& environment) {
     const bool isName = !languageOf(locale).empty() && locale.size() <= longestName &&
                         std::all_of(locale.begin(), locale.end(), isOfLocaleName);
     return isName ? locale : std::string(localeOfMachines);
+}
+
+void adoptUserLanguage() noexcept {
+    // Numbers stay as the C locale writes them: JSON depends on it.
+    std::setlocale(LC_CTYPE, "");
+    std::setlocale(LC_MESSAGES, "");
 }
 
 std::filesystem::path homeFolder() {

@@ -25,6 +25,9 @@ using Environment = std::function<std::optional<std::string>(const char* name)>;
 /// that is not empty; "en_US_POSIX" for "C", for none, and for what is no locale's name.
 [[nodiscard]] VELAMO_PRIVATE_API std::string numberLocaleOfUser(const Environment& environment = processEnvironment);
 
+/// Takes the system's own messages from the user's language. Once, before other threads start.
+VELAMO_PRIVATE_API void adoptUserLanguage() noexcept;
+
 /// The user's home folder: $HOME, else what the system's user database says; empty when neither knows one.
 [[nodiscard]] VELAMO_PRIVATE_API std::filesystem::path homeFolder();
 
