@@ -34,10 +34,23 @@ def listed_names(kind):
     return LISTS[kind].read_text().splitlines()
 
 
+def public_headers():
+    """Those that are installed, as the library's CMakeLists.txt lists them."""
+    return re.search(r"set\(headers\n(.*?)\)", (FOLDER / "CMakeLists.txt").read_text(), re.DOTALL).group(1).split()
+
+
+def included_by(header, seen):
+    """The header and what it includes of the library, all the way down."""
+    if header not in seen:
+        seen.add(header)
+        for inner in re.findall(r'#include "velamo/(.+)"', (FOLDER / header).read_text()):
+            included_by(inner, seen)
+    return seen
+
+
 def public_words():
-    """What the headers that are installed mark; the library's CMakeLists.txt lists them."""
-    listed = re.search(r"set\(headers\n(.*?)\)", (FOLDER / "CMakeLists.txt").read_text(), re.DOTALL).group(1)
-    text = "\n".join((FOLDER / header).read_text() for header in listed.split())
+    """What the public headers mark."""
+    text = "\n".join((FOLDER / header).read_text() for header in public_headers())
     return set(re.findall(r"\bVELAMO_API\b[^;{(]*?(operator==|\w+)(?: :|\s*[;{(])", text))
 
 
@@ -72,6 +85,10 @@ class ExportedNames(unittest.TestCase):
         words = public_words()
         self.assertEqual([name for name in listed_names("public") if declared_word(name) not in words], [])
         self.assertEqual([name for name in listed_names("private") if declared_word(name) in words], [])
+
+    def test_are_all_to_be_had_by_one_header(self):
+        """And no public header takes one that is not installed."""
+        self.assertEqual(sorted(included_by("velamo.h", set())), sorted(public_headers()))
 
 
 if __name__ == "__main__":
