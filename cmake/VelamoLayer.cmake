@@ -4,6 +4,7 @@ function(velamo_compile_options target)
     set_target_properties(
         ${target} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON
                              CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    # Nobody puts functions of its own before the library's, so the compiler may inline those that callers see.
     # No fused multiply-add: where a rounding falls is part of the results. g++ 12 loses the rounding of two neighbouring
     # doubles to single precision and back when it makes vectors of straight code.
     # g++ 12 mistakes a literal followed by a text (`"\"" + name`) for an overlapping copy.
@@ -58,9 +59,11 @@ function(velamo_layer name)
 endfunction()
 
 # velamo_program(TARGET SOURCES file... [LIBRARIES target...])
+# Installed beside the others in bin/, it finds the library below whatever prefix.
 function(velamo_program target)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBRARIES")
     add_executable(${target} ${ARG_SOURCES})
     velamo_compile_options(${target})
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES})
 endfunction()

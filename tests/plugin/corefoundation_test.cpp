@@ -16,6 +16,7 @@ namespace velamo {
 namespace {
 
 using test::emptyDictionary;
+using test::EncodingRow;
 using test::number;
 using test::text;
 using test::uuid;
@@ -91,19 +92,9 @@ TEST(References, OfConstantsAreForEveryone) {
     EXPECT_TRUE(CFEqual(constant, CFSTR("de_velamo_constant")));
 }
 
-struct EncodingRow {
-    const char* name;
-    const char* bytes;
-    bool isUtf8;
-};
 class Encoding : public testing::TestWithParam<EncodingRow> {};
 TEST_P(Encoding, IsChecked) {
-    const auto string = text(GetParam().bytes);
-    ASSERT_EQ(string != nullptr, GetParam().isUtf8);
-    if (!string) return;
-    std::array<char, 32> buffer{};
-    EXPECT_TRUE(CFStringGetCString(string.get(), buffer.data(), buffer.size(), kCFStringEncodingUTF8));
-    EXPECT_STREQ(buffer.data(), GetParam().bytes);
+    test::expectText(GetParam());
 }
 INSTANTIATE_TEST_SUITE_P(
     Rows, Encoding,

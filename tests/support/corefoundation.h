@@ -1,6 +1,9 @@
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
+#include <gtest/gtest.h>
+
+#include <array>
 
 #include "plugin/owned.h"
 
@@ -23,6 +26,22 @@ inline Owned<CFUUIDRef> uuid(const char* bytes) {
 inline Owned<CFMutableDictionaryRef> emptyDictionary() {
     return own(CFDictionaryCreateMutable(kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks,
                                          &kCFTypeDictionaryValueCallBacks));
+}
+
+struct EncodingRow {
+    const char* name;
+    const char* bytes;
+    bool isUtf8;
+};
+
+/// Bytes that are UTF-8 make a text that gives them back; others make none.
+inline void expectText(const EncodingRow& row) {
+    const auto string = text(row.bytes);
+    ASSERT_EQ(string != nullptr, row.isUtf8);
+    if (!string) return;
+    std::array<char, 32> buffer{};
+    EXPECT_TRUE(CFStringGetCString(string.get(), buffer.data(), buffer.size(), kCFStringEncodingUTF8));
+    EXPECT_STREQ(buffer.data(), row.bytes);
 }
 
 }  // namespace velamo::test
