@@ -14,7 +14,7 @@ function(velamo_compile_options target)
 endfunction()
 
 # What the library libvelamo holds. Whatever stands on it links the library, so that nothing is in a process twice.
-set(VELAMO_LIBRARY_LAYERS system text plist graphics measure model editing render formats export)
+set(VELAMO_LIBRARY_LAYERS system text plist graphics measure model analysis editing render formats export)
 
 # velamo_linked(OUT layer...): the targets that stand for layers where they are linked from above the library.
 function(velamo_linked out)

@@ -42,9 +42,9 @@ TEST_P(Folders, LeaveTheSystemToThePlatform) {
         EXPECT_FALSE(std::regex_match(include.name, systemHeader)) << include.file << " includes " << include.name;
 }
 INSTANTIATE_TEST_SUITE_P(All, Folders,
-                         testing::Values("velamo/measure", "velamo/model", "velamo/render", "velamo/editing",
-                                         "velamo/formats", "reading", "plugin", "catalogue", "cli", "samples",
-                                         "integrations"),
+                         testing::Values("velamo/measure", "velamo/model", "velamo/analysis", "velamo/render",
+                                         "velamo/editing", "velamo/formats", "reading", "plugin", "catalogue", "cli",
+                                         "samples", "integrations"),
                          [](const auto& folder) {
                              std::string name = folder.param;
                              return name.substr(name.find('/') + 1);
