@@ -61,8 +61,7 @@ void removeCatalogue() {
 }
 
 void runIndexer() {
-    const auto module = PluginHost::findModule();
-    auto readers = pluginReaders(module, jobs);
+    auto readers = factsReaders(jobs);
     auto catalogue = Catalogue::openForIndexing(allDesigns().catalogue());
     const auto summary = indexFolders(catalogue, {{allDesigns().folder()}}, std::move(readers.readers), 1, {});
     if (summary.designs() != designs) std::abort();

@@ -18,6 +18,12 @@ constexpr int designs = 10'000;
 constexpr int folders = 100;
 
 /// A catalogue of designs that are nowhere else, gone at the end of the program.
+DesignFacts factsOf(const DesignAttributes& attributes) {
+    DesignFacts facts;
+    facts.attributes = attributes;
+    return facts;
+}
+
 class KnownDesigns {
 public:
     KnownDesigns() {
@@ -29,7 +35,7 @@ public:
             const auto number = static_cast<float>(i);
             const std::string name = "designs/" + std::to_string(i % folders);
             catalogue.putDesign(catalogue.putFolder("/home/rose/" + name, name), std::to_string(i) + ".dst", {},
-                                DesignAttributes{number / 10, number / 7, number * 3, number / folders});
+                                {.content = factsOf({number / 10, number / 7, number * 3, number / folders})});
         }
         catalogue.commit();
     }

@@ -2,9 +2,12 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 
+#include "catalogue/layout.h"
+#include "catalogue/places.h"
 #include "velamo/platform/system/file_lock.h"
 #include "velamo/platform/system/private_files.h"
 #include "velamo/platform/text/search_words.h"
@@ -12,37 +15,8 @@
 namespace velamo {
 namespace {
 
-constexpr std::int64_t applicationId = 0x564C4D43;  // marks the file as ours: "VLMC"
-constexpr int mostChangesInBatch = 500;             // a tenth of the time that each on its own takes
+constexpr int mostChangesInBatch = 500;  // a tenth of the time that each on its own takes
 constexpr std::chrono::seconds longestBatch{1};
-
-constexpr const char* layout = R"sql(
-    PRAGMA application_id = 1447841091;
-    PRAGMA user_version = 1;
-    CREATE TABLE IF NOT EXISTS roots (path BLOB PRIMARY KEY) WITHOUT ROWID;
-    CREATE TABLE folders (
-        id INTEGER PRIMARY KEY,
-        path BLOB NOT NULL UNIQUE,
-        words TEXT NOT NULL);
-    CREATE TABLE designs (
-        folder INTEGER NOT NULL REFERENCES folders (id) ON DELETE CASCADE,
-        name BLOB NOT NULL,
-        words TEXT NOT NULL,
-        size INTEGER NOT NULL,
-        modified INTEGER NOT NULL,
-        side_size INTEGER,
-        side_modified INTEGER,
-        reader INTEGER NOT NULL,
-        width REAL,
-        height REAL,
-        stitches REAL,
-        colors REAL,
-        failure_domain TEXT,
-        failure_code INTEGER,
-        failure_message TEXT,
-        PRIMARY KEY (folder, name)) WITHOUT ROWID;
-)sql";
-static_assert(applicationId == 1447841091 && Catalogue::layoutVersion == 1);
 
 void requireRegularFile(const std::filesystem::path& file) {
     // Opening a pipe could wait for ever, and a device obeys.
@@ -53,35 +27,11 @@ void requireRegularFile(const std::filesystem::path& file) {
     if (state.kind != FileKind::regular) throw CatalogueError(SQLITE_CANTOPEN, "not a regular file");
 }
 
-bool isEmpty(const Database& database) {
-    return database.number("SELECT count(*) FROM sqlite_master") == 0;
-}
-
-/// The version of the layout; 0 for an empty file.
-std::int64_t checkedVersion(const Database& database) {
-    const std::int64_t application = database.number("PRAGMA application_id");
-    const std::int64_t version = database.number("PRAGMA user_version");
-    if (application != applicationId && !(application == 0 && version == 0 && isEmpty(database)))
-        throw CatalogueError(SQLITE_NOTADB, "this database is not a catalogue of designs");
-    if (version > Catalogue::layoutVersion)
-        throw CatalogueError(SQLITE_ERROR, "the catalogue was written by a newer version of velamo (layout " +
-                                               std::to_string(version) + ", this one knows " +
-                                               std::to_string(Catalogue::layoutVersion) + ")");
-    return version;
-}
-
 /// Of another program's file neither the permissions are changed nor is anything left beside it.
 void requireCatalogueOrNothing(const std::filesystem::path& file) {
     std::error_code error;
     const FileState state = stateOfFile(file, error);
-    if (state.size > 0) static_cast<void>(checkedVersion(Database(file, Database::Opening::existing)));
-}
-
-void makeLayout(const Database& database) {
-    database.run("BEGIN IMMEDIATE");
-    database.run("DROP TABLE IF EXISTS designs; DROP TABLE IF EXISTS folders;");
-    database.run(layout);
-    database.run("COMMIT");
+    if (state.size > 0) static_cast<void>(checkedLayout(Database(file, Database::Opening::existing)));
 }
 
 std::filesystem::path fileBeside(const std::filesystem::path& file, const char* ending) {
@@ -91,7 +41,7 @@ std::filesystem::path fileBeside(const std::filesystem::path& file, const char* 
 
 Database openedToSearch(const std::filesystem::path& file, Database::Opening opening) {
     Database database(file, opening);
-    if (checkedVersion(database) < Catalogue::layoutVersion)
+    if (checkedLayout(database) < catalogueLayout)
         throw CatalogueError(SQLITE_ERROR, "the catalogue has to be brought up to date first: run 'velamo index'");
     return database;
 }
@@ -159,34 +109,95 @@ struct BytesBelow {
     std::string behind;
 };
 
+/// Of a folder's path, which bindPlace binds.
+constexpr std::string_view atOrBelow = "(path = ?1 OR (path >= ?2 AND path < ?3))";
+
+void bindPlace(Statement& statement, const std::filesystem::path& folder) {
+    const BytesBelow below(folder);
+    statement.bindBytes(1, folder.native()).bindBytes(2, below.first).bindBytes(3, below.behind);
+}
+
 FileStamp stampAt(const Statement& row, int column) {
     return {row.integer(column), row.integer(column + 1)};
 }
 
-void bindStamp(Statement& statement, int parameter, const std::optional<FileStamp>& stamp) {
-    if (stamp) {
-        statement.bind(parameter, stamp->size).bind(parameter + 1, stamp->modified);
-    } else {
-        statement.bindNothing(parameter).bindNothing(parameter + 1);
+/// What a design is stored in, in the order of its values.
+constexpr std::array designColumns{
+    "folder",     "name",        "words",          "size",         "modified",       "side_size",   "side_modified",
+    "reader",     "hash",        "width",          "height",       "stitches",       "colors",      "format",
+    "version",    "jumps",       "trims",          "blocks",       "length",         "hoop_vendor", "hoop_name",
+    "hoop_width", "hoop_height", "failure_domain", "failure_code", "failure_message"};
+
+/// Puts a design in; one that is there already keeps its number.
+std::string putDesignText() {
+    std::string columns;
+    std::string places;
+    std::string changes;
+    for (const char* column : designColumns) {
+        const char* const separator = columns.empty() ? "" : ", ";
+        columns.append(separator).append(column);
+        places.append(separator).append("?");
+        changes.append(separator).append(column).append(" = excluded.").append(column);
     }
+    return "INSERT INTO designs (" + columns + ") VALUES (" + places + ") ON CONFLICT (folder, name) DO UPDATE SET " +
+           changes + " RETURNING id";
 }
 
-constexpr int firstFigure = 9;
-constexpr int firstFailure = 13;
+/// Binds values one after the other; those that are not bound are nothing.
+class Binder {
+public:
+    explicit Binder(Statement& statement) : statement_(statement) { statement.bindNothing(); }
 
-void bindContent(Statement& statement, const DesignAttributes& attributes) {
-    int parameter = firstFigure;
+    Binder& put(std::int64_t value) {
+        statement_.bind(next_++, value);
+        return *this;
+    }
+    Binder& put(double value) {
+        statement_.bind(next_++, value);
+        return *this;
+    }
+    Binder& put(const Text& text) { return text ? putText(*text) : skip(1); }
+    Binder& putText(std::string_view text) {
+        statement_.bindText(next_++, text);
+        return *this;
+    }
+    Binder& putBytes(std::string_view bytes) {
+        statement_.bindBytes(next_++, bytes);
+        return *this;
+    }
+    Binder& put(const std::optional<FileStamp>& stamp) {
+        return stamp ? put(stamp->size).put(stamp->modified) : skip(2);
+    }
+    Binder& put(const std::optional<Sha256>& hash) {
+        return hash ? putBytes({reinterpret_cast<const char*>(hash->data()), hash->size()}) : skip(1);
+    }
+    Binder& skip(int count) noexcept {
+        next_ += count;
+        return *this;
+    }
+
+private:
+    Statement& statement_;
+    int next_ = 1;
+};
+
+constexpr int figuresOfHoop = 4;
+constexpr int figuresOfDesign = 10 + figuresOfHoop;  // which a broken one lacks
+
+void bindContent(Binder& binder, const DesignFacts& facts) {
+    const DesignAttributes& attributes = facts.attributes;
     for (const float figure :
          {attributes.widthInMillimetres, attributes.heightInMillimetres, attributes.stitches, attributes.colors})
-        statement.bind(parameter++, double{figure});
-    for (parameter = firstFailure; parameter < firstFailure + 3; ++parameter) statement.bindNothing(parameter);
+        binder.put(double{figure});
+    binder.putText(facts.format).put(std::int64_t{facts.version}).put(facts.jumps).put(facts.trims).put(facts.blocks);
+    binder.put(facts.length);
+    if (!facts.hoop) return;
+    binder.put(facts.hoop->vendor).put(facts.hoop->name);
+    binder.put(std::int64_t{facts.hoop->width}).put(std::int64_t{facts.hoop->height});
 }
 
-void bindContent(Statement& statement, const DesignFailure& failure) {
-    for (int parameter = firstFigure; parameter < firstFigure + 4; ++parameter) statement.bindNothing(parameter);
-    statement.bindText(firstFailure, failure.domain)
-        .bind(firstFailure + 1, std::int64_t{failure.code})
-        .bindText(firstFailure + 2, failure.message);
+void bindContent(Binder& binder, const DesignFailure& failure) {
+    binder.skip(figuresOfDesign).putText(failure.domain).put(std::int64_t{failure.code}).putText(failure.message);
 }
 
 }  // namespace
@@ -206,6 +217,23 @@ struct Catalogue::State {
         ++changes;
     }
 
+    template <class Body>
+    [[nodiscard]] auto read(Body body) const {
+        return source ? source->unlessChanged(body) : body();
+    }
+
+    void putThreads(std::int64_t design, const std::vector<ThreadFacts>& threads) {
+        removeThreads.bind(1, design).run();
+        std::int64_t position = 0;
+        for (const ThreadFacts& thread : threads) {
+            Binder binder(putThread);
+            binder.put(design).put(position++);
+            thread.color ? binder.put(std::int64_t{*thread.color}) : binder.skip(1);
+            binder.put(thread.name).put(thread.palette).put(thread.stitches).put(thread.length);
+            putThread.run();
+        }
+    }
+
     std::unique_ptr<FileLock> lock;          // let go of after the database
     std::unique_ptr<ReadOnlySource> source;  // of a catalogue that cannot be written; it too goes after the database
     Database database;
@@ -214,14 +242,16 @@ struct Catalogue::State {
 
     // Prepared once: a design is put in in a fifth of the time that a new statement takes.
     Statement findFolder = database.prepare("SELECT id FROM folders WHERE path = ?");
-    Statement insertFolder = database.prepare("INSERT INTO folders (path, words) VALUES (?, ?) RETURNING id");
-    Statement renameFolder = database.prepare("UPDATE folders SET words = ?2 WHERE id = ?1 AND words IS NOT ?2");
+    Statement insertFolder =
+        database.prepare("INSERT INTO folders (path, words, device) VALUES (?, ?, ?) RETURNING id");
+    Statement changeFolder = database.prepare(
+        "UPDATE folders SET words = ?2, device = ?3 WHERE id = ?1 AND (words IS NOT ?2 OR device IS NOT ?3)");
     Statement listDesigns = database.prepare(
         "SELECT name, size, modified, side_size, side_modified, reader, failure_code FROM designs WHERE folder = ?");
-    Statement putDesign = database.prepare(
-        "INSERT OR REPLACE INTO designs (folder, name, words, size, modified, side_size, side_modified, reader,"
-        " width, height, stitches, colors, failure_domain, failure_code, failure_message)"
-        " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    Statement putDesign = database.prepare(putDesignText());
+    Statement removeThreads = database.prepare("DELETE FROM threads WHERE design = ?");
+    Statement putThread = database.prepare(
+        "INSERT INTO threads (design, position, color, name, palette, stitches, length) VALUES (?, ?, ?, ?, ?, ?, ?)");
     Statement removeDesign = database.prepare("DELETE FROM designs WHERE folder = ? AND name = ?");
 };
 
@@ -238,10 +268,10 @@ Catalogue Catalogue::openForIndexing(const std::filesystem::path& file, const st
     makePrivateFile(file);  // the engine gives those that it makes beside it the same rights
     for (const char* ending : {"", "-wal", "-shm", "-lock"}) closeToOthers(fileBeside(file, ending));
     Database database(file, Database::Opening::existingOrNew);
-    const std::int64_t version = checkedVersion(database);
+    static_cast<void>(checkedLayout(database));
     // Readers go on reading while a batch is written, and a killed process leaves nothing half-written.
     database.run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON;");
-    if (version < layoutVersion) makeLayout(database);
+    bringLayoutUpToDate(database);
     return Catalogue(std::make_unique<State>(std::move(lock), std::move(database)));
 }
 
@@ -288,18 +318,27 @@ std::optional<Catalogue::FolderId> Catalogue::findFolder(const std::filesystem::
     return id;
 }
 
-Catalogue::FolderId Catalogue::putFolder(const std::filesystem::path& folder, std::string_view words) {
+Catalogue::FolderId Catalogue::putFolder(const std::filesystem::path& folder, std::string_view words,
+                                         std::uint64_t device) {
     state_->beginChange();
     const std::string folded = foldedForSearch(words);
+    const auto disk = static_cast<std::int64_t>(device);
     if (const auto known = findFolder(folder)) {
-        state_->renameFolder.bind(1, *known).bindText(2, folded).run();
+        state_->changeFolder.bind(1, *known).bindText(2, folded).bind(3, disk).run();
         return *known;
     }
-    Statement& statement = state_->insertFolder.bindBytes(1, folder.native()).bindText(2, folded);
+    Statement& statement = state_->insertFolder.bindBytes(1, folder.native()).bindText(2, folded).bind(3, disk);
     statement.next();
     const FolderId id = statement.integer(0);
     statement.run();
     return id;
+}
+
+std::optional<std::uint64_t> Catalogue::deviceOf(const std::filesystem::path& folder) const {
+    Statement row = state_->database.prepare("SELECT device FROM folders WHERE device <> 0 AND " +
+                                             std::string(atOrBelow) + " LIMIT 1");
+    bindPlace(row, folder);
+    return row.next() ? std::optional(static_cast<std::uint64_t>(row.integer(0))) : std::nullopt;
 }
 
 std::map<std::string, KnownDesign> Catalogue::designsIn(FolderId folder) {
@@ -314,16 +353,17 @@ std::map<std::string, KnownDesign> Catalogue::designsIn(FolderId folder) {
     return designs;
 }
 
-void Catalogue::putDesign(FolderId folder, const std::string& name, const DesignStamp& stamp,
-                          const DesignContent& content) {
+void Catalogue::putDesign(FolderId folder, const std::string& name, const DesignStamp& stamp, const FileFacts& facts) {
     state_->beginChange();
-    Statement& statement = state_->putDesign;
-    statement.bind(1, folder).bindBytes(2, name).bindText(3, foldedForSearch(name));
-    bindStamp(statement, 4, stamp.design);
-    bindStamp(statement, 6, stamp.sideFile);
-    statement.bind(8, stamp.reader);
-    std::visit([&](const auto& found) { bindContent(statement, found); }, content);
-    statement.run();
+    Binder binder(state_->putDesign);
+    binder.put(folder).putBytes(name).putText(foldedForSearch(name)).put(std::optional(stamp.design));
+    binder.put(stamp.sideFile).put(stamp.reader).put(facts.hash);
+    std::visit([&](const auto& content) { bindContent(binder, content); }, facts.content);
+    state_->putDesign.next();
+    const std::int64_t id = state_->putDesign.integer(0);
+    state_->putDesign.run();
+    const auto* design = std::get_if<DesignFacts>(&facts.content);
+    state_->putThreads(id, design == nullptr ? std::vector<ThreadFacts>() : design->threads);
     commitIfDue();
 }
 
@@ -334,10 +374,8 @@ void Catalogue::removeDesign(FolderId folder, const std::string& name) {
 }
 
 std::int64_t Catalogue::removeFolders(const std::filesystem::path& top, const IsKept& isKept) {
-    const BytesBelow below(top);
-    Statement rows =
-        state_->database.prepare("SELECT id, path FROM folders WHERE path = ? OR (path >= ? AND path < ?)");
-    rows.bindBytes(1, top.native()).bindBytes(2, below.first).bindBytes(3, below.behind);
+    Statement rows = state_->database.prepare("SELECT id, path FROM folders WHERE " + std::string(atOrBelow));
+    bindPlace(rows, top);
     std::vector<FolderId> vanished;
     while (rows.next())
         if (!isKept(rows.integer(0), rows.bytes(1))) vanished.push_back(rows.integer(0));
@@ -353,6 +391,24 @@ std::int64_t Catalogue::removeFolders(const std::filesystem::path& top, const Is
         commitIfDue();
     }
     return removed;
+}
+
+std::optional<std::int64_t> Catalogue::forget(const std::filesystem::path& place) {
+    bool isKnown = false;
+    for (const auto& root : roots()) {
+        if (!isWithin(root, place)) continue;
+        removeRoot(root);
+        isKnown = true;
+    }
+    std::int64_t removed = removeFolders(place, [](FolderId, const std::filesystem::path&) { return false; });
+    const auto folder = findFolder(place.parent_path());
+    if (folder && designsIn(*folder).contains(place.filename())) {
+        removeDesign(*folder, place.filename());
+        ++removed;
+    }
+    removeEmptyFolders();
+    commit();
+    return isKnown || removed > 0 ? std::optional(removed) : std::nullopt;
 }
 
 void Catalogue::removeEmptyFolders() {
@@ -374,8 +430,14 @@ void Catalogue::commit() {
 }
 
 std::vector<FoundDesign> Catalogue::search(const SearchRequest& request) const {
-    const auto search = [&] { return searchDesigns(state_->database, request); };
-    return state_->source ? state_->source->unlessChanged(search) : search();
+    auto found = state_->read([&] { return searchDesigns(state_->database, request); });
+    AwayPlaces away(roots());
+    for (FoundDesign& design : found) design.isAway = away.contains(design.file.parent_path(), design.device);
+    return found;
+}
+
+std::int64_t Catalogue::count(const SearchRequest& request) const {
+    return state_->read([&] { return countDesigns(state_->database, request); });
 }
 
 }  // namespace velamo

@@ -8,12 +8,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 #include "catalogue/database.h"
 #include "catalogue/search.h"
-#include "plugin/host.h"
+#include "reading/facts_reader.h"
 #include "velamo/platform/system/file_state.h"
 
 namespace velamo {
@@ -33,9 +32,6 @@ struct DesignStamp {
     friend bool operator==(const DesignStamp&, const DesignStamp&) = default;
 };
 
-/// What reading a design gave: its attributes, or why it is broken.
-using DesignContent = std::variant<DesignAttributes, DesignFailure>;
-
 /// What the catalogue knows of a file in a folder.
 struct KnownDesign {
     DesignStamp stamp;
@@ -52,14 +48,12 @@ public:
     /// A folder's number in the catalogue.
     using FolderId = std::int64_t;
 
-    /// The layout of the file that this class knows.
-    static constexpr std::int64_t layoutVersion = 1;
-
     /// Opens the catalogue to change it; makes it, and the folder it is in, for the user alone when it is not there.
     /// One that is there is closed to those who are neither its owner nor in its group. Waits while another process has
-    /// it open so, after having called `onWaiting` once. A catalogue of an older layout is emptied but for its roots:
-    /// it holds nothing that cannot be read again. A file that is damaged, of a newer layout or no catalogue at all
-    /// throws CatalogueError and is left alone; a folder or lock that cannot be had throws std::system_error.
+    /// it open so, after having called `onWaiting` once. A catalogue of an older layout is brought up to date; its
+    /// designs are to be read again (see bringLayoutUpToDate). A file that is damaged, of a newer layout or no
+    /// catalogue at all throws CatalogueError and is left alone; a folder or lock that cannot be had throws
+    /// std::system_error.
     [[nodiscard]] static Catalogue openForIndexing(
         const std::filesystem::path& file, const std::function<void()>& onWaiting = [] {});
     /// Opens a catalogue that is there, to search in it; it need not be writable. Throws CatalogueError as above, and
@@ -77,13 +71,15 @@ public:
     /// The folder's number; nothing when it is not in the catalogue.
     [[nodiscard]] std::optional<FolderId> findFolder(const std::filesystem::path& folder);
     /// The same, after having put it into the catalogue where it was not. `words` is what searched words are looked for
-    /// in.
-    FolderId putFolder(const std::filesystem::path& folder, std::string_view words);
+    /// in, `device` the number of the disk on which the folder is.
+    FolderId putFolder(const std::filesystem::path& folder, std::string_view words, std::uint64_t device = 0);
+    /// The number of the disk on which the folder was, or one below it; nothing where none is known.
+    [[nodiscard]] std::optional<std::uint64_t> deviceOf(const std::filesystem::path& folder) const;
 
     /// The designs of a folder by name, without those of its subfolders.
     [[nodiscard]] std::map<std::string, KnownDesign> designsIn(FolderId folder);
     /// Puts a design in, in place of what was known of it.
-    void putDesign(FolderId folder, const std::string& name, const DesignStamp& stamp, const DesignContent& content);
+    void putDesign(FolderId folder, const std::string& name, const DesignStamp& stamp, const FileFacts& facts);
     void removeDesign(FolderId folder, const std::string& name);
 
     /// Tells whether a folder stays.
@@ -91,6 +87,11 @@ public:
     /// Removes the folder `top` and those below it with their designs, but for the folders that are to be kept. The
     /// number of designs removed.
     std::int64_t removeFolders(const std::filesystem::path& top, const IsKept& isKept);
+
+    /// Forgets the folder, or single design, and what lies below it, whether it is there or not: nothing of it is kept
+    /// up to date any more, unless an indexed folder around it is. The number of designs removed, or nothing where the
+    /// catalogue knows nothing of the place.
+    std::optional<std::int64_t> forget(const std::filesystem::path& place);
 
     /// Forgets the folders that hold no design any more.
     void removeEmptyFolders();
@@ -101,6 +102,8 @@ public:
     void commit();
 
     [[nodiscard]] std::vector<FoundDesign> search(const SearchRequest& request) const;
+    /// How many designs the request finds, whatever its limit and offset.
+    [[nodiscard]] std::int64_t count(const SearchRequest& request) const;
 
 private:
     struct State;

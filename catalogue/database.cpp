@@ -106,8 +106,8 @@ Statement& Statement::bindBytes(int parameter, std::string_view bytes) {
     return *this;
 }
 
-Statement& Statement::bindNothing(int parameter) {
-    check(::sqlite3_bind_null(statement_.get(), parameter));
+Statement& Statement::bindNothing() {
+    check(::sqlite3_clear_bindings(statement_.get()));
     return *this;
 }
 

@@ -33,7 +33,8 @@ public:
     Statement& bindText(int parameter, std::string_view text);
     /// Bytes as they are, so that a name that is no UTF-8 comes back unchanged.
     Statement& bindBytes(int parameter, std::string_view bytes);
-    Statement& bindNothing(int parameter);
+    /// Leaves every parameter without a value.
+    Statement& bindNothing();
 
     /// Goes to the next row; false at the end, after which the statement is ready to be bound and run again.
     bool next();

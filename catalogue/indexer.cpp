@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "catalogue/places.h"
 #include "velamo/formats/format.h"
 #include "velamo/formats/import.h"
 #include "velamo/formats/thread_file.h"
@@ -22,14 +23,6 @@ using FolderId = Catalogue::FolderId;
 
 constexpr std::size_t batchesPerReader = 4;
 
-/// Whether `path` is `top` or lies below it.
-bool isWithin(const Path& path, const Path& top) {
-    const std::string& inner = path.native();
-    const std::string& outer = top.native();
-    if (!inner.starts_with(outer)) return false;
-    return inner.size() == outer.size() || outer.ends_with('/') || inner[outer.size()] == '/';
-}
-
 VLMError systemError(int code) {
     VLMError error;
     failWithSystemError(code, &error);
@@ -43,23 +36,11 @@ VLMError notARegularFile(FileKind kind) {
     return error;
 }
 
-VLMError errorOf(const DesignFailure& failure) {
-    VLMError error = systemError(failure.code);
-    if (failure.domain == designErrorDomain) error.domain = designErrorDomain;
-    error.failureReason = failure.message;
-    return error;
-}
-
-bool isThere(const Path& path) {
-    std::error_code error;
-    static_cast<void>(stateOfFile(path, error));
-    return error != std::errc::no_such_file_or_directory;
-}
-
 /// A stick that is not plugged in and a folder that was deleted look the same; only a person can tell.
-VLMError awayError() {
-    VLMError error = systemError(ENOENT);
-    error.failureReason = error.message() + "; the catalogue keeps what it knows of it";
+VLMError awayError(int code = ENOENT) {
+    VLMError error = systemError(code);
+    const std::string reason = code == ENODEV ? "it is empty, and its disk is not there" : error.message();
+    error.failureReason = reason + "; the catalogue keeps what it knows of it";
     return error;
 }
 
@@ -86,12 +67,12 @@ using Batch = std::vector<Job>;
 constexpr std::size_t largestBatch = 16;
 struct BatchResult {
     Batch batch;
-    std::vector<ReadOutcome> outcomes;  // none when nothing can be read any more
+    std::vector<FactsOutcome> outcomes;  // none when nothing can be read any more
     std::optional<WorkerLoss> loss;
 };
 using Readers = WorkerPool<Batch, BatchResult>;
 
-BatchResult readSafely(const DesignReader& reader, Batch&& batch) noexcept {
+BatchResult readSafely(const FactsReader& reader, Batch&& batch) noexcept {
     VLMError error;
     BatchResult result{.batch = std::move(batch), .outcomes = {}, .loss = {}};
     const bool isDone = operation(&error, [&] {
@@ -109,10 +90,10 @@ BatchResult readSafely(const DesignReader& reader, Batch&& batch) noexcept {
     return result;
 }
 
-std::vector<Readers::Work> worksOf(std::vector<DesignReader> readers) {
+std::vector<Readers::Work> worksOf(std::vector<FactsReader> readers) {
     std::vector<Readers::Work> works;
     works.reserve(readers.size());
-    for (DesignReader& reader : readers)
+    for (FactsReader& reader : readers)
         works.emplace_back(
             [reader = std::move(reader)](Batch&& batch) { return readSafely(reader, std::move(batch)); });
     return works;
@@ -128,7 +109,7 @@ struct Root {
 /// One run of the indexer.
 class Indexing {
 public:
-    Indexing(Catalogue& catalogue, std::vector<DesignReader> readers, std::int64_t readerNumber,
+    Indexing(Catalogue& catalogue, std::vector<FactsReader> readers, std::int64_t readerNumber,
              const IndexObserver& observer)
         : catalogue_(catalogue),
           observer_(observer),
@@ -216,7 +197,8 @@ private:
 
     void takeSingleFile(const Root& root) {
         const FolderEntry entry{.name = root.path.filename(), .state = root.state, .error = {}};
-        FolderContent content(*this, root.path.parent_path());
+        const auto folder = identityOfFile(root.path.parent_path());
+        FolderContent content(*this, root.path.parent_path(), folder ? folder->device : 0);
         content.take(entry, false);
     }
 
@@ -233,7 +215,8 @@ private:
 
     void takeListing(const FolderListing& listing, double finishedShare) {
         if (listing.error) noteUnreadFolder(listing);
-        FolderContent content(*this, listing.folder);
+        if (isMountPointOfAnother(listing)) return noteAwayDisk(listing.folder);
+        FolderContent content(*this, listing.folder, listing.device);
         const double sharePerEntry =
             listing.share / static_cast<double>(std::max<std::size_t>(listing.entries.size(), 1));
         for (const FolderEntry& entry : listing.entries) {
@@ -250,6 +233,19 @@ private:
     /// not done what it was asked for.
     void noteReason(std::error_code reason) {
         if (!isAbsence(reason)) summary_.isComplete = false;
+    }
+
+    /// An emptied folder is where it was; one that waits for its disk is not.
+    [[nodiscard]] bool isMountPointOfAnother(const FolderListing& listing) const {
+        if (listing.error || !listing.isEmpty) return false;
+        const auto device = catalogue_.deviceOf(listing.folder);
+        return device && *device != listing.device;
+    }
+
+    void noteAwayDisk(const Path& folder) {
+        awayFolders_.push_back(folder);
+        const auto isNamed = [&folder](const Root& root) { return root.isNamed && root.path == folder; };
+        refuseRoot(folder, awayError(ENODEV), std::any_of(roots_.begin(), roots_.end(), isNamed));
     }
 
     void noteUnreadFolder(const FolderListing& listing) {
@@ -269,7 +265,8 @@ private:
     /// What a folder holds, compared with what the catalogue has of it.
     class FolderContent {
     public:
-        FolderContent(Indexing& indexing, Path folder) : indexing_(indexing), folder_(std::move(folder)) {
+        FolderContent(Indexing& indexing, Path folder, std::uint64_t device)
+            : indexing_(indexing), folder_(std::move(folder)), device_(device) {
             if (indexing.catalogue_.findFolder(folder_)) rest_ = indexing.catalogue_.designsIn(id());
         }
         void take(const FolderEntry& entry, bool isDeadLink) {
@@ -316,7 +313,7 @@ private:
         /// A folder gets into the catalogue with its first design. Its words change with the indexed folders around it.
         FolderId id() {
             if (!id_) {
-                id_ = indexing_.catalogue_.putFolder(folder_, indexing_.wordsOf(folder_));
+                id_ = indexing_.catalogue_.putFolder(folder_, indexing_.wordsOf(folder_), device_);
                 indexing_.visitedFolders_.insert(*id_);
             }
             return *id_;
@@ -324,6 +321,7 @@ private:
 
         Indexing& indexing_;
         Path folder_;
+        std::uint64_t device_;
         std::optional<FolderId> id_;
         std::map<std::string, KnownDesign> rest_;
     };
@@ -364,26 +362,22 @@ private:
         for (std::size_t i = 0; i < result.batch.size(); ++i) record(result.batch[i], result.outcomes[i]);
     }
 
-    void record(const Job& job, const ReadOutcome& outcome) {
+    void record(const Job& job, const FactsOutcome& outcome) {
         ++files_;
         if (const auto* reason = std::get_if<std::error_code>(&outcome))
             recordUnreadable(job, *reason);
-        else if (const auto* failure = std::get_if<DesignFailure>(&outcome))
-            recordBroken(job, *failure);
         else
-            recordContent(job, std::get<DesignAttributes>(outcome));
+            recordFacts(job, std::get<FileFacts>(outcome));
         tellProgress(finishedShare_);
     }
 
-    void recordContent(const Job& job, const DesignContent& content) {
+    void recordFacts(const Job& job, const FileFacts& facts) {
+        if (const auto* failure = std::get_if<DesignFailure>(&facts.content)) {
+            ++summary_.broken;
+            observer_.problem(job.file, errorOf(*failure));
+        }
         ++(job.isKnown ? summary_.changed : summary_.added);
-        catalogue_.putDesign(job.folder, job.file.filename(), job.stamp, content);
-    }
-
-    void recordBroken(const Job& job, const DesignFailure& failure) {
-        ++summary_.broken;
-        observer_.problem(job.file, errorOf(failure));
-        recordContent(job, failure);
+        catalogue_.putDesign(job.folder, job.file.filename(), job.stamp, facts);
     }
 
     void recordUnreadable(const Job& job, std::error_code reason) {
@@ -460,7 +454,7 @@ private:
 
 }  // namespace
 
-IndexSummary indexFolders(Catalogue& catalogue, const IndexRequest& request, std::vector<DesignReader> readers,
+IndexSummary indexFolders(Catalogue& catalogue, const IndexRequest& request, std::vector<FactsReader> readers,
                           std::int64_t readerNumber, const IndexObserver& observer) {
     return Indexing(catalogue, std::move(readers), readerNumber, observer).run(request.folders);
 }

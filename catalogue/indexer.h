@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "catalogue/catalogue.h"
-#include "catalogue/design_reader.h"
+#include "reading/facts_reader.h"
 #include "velamo/model/error.h"
 
 namespace velamo {
@@ -49,7 +49,7 @@ struct IndexObserver {
 /// which is told each time, with ENOENT; only where it was named is the run not complete. Throws CatalogueError when
 /// the catalogue cannot be written, and WorkerLoss when no reader can read any more: what was read before is in the
 /// catalogue then.
-IndexSummary indexFolders(Catalogue& catalogue, const IndexRequest& request, std::vector<DesignReader> readers,
+IndexSummary indexFolders(Catalogue& catalogue, const IndexRequest& request, std::vector<FactsReader> readers,
                           std::int64_t readerNumber, const IndexObserver& observer);
 
 /// The absolute path of a file or folder without links and dots, as the catalogue names it; also of one that is not

@@ -1,21 +1,27 @@
 #include "catalogue/search.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <string_view>
 #include <variant>
 
 #include "catalogue/database.h"
 #include "velamo/platform/text/search_words.h"
+#include "velamo/platform/text/text.h"
 
 namespace velamo {
 namespace {
 
 constexpr std::string_view columns =
-    "SELECT folders.path, designs.name, designs.width, designs.height, designs.stitches, designs.colors,"
-    " designs.modified, designs.failure_domain, designs.failure_code, designs.failure_message"
-    " FROM designs JOIN folders ON folders.id = designs.folder WHERE ";
+    "SELECT folders.path, designs.name, designs.id, designs.hash, designs.modified, designs.failure_domain,"
+    " designs.failure_code, designs.failure_message, designs.width, designs.height, designs.stitches, designs.colors,"
+    " designs.format, designs.version, designs.jumps, designs.trims, designs.blocks, designs.length,"
+    " designs.hoop_width, designs.hoop_height, designs.hoop_vendor, designs.hoop_name, folders.device";
+constexpr std::string_view onlyCount = "SELECT count(*)";
+constexpr std::string_view tables = " FROM designs JOIN folders ON folders.id = designs.folder WHERE ";
 
 struct SortColumn {
     SortKey key;
@@ -43,8 +49,8 @@ double asStored(double bound) noexcept {
 /// A query that grows by conditions; whatever comes from outside is a parameter.
 class Query {
 public:
-    explicit Query(bool isBroken) {
-        sql_ += columns;
+    Query(std::string_view what, bool isBroken) {
+        sql_.append(what).append(tables);
         sql_ += isBroken ? "designs.failure_code IS NOT NULL" : "designs.failure_code IS NULL";
     }
     void addWords(const std::vector<std::string>& words) {
@@ -80,9 +86,28 @@ public:
             sql_ += part;
         }
     }
-    void addLimit(std::int64_t limit) {
-        sql_ += " LIMIT ?";
-        parameters_.emplace_back(limit);
+    void addFormats(const std::vector<std::string>& formats) {
+        if (formats.empty()) return;
+        sql_ += " AND designs.format IN (";
+        for (const std::string& format : formats) {
+            if (sql_.back() == '?') sql_ += ", ";
+            sql_ += '?';
+            std::string name = format;
+            std::transform(name.begin(), name.end(), name.begin(), upperCase);
+            parameters_.emplace_back(std::move(name));
+        }
+        sql_ += ')';
+    }
+    void addField(const SewingField& field) {
+        sql_ += " AND min(designs.width, designs.height) <= ? AND max(designs.width, designs.height) <= ?";
+        parameters_.emplace_back(asStored(std::min(field.width, field.height)));
+        parameters_.emplace_back(asStored(std::max(field.width, field.height)));
+    }
+    void addLimit(std::optional<std::int64_t> limit, std::int64_t offset) {
+        constexpr std::int64_t none = -1;
+        sql_ += " LIMIT ? OFFSET ?";
+        parameters_.emplace_back(limit.value_or(none));
+        parameters_.emplace_back(offset);
     }
 
     [[nodiscard]] Statement prepare(const Database& database) const {
@@ -110,39 +135,95 @@ private:
     std::vector<Parameter> parameters_;
 };
 
-Query queryFor(const SearchRequest& request) {
-    Query query(request.isBroken);
+Query queryFor(std::string_view what, const SearchRequest& request) {
+    Query query(what, request.isBroken);
     query.addWords(request.words);
     query.addRange("width", request.width);
     query.addRange("height", request.height);
     query.addRange("stitches", request.stitches);
     query.addRange("colors", request.colors);
+    query.addRange("blocks", request.blocks);
+    query.addFormats(request.formats);
+    if (request.field) query.addField(*request.field);
     if (request.folder) query.addFolder(*request.folder);
-    query.addOrder(request.sortKey, request.isReversed);
-    if (request.limit) query.addLimit(*request.limit);
     return query;
 }
 
-FoundDesign designOf(const Statement& row) {
+Text textAt(const Statement& row, int column) {
+    return row.isNothing(column) ? Text() : Text(row.bytes(column));
+}
+
+DesignFacts factsAt(const Statement& row) {
     const auto figure = [&row](int column) { return static_cast<float>(row.real(column)); };
-    FoundDesign design{.file = std::filesystem::path(row.bytes(0)) / row.bytes(1),
-                       .attributes = {.widthInMillimetres = figure(2),
-                                      .heightInMillimetres = figure(3),
-                                      .stitches = figure(4),
-                                      .colors = figure(5)},
-                       .modified = row.integer(6),
-                       .failure = {}};
-    if (!row.isNothing(8)) design.failure = {row.bytes(7), static_cast<int>(row.integer(8)), row.bytes(9)};
+    DesignFacts facts{.attributes = {.widthInMillimetres = figure(8),
+                                     .heightInMillimetres = figure(9),
+                                     .stitches = figure(10),
+                                     .colors = figure(11)},
+                      .format = row.bytes(12),
+                      .version = static_cast<std::int32_t>(row.integer(13)),
+                      .jumps = row.integer(14),
+                      .trims = row.integer(15),
+                      .blocks = row.integer(16),
+                      .length = row.real(17),
+                      .threads = {},
+                      .hoop = {}};
+    if (!row.isNothing(18))
+        facts.hoop = HoopFacts{textAt(row, 20), textAt(row, 21), static_cast<std::int32_t>(row.integer(18)),
+                               static_cast<std::int32_t>(row.integer(19))};
+    return facts;
+}
+
+std::optional<Sha256> hashAt(const Statement& row, int column) {
+    Sha256 hash{};
+    const std::string bytes = row.bytes(column);
+    if (bytes.size() != hash.size()) return std::nullopt;
+    std::memcpy(hash.data(), bytes.data(), hash.size());
+    return hash;
+}
+
+FoundDesign designOf(const Statement& row) {
+    FoundDesign design{.id = row.integer(2),
+                       .file = std::filesystem::path(row.bytes(0)) / row.bytes(1),
+                       .facts = factsAt(row),
+                       .hash = hashAt(row, 3),
+                       .modified = row.integer(4),
+                       .failure = {},
+                       .device = static_cast<std::uint64_t>(row.integer(22))};
+    if (!row.isNothing(6)) design.failure = {row.bytes(5), static_cast<int>(row.integer(6)), row.bytes(7)};
     return design;
+}
+
+void readThreads(const Database& database, std::vector<FoundDesign>& designs) {
+    Statement row = database.prepare(
+        "SELECT color, name, palette, stitches, length FROM threads WHERE design = ? ORDER BY position");
+    for (FoundDesign& design : designs) {
+        row.bind(1, design.id);
+        while (row.next())
+            design.facts.threads.push_back(
+                {.color = row.isNothing(0) ? std::nullopt : std::optional(static_cast<std::uint32_t>(row.integer(0))),
+                 .name = textAt(row, 1),
+                 .palette = textAt(row, 2),
+                 .stitches = row.integer(3),
+                 .length = row.real(4)});
+    }
 }
 
 }  // namespace
 
 std::vector<FoundDesign> searchDesigns(const Database& database, const SearchRequest& request) {
-    Statement rows = queryFor(request).prepare(database);
+    Query query = queryFor(columns, request);
+    query.addOrder(request.sortKey, request.isReversed);
+    query.addLimit(request.limit, request.offset);
+    Statement rows = query.prepare(database);
     std::vector<FoundDesign> found;
     while (rows.next()) found.push_back(designOf(rows));
+    if (request.withThreads) readThreads(database, found);
     return found;
+}
+
+std::int64_t countDesigns(const Database& database, const SearchRequest& request) {
+    Statement row = queryFor(onlyCount, request).prepare(database);
+    return row.next() ? row.integer(0) : 0;
 }
 
 }  // namespace velamo

@@ -18,8 +18,8 @@ void describeProgram(CLI::App& program, Action& chosen) {
     program.set_version_flag("--version", "velamo " VELAMO_VERSION);
     program.require_subcommand(1);
     for (const auto describe :
-         {describeInfo, describeIndex, describeSearch, describeDump, describeConvert, describeEdit, describeRender,
-          describePalettes, describeHoops, describeDesktop, describeFormatLength, describeParseLength})
+         {describeInfo, describeIndex, describeSearch, describeForget, describeDump, describeConvert, describeEdit,
+          describeRender, describePalettes, describeHoops, describeDesktop, describeFormatLength, describeParseLength})
         describe(program, chosen);
     program.footer(
         "Exit status: 0 success, 1 failure for some file, 2 wrong usage.\n"

@@ -17,6 +17,7 @@ using Action = std::function<ExitStatus(const Console&)>;
 void describeInfo(CLI::App& program, Action& chosen);
 void describeIndex(CLI::App& program, Action& chosen);
 void describeSearch(CLI::App& program, Action& chosen);
+void describeForget(CLI::App& program, Action& chosen);
 void describeDump(CLI::App& program, Action& chosen);
 void describeConvert(CLI::App& program, Action& chosen);
 void describePalettes(CLI::App& program, Action& chosen);

@@ -111,6 +111,13 @@ void writeDescription(std::ostream& out, const VLMDesign& design) {
 
 }  // namespace
 
+void putAttributes(Json& json, const DesignAttributes& attributes) {
+    json["width"] = jsonNumber(attributes.widthInMillimetres);
+    json["height"] = jsonNumber(attributes.heightInMillimetres);
+    json["stitches"] = jsonCount(attributes.stitches);
+    json["colors"] = jsonCount(attributes.colors);
+}
+
 Json hoopJson(const HoopHandle& hoop) {
     if (!hoop) return {};
     return {{"name", jsonText(hoop->name())}, {"vendor", jsonText(hoop->vendor())},

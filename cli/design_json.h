@@ -3,12 +3,16 @@
 #include <iosfwd>
 
 #include "cli/json.h"
+#include "velamo/formats/design_attributes.h"
 #include "velamo/model/design.h"
 
 namespace velamo {
 
 /// {"domain", "code", "message"}
 [[nodiscard]] Json errorJson(const VLMError& error);
+
+/// Puts in what every indexer stores: width and height in millimetres, stitches and colors.
+void putAttributes(Json& json, const DesignAttributes& attributes);
 
 /// The hoop with its eight values; null without one.
 [[nodiscard]] Json hoopJson(const HoopHandle& hoop);

@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "velamo/formats/undefined_threads.h"
+
 namespace velamo {
 namespace {
-
-/// Threads of files without colors: what they look like says nothing.
-bool hasNoColor(const VLMThread& thread) {
-    return thread.palette() == "Undefined";
-}
 
 /// Files keep a component as a byte.
 bool isSameColor(const VLMColor& one, const VLMColor& other) noexcept {

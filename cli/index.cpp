@@ -22,30 +22,9 @@ ExitStatus reportNoFolder(const Console& console) {
     return ExitStatus::wrongUsage;
 }
 
-ExitStatus reportNoModule(const Console& console, const std::string& reason) {
-    console.problems << "velamo: the importer plug-in cannot be loaded: " << reason << '\n';
-    return ExitStatus::failure;
-}
-
-Catalogue openCatalogue(const IndexOptions& options, const Console& console) {
-    return Catalogue::openForIndexing(options.catalogue, [&console] {
-        if (console.problemsIsTerminal) console.problems << "velamo: waiting for another run\n" << std::flush;
-    });
-}
-
 ExitStatus runIndexer(Catalogue& catalogue, const IndexOptions& options, const Console& console) {
-    const auto module = PluginHost::findModule();
-    if (module.empty()) return reportNoModule(console, "it is not there; $VELAMO_IMPORTER may name it");
-    PluginReaders made;
-    std::int64_t number = 0;
-    try {
-        number = readerNumber(module);
-        made = pluginReaders(module, options.jobs, workerLimitsOf(options.reading));
-    } catch (const WorkerLoss&) {
-        throw;  // no fault of the plug-in's
-    } catch (const std::runtime_error& error) {
-        return reportNoModule(console, error.what());
-    }
+    const std::int64_t number = readerNumber();
+    auto made = factsReaders(options.jobs, workerLimitsOf(options.reading));
     if (!reportConfinement(options.reading, made.areConfined, console)) return ExitStatus::failure;
     const auto start = std::chrono::steady_clock::now();
     ProgressBar bar(console);
@@ -65,6 +44,12 @@ ExitStatus runIndexer(Catalogue& catalogue, const IndexOptions& options, const C
 
 }  // namespace
 
+Catalogue openToChange(const std::filesystem::path& catalogue, const Console& console) {
+    return Catalogue::openForIndexing(catalogue, [&console] {
+        if (console.problemsIsTerminal) console.problems << "velamo: waiting for another run\n" << std::flush;
+    });
+}
+
 std::string summaryText(const IndexSummary& summary, double seconds) {
     const auto count = [](std::int64_t number, const char* what) { return std::to_string(number) + what; };
     const auto tenths = std::llround(seconds * 10);
@@ -79,7 +64,7 @@ ExitStatus index(const IndexOptions& options, const Console& console) {
     return withCatalogue(options.catalogue, console, [&] {
         // Asking for nothing must not leave an empty catalogue behind.
         if (options.folders.empty() && !std::filesystem::exists(options.catalogue)) return reportNoFolder(console);
-        Catalogue catalogue = openCatalogue(options, console);
+        Catalogue catalogue = openToChange(options.catalogue, console);
         // Folders that other names lead to may be meant for others.
         if (options.catalogue == catalogueOfUser()) closeToOthers(options.catalogue.parent_path());
         if (options.folders.empty() && catalogue.roots().empty()) return reportNoFolder(console);

@@ -7,6 +7,7 @@
 #include "cli/commands.h"
 #include "cli/design_json.h"
 #include "cli/design_words.h"
+#include "cli/plugin_info.h"
 #include "cli/terminal_picture.h"
 #include "velamo/formats/design_attributes.h"
 #include "velamo/platform/text/harmless_output.h"
@@ -16,12 +17,9 @@ namespace velamo {
 namespace {
 
 void writeInfo(std::ostream& out, const std::string& file, const VLMDesign& design) {
-    const DesignAttributes attributes = attributesOfDesign(design);
-    std::string text = textOf({{"file", file},
-                               {"width", jsonNumber(attributes.widthInMillimetres)},
-                               {"height", jsonNumber(attributes.heightInMillimetres)},
-                               {"stitches", jsonCount(attributes.stitches)},
-                               {"colors", jsonCount(attributes.colors)}});
+    Json json{{"file", file}};
+    putAttributes(json, attributesOfDesign(design));
+    std::string text = textOf(json);
     text.pop_back();  // what closes the object
     out << text << ",\"statistics\":";
     writeStatistics(out, design);
@@ -87,6 +85,7 @@ void describeInfo(CLI::App& program, Action& chosen) {
         std::vector<std::string> files;
         bool isJson = false;
         bool withPicture = false;
+        bool isOfPlugin = false;
         ReadingOptions reading;
     };
     auto* command = program.add_subcommand("info", "Describe designs");
@@ -95,14 +94,18 @@ void describeInfo(CLI::App& program, Action& chosen) {
     auto* json = command->add_flag("--json", options->isJson,
                                    "Print a JSON list with an object for each file: width and height (mm), stitches, "
                                    "colors and all statistics, or the error");
+    auto* plugin = command->add_flag("--plugin", options->isOfPlugin,
+                                     "Show what the desktop's indexer gets of each file from the importer plug-in");
     command
         ->add_flag("--picture", options->withPicture,
                    "Show a small picture: in pixels on terminals that announce sixel or kitty graphics, else in blocks "
                    "of color, in a pipe as well; not on a dumb terminal")
-        ->excludes(json);
+        ->excludes(json)
+        ->excludes(plugin);
     addReadingOptions(*command, options->reading);
     command->callback([&chosen, options] {
         chosen = [options](const Console& console) {
+            if (options->isOfPlugin) return pluginInfo(options->files, options->isJson, options->reading, console);
             return options->isJson ? infoAsJson(options->files, options->reading, console)
                                    : info(options->files, options->withPicture, options->reading, console);
         };

@@ -46,6 +46,13 @@ Json jsonText(const Text& text) {
     return text ? Json(*text) : Json();
 }
 
+std::string colorText(std::uint32_t number) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text = "#";
+    for (unsigned digit = 6; digit-- > 0;) text += digits[number >> 4 * digit & 0xFU];
+    return text;
+}
+
 std::string textOf(const Json& json) {
     return harmlessJson(json.dump(-1, ' ', false, Json::error_handler_t::replace));
 }

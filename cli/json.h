@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -19,6 +20,9 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] Json jsonCount(float count);
 /// An absent text is null.
 [[nodiscard]] Json jsonText(const Text& text);
+
+/// A color of the number 0xRRGGBB, such as "#1e90ff".
+[[nodiscard]] std::string colorText(std::uint32_t number);
 
 /// The value on one line. Bytes that are no UTF-8 become U+FFFD; control characters and marks that turn the direction
 /// of writing are escaped, so that a terminal shows them.

@@ -10,6 +10,7 @@
 
 #include "cli/commands.h"
 #include "cli/json.h"
+#include "reading/design_facts.h"
 #include "velamo/model/palettes.h"
 #include "velamo/platform/text/search_words.h"
 #include "velamo/platform/text/text.h"
@@ -35,13 +36,8 @@ std::vector<Palette> allPalettes() {
 }
 
 std::string hexadecimal(const VLMColor& color) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text = "#";
-    for (const double component : {color.red(), color.green(), color.blue()}) {
-        const auto byte = static_cast<std::size_t>(std::lround(std::clamp(component, 0.0, 1.0) * 255));
-        text += digits[byte / 16];
-        text += digits[byte % 16];
-    }
+    std::string text = colorText(colorNumber(color));
+    std::transform(text.begin(), text.end(), text.begin(), upperCase);
     return text;
 }
 

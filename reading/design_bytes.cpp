@@ -8,35 +8,15 @@
 #include <unordered_map>
 #include <vector>
 
+#include "reading/value_writer.h"
+
 namespace velamo {
 namespace {
 
 constexpr std::array errorDomains{std::string_view(), designErrorDomain, systemErrorDomain};
 
-/// Values one behind the other, as they stand in memory: both processes are the same program.
-class ValueWriter {
-public:
-    template <class Value>
-    void put(const Value& value) {
-        static_assert(std::is_arithmetic_v<Value>);
-        bytes_.append(reinterpret_cast<const char*>(&value), sizeof(Value));
-    }
-    void put(const std::string& text) {
-        put(std::uint64_t{text.size()});
-        bytes_ += text;
-    }
-    void put(const Text& text) {
-        put(text.has_value());
-        if (text) put(*text);
-    }
-    void putRaw(const std::string& bytes) { bytes_ += bytes; }
-    [[nodiscard]] const std::string& bytes() const noexcept { return bytes_; }
-
-private:
-    std::string bytes_;
-};
-
-/// Reads them again. What is not there, or no value of its type, is zero and makes ok() false from then on.
+/// Reads what a ValueWriter wrote. What is not there, or no value of its type, is zero and makes ok() false from then
+/// on.
 class ValueReader {
 public:
     explicit ValueReader(const ByteSource& source) : source_(source), buffer_(bufferSize) {}

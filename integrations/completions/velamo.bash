@@ -18,7 +18,7 @@ _velamo_words() {
 _velamo() {
     local readable='dst|exp|jef|jef+|jpx|ksm|pcd|pcq|pcs|pec|pes|sew|vp3'
     local writable='dst|exp|jef|pcs|pec|pes'
-    local commands='info index search dump convert edit render palettes hoops desktop format-length parse-length'
+    local commands='info index search forget dump convert edit render palettes hoops desktop format-length parse-length'
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
     local options=''
 
@@ -40,15 +40,17 @@ _velamo() {
     -o) _velamo_files "$writable" "$word"; return ;;
     --to) _velamo_words "${writable//|/ }" "$word"; return ;;
     --sort) _velamo_words 'name width height stitches colors date' "$word"; return ;;
+    --format) _velamo_words "${readable//|/ }" "$word"; return ;;
     --unit) _velamo_words '0 1 2' "$word"; return ;;
     --vendor) _velamo_words 'Janome Pfaff' "$word"; return ;;
-    --width | --height | --stitches | --colors | --limit | --jobs | --date | --scale | --size | --thread | -e) return ;;
+    --width | --height | --stitches | --colors | --blocks | --hoop | --limit | --offset | --jobs | --date | --scale | --size | --thread | -e) return ;;
     esac
     case $command in
-    info) options='--json --picture --confined-only' ;;
+    info) options='--json --picture --plugin --confined-only' ;;
     index) options='--jobs --catalogue --confined-only' ;;
     dump) options='--confined-only' ;;
-    search) options='--width --height --stitches --colors --sort --reverse --limit --folder --broken --json --print0 --catalogue' ;;
+    search) options='--width --height --stitches --colors --blocks --format --hoop --sort --reverse --limit --offset --folder --broken --json --print0 --catalogue' ;;
+    forget) options='--catalogue' ;;
     convert) options='--all --to --out --jobs --date --dump --confined-only' ;;
     edit) options='-e -f -o --dump --confined-only' ;;
     render) options='--scale --size --3d --jumps --structure --thread -e --confined-only' ;;
@@ -68,7 +70,7 @@ _velamo() {
         return
     fi
     case $command in
-    info | index | dump | convert | edit) _velamo_files "$readable" "$word" ;;
+    info | index | forget | dump | convert | edit) _velamo_files "$readable" "$word" ;;
     render) _velamo_files "$readable|png|svg|pdf" "$word" ;;
     esac
 } &&

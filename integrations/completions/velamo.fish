@@ -24,6 +24,7 @@ complete -c velamo -n __fish_use_subcommand -l version -d "Print the version"
 complete -c velamo -n __fish_use_subcommand -a info -d "Describe designs"
 complete -c velamo -n __fish_use_subcommand -a index -d "Bring the catalogue of designs up to date"
 complete -c velamo -n __fish_use_subcommand -a search -d "Find designs in the catalogue"
+complete -c velamo -n __fish_use_subcommand -a forget -d "Remove folders from the catalogue"
 complete -c velamo -n __fish_use_subcommand -a dump -d "Print a whole design as one JSON object"
 complete -c velamo -n __fish_use_subcommand -a convert -d "Write designs for other machines"
 complete -c velamo -n __fish_use_subcommand -a edit -d "Carry out edit commands on a design"
@@ -37,6 +38,7 @@ complete -c velamo -n "__velamo_is desktop; and not __velamo_is desktop refresh"
 
 complete -c velamo -n "__velamo_is info" -l json -d "Print JSON"
 complete -c velamo -n "__velamo_is info" -l picture -d "Show a small picture"
+complete -c velamo -n "__velamo_is info" -l plugin -d "Show what the indexer gets from the plug-in"
 
 complete -c velamo -n "__velamo_is index" -l jobs -x -d "How many files to read at a time"
 complete -c velamo -n "__velamo_is index" -l catalogue -r -F -d "The catalogue"
@@ -45,14 +47,20 @@ complete -c velamo -n "__velamo_is search" -l width -x -d "In millimetres, 50..1
 complete -c velamo -n "__velamo_is search" -l height -x -d "In millimetres, 50..100"
 complete -c velamo -n "__velamo_is search" -l stitches -x -d "Number of stitches"
 complete -c velamo -n "__velamo_is search" -l colors -x -d "Number of different colors"
+complete -c velamo -n "__velamo_is search" -l blocks -x -d "Number of color blocks"
+complete -c velamo -n "__velamo_is search" -l format -x -a "$readable" -d "Files of this format"
+complete -c velamo -n "__velamo_is search" -l hoop -x -d "What fits into it, 100x100"
 complete -c velamo -n "__velamo_is search" -l sort -x -a "name width height stitches colors date" -d "Order"
 complete -c velamo -n "__velamo_is search" -l reverse -d "Turn the order round"
 complete -c velamo -n "__velamo_is search" -l limit -x -d "Print at most so many"
+complete -c velamo -n "__velamo_is search" -l offset -x -d "Leave out so many before them"
 complete -c velamo -n "__velamo_is search" -l folder -x -a "(__fish_complete_directories)" -d "Only designs below it"
 complete -c velamo -n "__velamo_is search" -l broken -d "List the files that could not be read"
 complete -c velamo -n "__velamo_is search" -l json -d "Print JSON"
 complete -c velamo -n "__velamo_is search" -l print0 -d "Print paths, each followed by a zero byte"
 complete -c velamo -n "__velamo_is search" -l catalogue -r -F -d "The catalogue"
+
+complete -c velamo -n "__velamo_is forget" -l catalogue -r -F -d "The catalogue"
 
 complete -c velamo -n "__velamo_is convert" -l all -x -a "(__fish_complete_directories)" -d "Convert every design below"
 complete -c velamo -n "__velamo_is convert" -l to -x -a "dst exp jef pcs pec pes" -d "Extension of the new files"
@@ -90,7 +98,7 @@ complete -c velamo -n "__velamo_is parse-length" -l unit -x -a "0 1 2" -d "Milli
 for command in info index dump convert edit render
     complete -c velamo -n "__velamo_is $command" -l confined-only -d "Read nothing where the system cannot confine it"
 end
-for command in info index dump convert edit
+for command in info index forget dump convert edit
     complete -c velamo -n "__velamo_is $command" -a "(__velamo_files $readable)"
 end
 complete -c velamo -n "__velamo_is render" -a "(__velamo_files $readable png svg pdf)"

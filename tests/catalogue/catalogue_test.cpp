@@ -16,9 +16,21 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 const DesignStamp stamp{.design = {100, 5}, .sideFile = FileStamp{7, 8}, .reader = 3};
-const DesignAttributes attributes{
-    .widthInMillimetres = 123.4F, .heightInMillimetres = 50, .stitches = 1000, .colors = 4};
+const DesignFacts facts{
+    .attributes = {.widthInMillimetres = 123.4F, .heightInMillimetres = 50, .stitches = 1000, .colors = 4},
+    .format = "PES",
+    .version = 10,
+    .jumps = 7,
+    .trims = 2,
+    .blocks = 3,
+    .length = 1234.5,
+    .threads = {{.color = 0xED171F, .name = "Red", .palette = "Brother", .stitches = 320, .length = 600},
+                {.color = {}, .name = {}, .palette = {}, .stitches = 1, .length = 0}},
+    .hoop = HoopFacts{"Janome", {}, 140, 200}};
+const Sha256 hash{std::byte{0xAB}, std::byte{0}, std::byte{7}};
+const FileFacts sound{facts, hash};
 const DesignFailure failure{"de.velamo.vlmdesign.ErrorDomain", 123, "too short"};
+const FileFacts broken{failure, hash};
 
 int rightsOf(const std::filesystem::path& path) {
     return static_cast<int>(std::filesystem::status(path).permissions());
@@ -59,7 +71,7 @@ protected:
 
 TEST_F(CatalogueFile, IsMadeWithItsFolderAndLayout) {
     { const auto catalogue = Catalogue::openForIndexing(file_); }
-    EXPECT_EQ(test::runSql(file_, "PRAGMA user_version"), "1");
+    EXPECT_EQ(test::runSql(file_, "PRAGMA user_version"), "2");
     EXPECT_EQ(test::runSql(file_, "PRAGMA application_id"), "1447841091");
     EXPECT_EQ(test::runSql(file_, "PRAGMA journal_mode"), "wal");
     EXPECT_THAT(test::pathsFound(Catalogue::openForSearching(file_)), IsEmpty());
@@ -69,8 +81,8 @@ TEST_F(CatalogueFile, KeepsWhatWasPutIn) {
     {
         auto catalogue = Catalogue::openForIndexing(file_);
         const auto folder = catalogue.putFolder("/a", "a");
-        catalogue.putDesign(folder, "rose.dst", stamp, attributes);
-        catalogue.putDesign(folder, "torn.dst", {.design = {3, 4}, .sideFile = {}, .reader = 3}, failure);
+        catalogue.putDesign(folder, "rose.dst", stamp, sound);
+        catalogue.putDesign(folder, "torn.dst", {.design = {3, 4}, .sideFile = {}, .reader = 3}, broken);
         catalogue.addRoot("/a");
         catalogue.commit();
     }
@@ -85,32 +97,55 @@ TEST_F(CatalogueFile, KeepsWhatWasPutIn) {
     EXPECT_EQ(designs.at("torn.dst").stamp.sideFile, std::nullopt);
     EXPECT_TRUE(designs.at("torn.dst").isBroken);
 
-    const auto found = catalogue.search({});
+    const auto found = catalogue.search({.withThreads = true});
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found[0].file, "/a/rose.dst");
-    EXPECT_EQ(found[0].attributes, attributes);
+    EXPECT_EQ(found[0].facts, facts);
+    EXPECT_EQ(found[0].hash, hash);
     EXPECT_EQ(found[0].modified, 5);
-    const auto broken = catalogue.search({.isBroken = true});
-    ASSERT_EQ(broken.size(), 1U);
-    EXPECT_EQ(broken[0].file, "/a/torn.dst");
-    EXPECT_EQ(broken[0].failure, failure);
+    EXPECT_THAT(catalogue.search({})[0].facts.threads, IsEmpty());
+    const auto torn = catalogue.search({.isBroken = true});
+    ASSERT_EQ(torn.size(), 1U);
+    EXPECT_EQ(torn[0].file, "/a/torn.dst");
+    EXPECT_EQ(torn[0].failure, failure);
+    EXPECT_EQ(torn[0].hash, hash);
 }
 
 TEST_F(CatalogueFile, ReplacesWhatWasKnown) {
     auto catalogue = Catalogue::openForIndexing(file_);
     const auto folder = catalogue.putFolder("/a", "a");
-    catalogue.putDesign(folder, "rose.dst", stamp, failure);
-    catalogue.putDesign(folder, "rose.dst", stamp, attributes);
-    EXPECT_EQ(catalogue.search({}).size(), 1U);
+    catalogue.putDesign(folder, "rose.dst", stamp, broken);
+    const auto id = catalogue.search({.isBroken = true}).at(0).id;
+    catalogue.putDesign(folder, "rose.dst", stamp, sound);
     EXPECT_THAT(catalogue.search({.isBroken = true}), IsEmpty());
+    EXPECT_EQ(catalogue.search({}).at(0).id, id);
+    DesignFacts fewer = facts;
+    fewer.threads.pop_back();
+    fewer.hoop.reset();
+    catalogue.putDesign(folder, "rose.dst", stamp, {fewer, {}});
+    const auto found = catalogue.search({.withThreads = true});
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].facts, fewer);
+    EXPECT_EQ(found[0].hash, std::nullopt);
+}
+
+TEST_F(CatalogueFile, GivesANumberToOneDesignAlone) {
+    auto catalogue = Catalogue::openForIndexing(file_);
+    const auto folder = catalogue.putFolder("/a", "a");
+    catalogue.putDesign(folder, "rose.dst", stamp, sound);
+    const auto id = catalogue.search({}).at(0).id;
     catalogue.removeDesign(folder, "rose.dst");
     EXPECT_THAT(catalogue.search({}), IsEmpty());
+    catalogue.putDesign(folder, "rose.dst", stamp, sound);
+    EXPECT_NE(catalogue.search({}).at(0).id, id);
+    catalogue.commit();
+    EXPECT_EQ(test::runSql(file_, "SELECT count(*) FROM threads"), "2");
 }
 
 TEST_F(CatalogueFile, UndoesWhatWasNotCommitted) {
     {
         auto catalogue = Catalogue::openForIndexing(file_);
-        catalogue.putDesign(catalogue.putFolder("/a", "a"), "rose.dst", stamp, attributes);
+        catalogue.putDesign(catalogue.putFolder("/a", "a"), "rose.dst", stamp, sound);
     }
     EXPECT_THAT(Catalogue::openForSearching(file_).search({}), IsEmpty());
 }
@@ -119,7 +154,7 @@ TEST_F(CatalogueFile, CommitsAFullBatchByItself) {
     {
         auto catalogue = Catalogue::openForIndexing(file_);
         const auto folder = catalogue.putFolder("/a", "a");
-        for (int i = 0; i < 600; ++i) catalogue.putDesign(folder, std::to_string(i) + ".dst", stamp, attributes);
+        for (int i = 0; i < 600; ++i) catalogue.putDesign(folder, std::to_string(i) + ".dst", stamp, sound);
     }
     EXPECT_EQ(Catalogue::openForSearching(file_).search({}).size(), 499U);  // the folder is the batch's first change
 }
@@ -127,7 +162,7 @@ TEST_F(CatalogueFile, CommitsAFullBatchByItself) {
 TEST_F(CatalogueFile, RemovesFoldersAtAndBelowAPath) {
     auto catalogue = Catalogue::openForIndexing(file_);
     for (const char* path : {"/a", "/a/b", "/a/b/c", "/a-b", "/ab", "/a0"})
-        catalogue.putDesign(catalogue.putFolder(path, path), "x.dst", stamp, attributes);
+        catalogue.putDesign(catalogue.putFolder(path, path), "x.dst", stamp, sound);
     const auto kept = *catalogue.findFolder("/a/b");
     EXPECT_EQ(catalogue.removeFolders(
                   "/a", [kept](Catalogue::FolderId id, const std::filesystem::path&) { return id == kept; }),
@@ -139,7 +174,7 @@ TEST_F(CatalogueFile, RemovesFoldersAtAndBelowAPath) {
 TEST_F(CatalogueFile, ForgetsEmptyFolders) {
     auto catalogue = Catalogue::openForIndexing(file_);
     catalogue.putFolder("/empty", "empty");
-    catalogue.putDesign(catalogue.putFolder("/a", "a"), "x.dst", stamp, attributes);
+    catalogue.putDesign(catalogue.putFolder("/a", "a"), "x.dst", stamp, sound);
     catalogue.removeEmptyFolders();
     EXPECT_EQ(catalogue.findFolder("/empty"), std::nullopt);
     EXPECT_NE(catalogue.findFolder("/a"), std::nullopt);
@@ -147,11 +182,40 @@ TEST_F(CatalogueFile, ForgetsEmptyFolders) {
 
 TEST_F(CatalogueFile, OfANewerLayoutIsRefusedAndLeftAlone) {
     { const auto catalogue = Catalogue::openForIndexing(file_); }
-    test::runSql(file_, "PRAGMA user_version = 2; CREATE TABLE future (x); PRAGMA wal_checkpoint(TRUNCATE)");
+    test::runSql(file_, "PRAGMA user_version = 3; CREATE TABLE future (x); PRAGMA wal_checkpoint(TRUNCATE)");
     const auto before = test::TemporaryFolder::read(file_);
-    EXPECT_THAT(refusalToIndex(), HasSubstr("newer version of velamo (layout 2, this one knows 1)"));
+    EXPECT_THAT(refusalToIndex(), HasSubstr("newer version of velamo (layout 3, this one knows 2)"));
     EXPECT_THAT(refusalToSearch(), HasSubstr("newer version of velamo"));
     EXPECT_EQ(test::TemporaryFolder::read(file_), before);
+}
+
+TEST_F(CatalogueFile, OfTheFirstLayoutKeepsItsDesignsToBeReadAgain) {
+    std::filesystem::create_directories(file_.parent_path());
+    test::runSql(file_, R"(
+        PRAGMA application_id = 1447841091; PRAGMA user_version = 1;
+        CREATE TABLE roots (path BLOB PRIMARY KEY) WITHOUT ROWID;
+        CREATE TABLE folders (id INTEGER PRIMARY KEY, path BLOB NOT NULL UNIQUE, words TEXT NOT NULL);
+        CREATE TABLE designs (folder INTEGER NOT NULL REFERENCES folders (id) ON DELETE CASCADE, name BLOB NOT NULL,
+            words TEXT NOT NULL, size INTEGER NOT NULL, modified INTEGER NOT NULL, side_size INTEGER,
+            side_modified INTEGER, reader INTEGER NOT NULL, width REAL, height REAL, stitches REAL, colors REAL,
+            failure_domain TEXT, failure_code INTEGER, failure_message TEXT, PRIMARY KEY (folder, name)) WITHOUT ROWID;
+        INSERT INTO roots VALUES (x'2F61');
+        INSERT INTO folders VALUES (4, x'2F61', 'a');
+        INSERT INTO designs VALUES (4, x'72', 'r', 100, 5, 7, 8, 3, 123.4, 50, 1000, 4, NULL, NULL, NULL);
+        INSERT INTO designs VALUES (4, x'74', 't', 1, 2, NULL, NULL, 3, NULL, NULL, NULL, NULL, 'd', 123, 'short');)");
+    const auto before = test::TemporaryFolder::read(file_);
+    EXPECT_THAT(refusalToSearch(), HasSubstr("run 'velamo index'"));
+    EXPECT_EQ(test::TemporaryFolder::read(file_), before);
+    auto catalogue = Catalogue::openForIndexing(file_);
+    EXPECT_THAT(catalogue.roots(), ElementsAre("/a"));
+    const auto designs = catalogue.designsIn(*catalogue.findFolder("/a"));
+    EXPECT_EQ(designs.at("r").stamp, (DesignStamp{.design = {100, 5}, .sideFile = FileStamp{7, 8}, .reader = 0}));
+    EXPECT_TRUE(designs.at("t").isBroken);
+    const auto found = catalogue.search({});
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].facts.attributes, (DesignAttributes{123.4F, 50, 1000, 4}));
+    EXPECT_EQ(found[0].facts.format, "");
+    EXPECT_EQ(test::runSql(file_, "SELECT count(*) FROM sqlite_master WHERE name = 'designs_1'"), "0");
 }
 
 TEST_F(CatalogueFile, OfAnOlderLayoutKeepsItsRootsAlone) {
@@ -187,7 +251,7 @@ TEST_F(CatalogueFile, ThatIsDamagedIsRefused) {
     {
         auto catalogue = Catalogue::openForIndexing(file_);
         const auto folder = catalogue.putFolder("/a", "a");
-        for (int i = 0; i < 400; ++i) catalogue.putDesign(folder, std::to_string(i) + ".dst", stamp, attributes);
+        for (int i = 0; i < 400; ++i) catalogue.putDesign(folder, std::to_string(i) + ".dst", stamp, sound);
         catalogue.commit();
     }
     auto bytes = test::TemporaryFolder::read(file_);
@@ -298,7 +362,7 @@ protected:
         putInto(catalogue, name);
     }
     static void putInto(Catalogue& catalogue, const char* name) {
-        catalogue.putDesign(catalogue.putFolder("/a", "a"), name, stamp, attributes);
+        catalogue.putDesign(catalogue.putFolder("/a", "a"), name, stamp, sound);
         catalogue.commit();
     }
     /// Leaves the file as a run leaves it that is killed after it has put another design in.
@@ -391,9 +455,9 @@ TEST_F(ReadOnlyCatalogue, ThatMayNotBeReadSaysSo) {
 TEST_F(CatalogueFile, IsSearchedWhileItIsIndexed) {
     auto indexing = Catalogue::openForIndexing(file_);
     const auto folder = indexing.putFolder("/a", "a");
-    indexing.putDesign(folder, "rose.dst", stamp, attributes);
+    indexing.putDesign(folder, "rose.dst", stamp, sound);
     indexing.commit();
-    indexing.putDesign(folder, "lily.dst", stamp, attributes);
+    indexing.putDesign(folder, "lily.dst", stamp, sound);
     EXPECT_THAT(test::pathsFound(Catalogue::openForSearching(file_)), ElementsAre("/a/rose.dst"));
 }
 

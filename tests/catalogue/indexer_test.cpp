@@ -33,7 +33,7 @@ protected:
         opened_ = 0;
         return test::runIndexer(catalogue_, folders, told_, readerNumber, [this](const std::filesystem::path& file) {
             ++opened_;
-            return test::readDirectly(file);
+            return readFacts(file);
         });
     }
     std::filesystem::path write(const std::filesystem::path& name, const test::Bytes& bytes = test::soundDst()) const {
@@ -63,7 +63,7 @@ TEST_F(Indexer, FindsDesignsInAllFolders) {
     EXPECT_THAT(found(), UnorderedElementsAre("rose.dst", "a/b/LILY.DST"));
     const auto rose = catalogue_.search({.words = {"rose"}});
     ASSERT_EQ(rose.size(), 1U);
-    EXPECT_EQ(rose[0].attributes, (DesignAttributes{10.0F, 0.0F, 11.0F, 1.0F}));
+    EXPECT_EQ(rose[0].facts.attributes, (DesignAttributes{10.0F, 0.0F, 11.0F, 1.0F}));
     EXPECT_EQ(told_.files, 2);
     EXPECT_NEAR(told_.finishedShare, 1.0, 1e-9);
     EXPECT_FALSE(told_.everWentBack);
@@ -85,7 +85,7 @@ TEST_F(Indexer, ReadsChangedFilesAgain) {
     write("rose.dst", test::soundDst(3));  // another size
     std::filesystem::last_write_time(lily, std::filesystem::last_write_time(lily) + std::chrono::nanoseconds(1));
     EXPECT_EQ(run(), (IndexSummary{.changed = 2}));
-    EXPECT_EQ(catalogue_.search({.words = {"rose"}})[0].attributes.stitches, 3.0F);
+    EXPECT_EQ(catalogue_.search({.words = {"rose"}})[0].facts.attributes.stitches, 3.0F);
     EXPECT_EQ(run(), (IndexSummary{.unchanged = 2}));
 }
 
@@ -367,8 +367,8 @@ TEST_F(AwayFolder, MayGoInTheMiddleOfARun) {
     observer.progress = [&](const IndexProgress&) {
         if (std::filesystem::exists(designs_ / "a")) takeAway("a");
     };
-    const DesignReader noReader = [](std::span<const std::filesystem::path> files) {
-        return std::vector<ReadOutcome>(files.size(), DesignAttributes{});
+    const FactsReader noReader = [](std::span<const std::filesystem::path> files) {
+        return std::vector<FactsOutcome>(files.size(), FileFacts{DesignFacts{}});
     };
     EXPECT_EQ(indexFolders(catalogue_, {{}}, {noReader}, 1, observer), (IndexSummary{.unchanged = 1}));
     EXPECT_THAT(told_.problems, ElementsAre(Pair(designs_ / "a", ENOENT)));
@@ -380,7 +380,7 @@ TEST_F(AwayFolder, MayGoWhileItsDesignsAreRead) {
     const auto summary =
         test::runIndexer(catalogue_, {designs_ / "a"}, told_, 2, [this](const std::filesystem::path& file) {
             if (std::filesystem::exists(designs_ / "a")) takeAway("a");
-            return test::readDirectly(file);
+            return readFacts(file);
         });
     EXPECT_EQ(summary, (IndexSummary{.isComplete = false}));
     EXPECT_THAT(found(), ElementsAre("a/rose.dst", "a/deep/tulip.dst"));
@@ -395,7 +395,7 @@ TEST_F(Indexer, FailsForANamedFolderThatIsNotThere) {
 TEST_F(Indexer, SurvivesAReaderThatThrows) {
     write("rose.dst");
     const auto summary = test::runIndexer(catalogue_, {designs_}, told_, 1,
-                                          [](const std::filesystem::path&) -> ReadOutcome { throw std::bad_alloc(); });
+                                          [](const std::filesystem::path&) -> FactsOutcome { throw std::bad_alloc(); });
     EXPECT_EQ(summary, (IndexSummary{.skipped = 1, .isComplete = false}));
     EXPECT_THAT(told_.problems, ElementsAre(Pair(designs_ / "rose.dst", ENOMEM)));
 }
@@ -405,16 +405,16 @@ TEST_F(Indexer, RecordsNothingOfAFileThatTheSystemFailsToRead) {
     write("rose.dst", test::soundDst(11));
     run();
     write("rose.dst", test::soundDst(13));
-    const auto readBadly = [](const std::filesystem::path&) -> ReadOutcome {
+    const auto readBadly = [](const std::filesystem::path&) -> FactsOutcome {
         return std::make_error_code(std::errc::io_error);
     };
     told_ = {};
     EXPECT_EQ(test::runIndexer(catalogue_, {designs_}, told_, 1, readBadly),
               (IndexSummary{.skipped = 1, .isComplete = false}));
     EXPECT_THAT(told_.problems, ElementsAre(Pair(designs_ / "rose.dst", EIO)));
-    EXPECT_EQ(catalogue_.search({}).at(0).attributes.stitches, 11.0F);
+    EXPECT_EQ(catalogue_.search({}).at(0).facts.attributes.stitches, 11.0F);
     EXPECT_EQ(run(), (IndexSummary{.changed = 1}));
-    EXPECT_EQ(catalogue_.search({}).at(0).attributes.stitches, 13.0F);
+    EXPECT_EQ(catalogue_.search({}).at(0).facts.attributes.stitches, 13.0F);
 }
 
 TEST_F(Indexer, TakesAFileThatVanishesMeanwhileAsVanished) {
@@ -423,7 +423,7 @@ TEST_F(Indexer, TakesAFileThatVanishesMeanwhileAsVanished) {
     write("rose.dst", test::soundDst(5));
     const auto summary = test::runIndexer(catalogue_, {designs_}, told_, 1, [&](const std::filesystem::path& file) {
         std::filesystem::remove(file);
-        return test::readDirectly(file);
+        return readFacts(file);
     });
     EXPECT_EQ(summary, (IndexSummary{.removed = 1}));
     EXPECT_THAT(told_.problems, IsEmpty());
@@ -439,8 +439,8 @@ TEST_F(Indexer, TakesAFolderThatVanishesMeanwhileAsVanished) {
     observer.progress = [&](const IndexProgress&) {
         if (!std::exchange(isWalking, true)) std::filesystem::remove_all(designs_ / "z");
     };
-    const DesignReader noReader = [](std::span<const std::filesystem::path> files) {
-        return std::vector<ReadOutcome>(files.size(), DesignAttributes{});
+    const FactsReader noReader = [](std::span<const std::filesystem::path> files) {
+        return std::vector<FactsOutcome>(files.size(), FileFacts{DesignFacts{}});
     };
     EXPECT_EQ(indexFolders(catalogue_, {{designs_}}, {noReader}, 1, observer),
               (IndexSummary{.unchanged = 1, .removed = 2}));
@@ -539,13 +539,13 @@ TEST_F(Indexer, TakesMoreFilesThanFitInItsQueue) {
 
 TEST_F(Indexer, HasManyReadersAtOnce) {
     for (int i = 0; i < 800; ++i) write(std::to_string(i % 9) + "/" + std::to_string(i) + ".dst");
-    const DesignReader reader = [](std::span<const std::filesystem::path> files) {
-        std::vector<ReadOutcome> outcomes;
-        for (const auto& file : files) outcomes.push_back(test::readDirectly(file));
+    const FactsReader reader = [](std::span<const std::filesystem::path> files) {
+        std::vector<FactsOutcome> outcomes;
+        for (const auto& file : files) outcomes.push_back(readFacts(file));
         return outcomes;
     };
     const auto summary =
-        indexFolders(catalogue_, {{designs_}}, std::vector<DesignReader>(16, reader), 1, told_.observer());
+        indexFolders(catalogue_, {{designs_}}, std::vector<FactsReader>(16, reader), 1, told_.observer());
     EXPECT_EQ(summary, (IndexSummary{.added = 800}));
     EXPECT_EQ(catalogue_.search({}).size(), 800U);
 }
@@ -598,7 +598,7 @@ TEST_F(IndexerWithoutPermission, ReportsAnUnreadableFileAndKeepsWhatItKnew) {
         write(rose, test::soundDst(7));
         const auto third = runWithout(rose, catalogue, designs_, told);
         return isReported && first == IndexSummary{.skipped = 1} && second == IndexSummary{.added = 1} &&
-               third == IndexSummary{.skipped = 1} && catalogue.search({}).at(0).attributes.stitches == 2.0F;
+               third == IndexSummary{.skipped = 1} && catalogue.search({}).at(0).facts.attributes.stitches == 2.0F;
     }));
 }
 

@@ -33,7 +33,7 @@ protected:
             test::Told told;
             test::runIndexer(catalogue, {designs_}, told, 1, [](const std::filesystem::path& file) {
                 std::this_thread::sleep_for(milliseconds(1));
-                return test::readDirectly(file);
+                return readFacts(file);
             });
         } catch (...) {
             ::_exit(1);

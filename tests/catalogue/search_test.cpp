@@ -16,14 +16,24 @@ struct Known {
     float stitches;
     float colors;
     std::int64_t modified;
+    const char* format = "DST";
+    std::int64_t blocks = 1;
 };
 const std::vector<Known> known{
-    {"/home/rose/Designs", "Lily.dst", 50, 60, 1000, 2, 30},
-    {"/home/rose/Designs/Flowers", "rose.dst", 123.4F, 40, 2000, 4, 10},
+    {"/home/rose/Designs", "Lily.dst", 50, 60, 1000, 2, 30, "PES", 3},
+    {"/home/rose/Designs/Flowers", "rose.dst", 123.4F, 40, 2000, 4, 10, "JEF+", 5},
     {"/home/rose/Designs/Flowers", "Ähre.dst", 100, 10.1F, 500, 1, 20},
     {"/home/rose/Designs/Flowers 2", "50%_off.dst", 99.9F, 10, 16'777'216, 12, 40},
     {"/home/rose/Designs/a_b", "x.dst", 0.5F, 0, 0, 1, 50},
 };
+
+FileFacts factsOf(const Known& design) {
+    DesignFacts facts;
+    facts.attributes = {design.width, design.height, design.stitches, design.colors};
+    facts.format = design.format;
+    facts.blocks = design.blocks;
+    return {.content = std::move(facts)};
+}
 
 class Search : public testing::Test {
 protected:
@@ -32,11 +42,10 @@ protected:
             const std::filesystem::path folder = design.folder;
             const auto words = std::filesystem::relative(folder, "/home/rose").native();
             catalogue_.putDesign(catalogue_.putFolder(folder, words), design.name,
-                                 {.design = {1, design.modified}, .sideFile = {}, .reader = 0},
-                                 DesignAttributes{design.width, design.height, design.stitches, design.colors});
+                                 {.design = {1, design.modified}, .sideFile = {}, .reader = 0}, factsOf(design));
         }
         catalogue_.putDesign(catalogue_.putFolder("/home/rose/Designs/Torn", "Designs/Torn"), "torn.dst", {},
-                             DesignFailure{"domain", 123, "too short"});
+                             {.content = DesignFailure{"domain", 123, "too short"}});
     }
     [[nodiscard]] std::vector<std::string> names(const SearchRequest& request) const {
         std::vector<std::string> names;
@@ -99,9 +108,33 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"Stitches", {.stitches = NumberRange{1000, 2000}}, {"Lily.dst", "rose.dst"}},
                     Row{"Colors", {.colors = NumberRange{{}, 2}}, {"Lily.dst", "x.dst", "Ähre.dst"}},
                     Row{"TwoAtOnce", {.width = NumberRange{{}, 100}, .colors = NumberRange{2, 4}}, {"Lily.dst"}},
+                    Row{"Blocks", {.blocks = NumberRange{2, 5}}, {"Lily.dst", "rose.dst"}},
                     Row{"BeyondAllFloats", {.width = NumberRange{1e300, {}}}, {}},
                     Row{"Zero", {.stitches = NumberRange{0, 0}}, {"x.dst"}}),
     [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Formats, SearchRows,
+                         testing::Values(Row{"One", {.formats = {"pes"}}, {"Lily.dst"}},
+                                         Row{"OneOfTwo", {.formats = {"JEF+", "PES"}}, {"Lily.dst", "rose.dst"}},
+                                         Row{"None", {.formats = {"JEF"}}, {}},
+                                         Row{"QuotesAreThemselves", {.formats = {"') OR (1=1"}}, {}}),
+                         [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Hoops, SearchRows,
+                         testing::Values(Row{"JustFits", {.field = SewingField{50, 60}}, {"Lily.dst", "x.dst"}},
+                                         Row{"EitherWayRound", {.field = SewingField{60, 50}}, {"Lily.dst", "x.dst"}},
+                                         Row{"TooNarrow", {.field = SewingField{60, 49.9}}, {"x.dst"}},
+                                         Row{"NumbersAreThoseOfFloats",
+                                             {.field = SewingField{40, 123.4}},
+                                             {"50%_off.dst", "rose.dst", "x.dst", "Ähre.dst"}},
+                                         Row{"Large", {.field = SewingField{1000, 1000}}, all}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(Search, CountsAllThatItFinds) {
+    EXPECT_EQ(catalogue_.count({}), 5);
+    EXPECT_EQ(catalogue_.count({.words = {"flowers"}, .limit = 1, .offset = 2}), 3);
+    EXPECT_EQ(catalogue_.count({.words = {"zzz"}}), 0);
+}
 
 INSTANTIATE_TEST_SUITE_P(
     Orders, SearchRows,
@@ -115,6 +148,8 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"Date", {.sortKey = SortKey::date}, {"rose.dst", "Ähre.dst", "Lily.dst", "50%_off.dst", "x.dst"}},
         Row{"NameReversed", {.isReversed = true}, {all.rbegin(), all.rend()}},
         Row{"Limit", {.sortKey = SortKey::date, .limit = 2}, {"rose.dst", "Ähre.dst"}},
+        Row{"Offset", {.limit = 2, .offset = 1}, {"Lily.dst", "rose.dst"}},
+        Row{"OffsetWithoutLimit", {.offset = 3}, {"x.dst", "Ähre.dst"}}, Row{"OffsetBehindTheEnd", {.offset = 99}, {}},
         Row{"LimitOfReversed", {.sortKey = SortKey::date, .isReversed = true, .limit = 1}, {"x.dst"}}),
     [](const auto& row) { return row.param.name; });
 

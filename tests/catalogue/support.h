@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sqlite3.h>
-
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -11,8 +9,8 @@
 
 #include "catalogue/indexer.h"
 #include "tests/support/dst.h"
+#include "tests/support/run_sql.h"
 #include "tests/support/temporary_folder.h"
-#include "velamo/formats/import.h"
 
 namespace velamo::test {
 
@@ -44,21 +42,20 @@ struct Told {
     }
 };
 
-/// Reads without the plug-in: what is under test is the indexer.
-inline ReadOutcome readDirectly(const std::filesystem::path& file) {
-    VLMDesign design;
-    VLMError error;
-    if (importDesignFromURLerror(design, file, &error)) return attributesOfDesign(design);
-    if (const auto reason = reasonAgainstReading(file)) return reason;
-    return DesignFailure{std::string(error.domain), error.code, error.message()};
+/// What is known of a design with these attributes alone.
+inline FileFacts factsWith(const DesignAttributes& attributes) {
+    DesignFacts facts;
+    facts.attributes = attributes;
+    facts.format = "DST";
+    return {.content = std::move(facts)};
 }
 
-using FileReader = std::function<ReadOutcome(const std::filesystem::path& file)>;
+using FileReader = std::function<FactsOutcome(const std::filesystem::path& file)>;
 
 inline IndexSummary runIndexer(Catalogue& catalogue, const std::vector<std::filesystem::path>& folders, Told& told,
-                               std::int64_t readerNumber = 1, const FileReader& readFile = readDirectly) {
-    const DesignReader reader = [readFile](std::span<const std::filesystem::path> files) {
-        std::vector<ReadOutcome> outcomes;
+                               std::int64_t readerNumber = 1, const FileReader& readFile = readFacts) {
+    const FactsReader reader = [readFile](std::span<const std::filesystem::path> files) {
+        std::vector<FactsOutcome> outcomes;
         for (const auto& file : files) outcomes.push_back(readFile(file));
         return outcomes;
     };
@@ -70,22 +67,6 @@ inline std::vector<std::string> pathsFound(const Catalogue& catalogue, const Sea
     std::vector<std::string> paths;
     for (const FoundDesign& design : catalogue.search(request)) paths.push_back(design.file.native());
     return paths;
-}
-
-/// Runs SQL on a file behind the catalogue's back; the first column of the last row, as text.
-inline std::string runSql(const std::filesystem::path& file, const std::string& sql) {
-    sqlite3* database = nullptr;
-    ::sqlite3_open(file.c_str(), &database);
-    std::string last;
-    ::sqlite3_exec(
-        database, sql.c_str(),
-        [](void* text, int count, char** columns, char**) {
-            if (count > 0 && columns[0] != nullptr) *static_cast<std::string*>(text) = columns[0];
-            return 0;
-        },
-        &last, nullptr);
-    ::sqlite3_close(database);
-    return last;
 }
 
 }  // namespace velamo::test

@@ -12,6 +12,7 @@
 #include "tests/cli/support.h"
 #include "tests/support/environment.h"
 #include "tests/support/janome_files.h"
+#include "tests/support/run_sql.h"
 
 namespace velamo {
 namespace {
@@ -64,7 +65,13 @@ TEST_F(IndexAndSearch, FindWhatWasIndexed) {
     EXPECT_EQ(search({"--width", "2.."}).out, "no design found\n");
     EXPECT_EQ(search({"--width", "2.."}).status, 0);
     EXPECT_THAT(search({"--folder", (designs_ / "flowers/").native()}).out, HasSubstr("\n1 design\n"));
-    EXPECT_THAT(search({"--limit", "1", "--reverse"}).out, HasSubstr("rose.dst\n1 design\n"));
+    EXPECT_THAT(search({"--limit", "1", "--reverse"}).out, HasSubstr("rose.dst\n1 of 2 designs\n"));
+    EXPECT_THAT(search({"--offset", "1"}).out, HasSubstr("rose.dst\n1 of 2 designs\n"));
+    EXPECT_THAT(search({"--offset", "2"}).out, HasSubstr("Design\n0 of 2 designs\n"));
+    EXPECT_THAT(search({"--format", "pes,dst", "--hoop", "5x10", "--blocks", "2"}).out, HasSubstr("\n2 designs\n"));
+    EXPECT_EQ(search({"--format", "pes"}).out, "no design found\n");
+    EXPECT_EQ(search({"--hoop", "5x5"}).out, "no design found\n");
+    EXPECT_EQ(search({"--blocks", "3.."}).out, "no design found\n");
 }
 
 TEST_F(IndexAndSearch, GiveJson) {
@@ -73,10 +80,17 @@ TEST_F(IndexAndSearch, GiveJson) {
                                                std::chrono::sys_seconds(std::chrono::seconds(1709210096))));
     write("torn.dst", test::bytes('L', 'A', ':'));
     static_cast<void>(index({designs_}));
+    const std::string thread =
+        R"({"color":null,"name":null,"palette":null,"stitches":1,"length":0.0})";  // the file does not tell
     EXPECT_EQ(
         search({"--json"}).out,
         "[\n  {\"file\":\"" + (designs_ / "rose.dst").native() +
-            "\",\"modified\":\"2024-02-29T12:34:56Z\",\"width\":1.0,\"height\":8.1,\"stitches\":3,\"colors\":1}\n]\n");
+            R"(","modified":"2024-02-29T12:34:56Z","width":1.0,"height":8.1,"stitches":3,"colors":1,"format":"DST",)"
+            R"("version":10,"blocks":2,"jumps":1,"trims":0,"length":0.0,"threads":[)" +
+            thread + "," + thread +
+            R"(],"hoop":null,"hash":"3685b9cdb31366fe8fe4840e2ac7782e55514a473df95075a6f82650c46444a5",)"
+            R"("away":false})"
+            "\n]\n");
     EXPECT_EQ(search({"--json", "nothing"}).out, "[]\n");
     const auto broken = search({"--json", "--broken"}).json();
     ASSERT_EQ(broken.size(), 1U);
@@ -138,7 +152,35 @@ TEST_F(IndexAndSearch, KeepAFolderThatIsAway) {
     const auto named = index({designs_});
     EXPECT_EQ(named.status, 1);
     EXPECT_EQ(named.problems, problem);
-    EXPECT_THAT(search({}).out, HasSubstr("rose.dst\n1 design\n"));
+    EXPECT_THAT(search({}).out, HasSubstr("rose.dst  (away)\n1 design\n"));
+    EXPECT_EQ(search({"--json"}).json()[0]["away"], true);
+}
+
+TEST_F(IndexAndSearch, KeepADiskWhoseMountPointIsEmpty) {
+    write("stick/rose.dst");
+    write("lily.dst");
+    static_cast<void>(index({designs_}));
+    const auto stick = designs_ / "stick";
+    std::filesystem::remove(stick / "rose.dst");
+    test::runSql(catalogue_, "UPDATE folders SET device = device + 1");  // as if there had been a disk
+    const auto again = index({});
+    EXPECT_EQ(again.status, 0);
+    EXPECT_EQ(again.problems, "velamo: " + stick.native() +
+                                  ": it is empty, and its disk is not there; the catalogue keeps what it knows of it "
+                                  "(error 19)\n");
+    EXPECT_THAT(again.out, HasSubstr("1 unchanged; 0 removed"));
+    EXPECT_THAT(search({"rose"}).out, HasSubstr("rose.dst  (away)\n"));
+    EXPECT_THAT(search({"lily"}).out, HasSubstr("lily.dst\n"));
+    EXPECT_EQ(index({stick}).status, 1);
+    write("stick/other.dst");
+    EXPECT_THAT(index({}).out, HasSubstr("1 new, 0 changed, 1 unchanged; 1 removed"));
+}
+
+TEST_F(IndexAndSearch, RemoveWhatWasEmptied) {
+    const auto rose = write("stick/rose.dst");
+    static_cast<void>(index({designs_}));
+    std::filesystem::remove(rose);
+    EXPECT_THAT(index({}).out, HasSubstr("1 removed"));
 }
 
 TEST_F(IndexAndSearch, ShowNumbersForAPerson) {

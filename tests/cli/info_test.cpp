@@ -3,12 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <map>
 
 #include "tests/cli/support.h"
 #include "tests/support/environment.h"
 #include "tests/support/janome_files.h"
+#include "tests/support/samples.h"
 #include "tests/support/vp3_file.h"
+#include "velamo/formats/format.h"
 
 namespace velamo {
 namespace {
@@ -54,6 +57,42 @@ TEST_F(Info, GivesFiguresAsJson) {
     EXPECT_EQ(json[1]["file"], torn_);
     EXPECT_EQ(json[1]["error"]["code"], 123);
     EXPECT_EQ(call({"info", "--json", sound_}).json().size(), 1U);
+}
+
+TEST_F(Info, TellsWhatAnIndexerGets) {
+    const auto outcome = call({"info", "--plugin", torn_, sound_});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, sound_ + "\n  width     1.0 mm\n  height    8.1 mm\n  stitches  3\n  colors    1\n");
+    EXPECT_EQ(outcome.problems, "velamo: " + torn_ + ": Unable to import DST file (missing header). (error 123)\n");
+    const auto json = call({"info", "--plugin", "--json", sound_, torn_, "/nowhere.dst"}).json();
+    EXPECT_EQ(json[0], (test::Json{{"file", sound_}, {"width", 1.0}, {"height", 8.1}, {"stitches", 3}, {"colors", 1}}));
+    EXPECT_EQ(json[1]["error"]["code"], 123);
+    EXPECT_EQ(json[2]["error"]["code"], ENOENT);
+}
+
+/// The catalogue reads designs without the plug-in: both must say the same.
+TEST_F(Info, IsToldTheSameByThePlugin) {
+    std::vector<std::string> files;
+    for (const Format& format : allFormats()) {
+        auto bytes = test::sampleFile(format.extension);
+        files.push_back(folder_.write("sample." + std::string(format.extension), bytes));
+        bytes.resize(bytes.size() * 2 / 3);
+        files.push_back(folder_.write("cut." + std::string(format.extension), bytes));
+    }
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(VELAMO_SAMPLES))
+        if (hasDesignName(entry.path())) files.push_back(entry.path());
+    std::vector<std::string> arguments{"info", "--json"};
+    arguments.insert(arguments.end(), files.begin(), files.end());
+    const auto read = call(arguments).json();
+    arguments.insert(arguments.begin() + 1, "--plugin");
+    const auto told = call(arguments).json();
+    ASSERT_EQ(read.size(), files.size());
+    ASSERT_EQ(told.size(), files.size());
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        auto expected = read[i];
+        expected.erase("statistics");
+        EXPECT_EQ(told[i], expected) << files[i];
+    }
 }
 
 struct WordsRow {

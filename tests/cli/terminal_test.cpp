@@ -80,8 +80,8 @@ TEST_F(OnTerminal, TextsOfACatalogueAreShown) {
     {
         auto foreign = Catalogue::openForIndexing(catalogue());
         const auto folder = foreign.putFolder("/" + commands, "words");
-        foreign.putDesign(folder, "a.dst", {}, DesignFailure{commands, 1, "first\n" + commands});
-        foreign.putDesign(folder, "b.dst", {}, DesignAttributes{});
+        foreign.putDesign(folder, "a.dst", {}, {.content = DesignFailure{commands, 1, "first\n" + commands}});
+        foreign.putDesign(folder, "b.dst", {}, {.content = DesignFacts{}});
         foreign.addRoot("/" + commands);
         foreign.commit();
     }
@@ -94,7 +94,7 @@ TEST_F(OnTerminal, TextsOfACatalogueAreShown) {
 
 TEST_F(OnTerminal, WhatALoaderSaysIsShown) {
     const test::Variable importer("VELAMO_IMPORTER", folder_.write("\x1b[2J.so", "no module"));
-    EXPECT_THAT(shown({"index", "--catalogue", catalogue(), folder_.path()}), HasSubstr("\\x1b[2J.so"));
+    EXPECT_THAT(shown({"info", "--plugin", "rose.dst"}), HasSubstr("\\x1b[2J.so"));
 }
 
 TEST_F(OnTerminal, PalettesAreShown) {

@@ -31,26 +31,30 @@ TEST_P(WrongUsage, EndsWithTwoAndSaysWhatIsWrong) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, WrongUsage,
-    testing::Values(Row{{}, "Usage: velamo"}, Row{{"frobnicate"}, "frobnicate"}, Row{{"info"}, "FILE"},
-                    Row{{"dump"}, "FILE"}, Row{{"dump", "a.dst", "b.dst"}, "b.dst"},
-                    Row{{"info", "--frob", "a"}, "--frob"}, Row{{"format-length"}, "MM"},
-                    Row{{"format-length", "abc"}, "abc"}, Row{{"format-length", "--unit", "3", "1"}, "--unit"},
-                    Row{{"parse-length", "--unit", "x", "1"}, "--unit"}, Row{{"index", "--jobs", "0", "x"}, "--jobs"},
-                    Row{{"index", "--jobs", "many", "x"}, "--jobs"},
-                    Row{{"search", "--width", "abc"},
-                        "--width: expected a number such as 50, or a range such as 50..100, ..100 or 50.., not 'abc'"},
-                    Row{{"search", "--colors", "4..1"}, "--colors: expected"},
-                    Row{{"search", "--height", ""}, "--height"}, Row{{"search", "--stitches", "-5"}, "--stitches"},
-                    Row{{"search", "--sort", "size"}, "--sort"}, Row{{"search", "--limit", "0"}, "--limit"},
-                    Row{{"search", "--json", "--print0"}, "--print0"},
-                    Row{{"search", "--broken", "--width", "5"}, "--broken"}, Row{{"palettes", "x"}, "x"},
-                    Row{{"desktop"}, "subcommand"}, Row{{"desktop", "refresh", "--frob"}, "--frob"}));
+    testing::Values(
+        Row{{}, "Usage: velamo"}, Row{{"frobnicate"}, "frobnicate"}, Row{{"info"}, "FILE"}, Row{{"dump"}, "FILE"},
+        Row{{"dump", "a.dst", "b.dst"}, "b.dst"}, Row{{"info", "--frob", "a"}, "--frob"}, Row{{"format-length"}, "MM"},
+        Row{{"format-length", "abc"}, "abc"}, Row{{"format-length", "--unit", "3", "1"}, "--unit"},
+        Row{{"parse-length", "--unit", "x", "1"}, "--unit"}, Row{{"index", "--jobs", "0", "x"}, "--jobs"},
+        Row{{"index", "--jobs", "many", "x"}, "--jobs"},
+        Row{{"search", "--width", "abc"},
+            "--width: expected a number such as 50, or a range such as 50..100, ..100 or 50.., not 'abc'"},
+        Row{{"search", "--colors", "4..1"}, "--colors: expected"}, Row{{"search", "--height", ""}, "--height"},
+        Row{{"search", "--stitches", "-5"}, "--stitches"}, Row{{"search", "--sort", "size"}, "--sort"},
+        Row{{"search", "--limit", "0"}, "--limit"}, Row{{"search", "--json", "--print0"}, "--print0"},
+        Row{{"search", "--format", "hus"}, "--format: 'hus' is none of jef, jef+, jpx, pes"},
+        Row{{"search", "--hoop", "big"}, "--hoop: expected a size in millimetres such as 100x100"},
+        Row{{"search", "--offset", "-1"}, "--offset"}, Row{{"search", "--broken", "--format", "pes"}, "--broken"},
+        Row{{"search", "--broken", "--hoop", "9x9"}, "--broken"},
+        Row{{"info", "--plugin", "--picture", "a.dst"}, "--picture"},
+        Row{{"search", "--broken", "--width", "5"}, "--broken"}, Row{{"palettes", "x"}, "x"},
+        Row{{"desktop"}, "subcommand"}, Row{{"desktop", "refresh", "--frob"}, "--frob"}));
 
 TEST(Help, IsThereForEveryCommand) {
     EXPECT_EQ(call({"--help"}).status, 0);
     EXPECT_THAT(call({"--help"}).out, HasSubstr("Exit status"));
-    for (const char* command : {"info", "index", "search", "dump", "convert", "edit", "render", "palettes", "hoops",
-                                "desktop", "format-length", "parse-length"}) {
+    for (const char* command : {"info", "index", "search", "forget", "dump", "convert", "edit", "render", "palettes",
+                                "hoops", "desktop", "format-length", "parse-length"}) {
         EXPECT_THAT(call({"--help"}).out, HasSubstr(command));
         const auto outcome = call({command, "--help"});
         EXPECT_EQ(outcome.status, 0);

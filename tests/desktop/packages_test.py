@@ -129,11 +129,13 @@ class Program(PackageTest):
         found = json.loads(self.run_program("velamo", "search", "--json", "--width", "..60", "--colors", "3..").stdout)
         self.assertEqual([(Path(design["file"]).name, design["stitches"]) for design in found], [("rose.dst", 6872)])
 
-    def test_its_own_plug_in_reads_the_designs(self):
-        """With something else in its place it can read none."""
+    def test_asks_its_own_plug_in(self):
+        rose = desktop.SAMPLES / "rose.dst"
+        told = json.loads(self.run_program("velamo", "info", "--plugin", "--json", rose).stdout)
+        self.assertEqual(told, [{"file": str(rose), "width": 38.6, "height": 64.0, "stitches": 6872, "colors": 5}])
         other = self.home / "other.so"
         other.write_text("no plug-in")
-        refused = self.run_program("velamo", "index", desktop.SAMPLES, status=1, VELAMO_IMPORTER=str(other))
+        refused = self.run_program("velamo", "info", "--plugin", rose, status=1, VELAMO_IMPORTER=str(other))
         self.assertIn(str(other), refused.stderr)
 
     def test_speaks_german(self):

@@ -125,6 +125,8 @@ std::optional<FolderListing> FolderWalk::list(Pending pending) {
                           .entries = {},
                           .deadLinks = {},
                           .error = handle.error,
+                          .device = 0,
+                          .isEmpty = true,
                           .share = pending.share};
     if (handle.error) return listing;
     struct stat status = {};
@@ -132,7 +134,8 @@ std::optional<FolderListing> FolderWalk::list(Pending pending) {
         listing.error = systemError(errno);
         return listing;
     }
-    if (!listed_.insert({static_cast<std::uint64_t>(status.st_dev), status.st_ino}).second) return std::nullopt;
+    listing.device = static_cast<std::uint64_t>(status.st_dev);
+    if (!listed_.insert({listing.device, status.st_ino}).second) return std::nullopt;
     readNames(handle, listing);
     return listing;
 }
@@ -144,6 +147,7 @@ void FolderWalk::readNames(const FolderHandle& handle, FolderListing& listing) {
     while (const dirent* entry = ::readdir(handle.stream)) {  // NOLINT(concurrency-mt-unsafe): a stream of its own
         const char* name = entry->d_name;
         if (!isFolderItself(name)) {
+            listing.isEmpty = false;
             NameKind kind = kindOf(*entry);
             if (kind == NameKind::unknown) kind = askedKind(handle.number(), name);
             if (kind == NameKind::folder) pending_.push_back({listing.folder / name, 0});

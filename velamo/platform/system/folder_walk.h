@@ -29,6 +29,8 @@ struct FolderListing {
     std::vector<FolderEntry> entries;  // those wanted, in the system's order
     std::set<std::string> deadLinks;   // names of links that lead nowhere today, wanted or not
     std::error_code error;             // why the folder could not be read, or not to its end
+    std::uint64_t device = 0;          // the number of the disk that it is on
+    bool isEmpty = true;               // no name at all is in it
     double share = 0;                  // its part of the whole walk, see FolderWalk::finishedShare
 };
 

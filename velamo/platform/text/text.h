@@ -12,7 +12,12 @@
 
 namespace velamo {
 
-/// The letter of the Latin alphabet as a small one; any other character as it is.
+/// The letter of the Latin alphabet as a capital; any other character as it is.
+[[nodiscard]] constexpr char upperCase(char letter) noexcept {
+    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+}
+
+/// The letter as a small one.
 [[nodiscard]] constexpr char lowerCase(char letter) noexcept {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
