@@ -82,6 +82,7 @@ constexpr std::array<const char*, catalogueLayout> steps{
         stitches INTEGER NOT NULL,
         length REAL NOT NULL,
         PRIMARY KEY (design, position)) WITHOUT ROWID;
+    CREATE INDEX threads_by_color ON threads (color, design);
     INSERT INTO designs (folder, name, words, size, modified, side_size, side_modified, reader, width, height, stitches,
                          colors, failure_domain, failure_code, failure_message)
         SELECT folder, name, words, size, modified, side_size, side_modified, 0, width, height, stitches,

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string_view>
 #include <variant>
@@ -103,6 +104,12 @@ public:
         parameters_.emplace_back(asStored(std::min(field.width, field.height)));
         parameters_.emplace_back(asStored(std::max(field.width, field.height)));
     }
+    void addColors(const std::vector<std::uint32_t>& colors) {
+        sql_ += " AND designs.id IN (SELECT design FROM threads WHERE color IN (SELECT value FROM json_each(?)))";
+        std::string list = "[";
+        for (const std::uint32_t color : colors) list.append(list.size() > 1 ? "," : "").append(std::to_string(color));
+        parameters_.emplace_back(list + ']');
+    }
     void addLimit(std::optional<std::int64_t> limit, std::int64_t offset) {
         constexpr std::int64_t none = -1;
         sql_ += " LIMIT ? OFFSET ?";
@@ -135,7 +142,30 @@ private:
     std::vector<Parameter> parameters_;
 };
 
-Query queryFor(std::string_view what, const SearchRequest& request) {
+/// All colours that threads have. Few are many threads', so each is looked for behind the last one.
+std::vector<std::uint32_t> colorsIn(const Database& database) {
+    std::vector<std::uint32_t> colors;
+    Statement row = database.prepare("SELECT min(color) FROM threads WHERE color > ?");
+    std::int64_t last = -1;
+    while (row.bind(1, last).next() && !row.isNothing(0)) {
+        last = row.integer(0);
+        row.reset();
+        colors.push_back(static_cast<std::uint32_t>(last));
+    }
+    return colors;
+}
+
+void addColors(Query& query, const std::vector<ColorTest>& tests, const Database& database) {
+    if (tests.empty()) return;
+    const auto all = colorsIn(database);
+    for (const ColorTest& test : tests) {
+        std::vector<std::uint32_t> meant;
+        std::copy_if(all.begin(), all.end(), std::back_inserter(meant), test);
+        query.addColors(meant);
+    }
+}
+
+Query queryFor(std::string_view what, const SearchRequest& request, const Database& database) {
     Query query(what, request.isBroken);
     query.addWords(request.words);
     query.addRange("width", request.width);
@@ -146,6 +176,7 @@ Query queryFor(std::string_view what, const SearchRequest& request) {
     query.addFormats(request.formats);
     if (request.field) query.addField(*request.field);
     if (request.folder) query.addFolder(*request.folder);
+    addColors(query, request.has, database);
     return query;
 }
 
@@ -211,7 +242,7 @@ void readThreads(const Database& database, std::vector<FoundDesign>& designs) {
 }  // namespace
 
 std::vector<FoundDesign> searchDesigns(const Database& database, const SearchRequest& request) {
-    Query query = queryFor(columns, request);
+    Query query = queryFor(columns, request, database);
     query.addOrder(request.sortKey, request.isReversed);
     query.addLimit(request.limit, request.offset);
     Statement rows = query.prepare(database);
@@ -222,7 +253,7 @@ std::vector<FoundDesign> searchDesigns(const Database& database, const SearchReq
 }
 
 std::int64_t countDesigns(const Database& database, const SearchRequest& request) {
-    Statement row = queryFor(onlyCount, request).prepare(database);
+    Statement row = queryFor(onlyCount, request, database).prepare(database);
     return row.next() ? row.integer(0) : 0;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/color_words.h"
 #include "catalogue/number_range.h"
 #include "catalogue/sewing_field.h"
 #include "reading/design_facts.h"
@@ -28,6 +29,7 @@ struct SearchRequest {
     std::optional<NumberRange> blocks = {};            // of colour, which sew
     std::vector<std::string> formats = {};             // one of them, such as "DST"; in any case
     std::optional<SewingField> field = {};             // the design fits into it, lengthwise or crosswise
+    std::vector<ColorTest> has = {};                   // each is true of one of the threads that sew
     std::optional<std::filesystem::path> folder = {};  // absolute; the design lies in it or below
     bool isBroken = false;                             // the files that could not be read, instead of designs
     SortKey sortKey = SortKey::name;

@@ -233,6 +233,14 @@ std::string formatOption(const std::string& text) {
     throw CLI::ValidationError("--format", "'" + text + "' is none of " + known);
 }
 
+ColorTest colorOption(const std::string& text) {
+    if (auto test = parseColor(text)) return *std::move(test);
+    std::string known;
+    for (const ColorName& name : colorNames) known.append(known.empty() ? "" : ", ").append(name.english);
+    throw CLI::ValidationError("--has",
+                               "expected " + std::string(colorForms) + ", not '" + text + "'; the names are " + known);
+}
+
 /// More options that broken files have nothing for.
 std::vector<CLI::Option*> describeFacts(CLI::App& command, SearchRequest& request) {
     auto* format = command
@@ -258,7 +266,18 @@ std::vector<CLI::Option*> describeFacts(CLI::App& command, SearchRequest& reques
                 },
                 "What fits into the hoop, lengthwise or crosswise: 100x100 (mm), or \"Janome B\" (see velamo hoops)")
             ->type_name("HOOP");
-    return {format, hoop};
+    auto* has = command
+                    .add_option_function<std::vector<std::string>>(
+                        "--has",
+                        [&request](const std::vector<std::string>& texts) {
+                            for (const std::string& text : texts) request.has.push_back(colorOption(text));
+                        },
+                        "Designs with a thread of this color, such as red, or much like #rrggbb; given again, with all "
+                        "of them")
+                    ->expected(1)
+                    ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+                    ->type_name("COLOR");
+    return {format, hoop, has};
 }
 
 void describeOrder(CLI::App& command, SearchRequest& request) {

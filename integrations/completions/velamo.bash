@@ -41,6 +41,7 @@ _velamo() {
     --to) _velamo_words "${writable//|/ }" "$word"; return ;;
     --sort) _velamo_words 'name width height stitches colors date' "$word"; return ;;
     --format) _velamo_words "${readable//|/ }" "$word"; return ;;
+    --has) _velamo_words 'black grey white brown beige gold yellow orange red pink magenta purple blue turquoise green olive' "$word"; return ;;
     --unit) _velamo_words '0 1 2' "$word"; return ;;
     --vendor) _velamo_words 'Janome Pfaff' "$word"; return ;;
     --width | --height | --stitches | --colors | --blocks | --hoop | --limit | --offset | --jobs | --date | --scale | --size | --thread | -e) return ;;
@@ -49,7 +50,7 @@ _velamo() {
     info) options='--json --picture --plugin --confined-only' ;;
     index) options='--jobs --catalogue --confined-only' ;;
     dump) options='--confined-only' ;;
-    search) options='--width --height --stitches --colors --blocks --format --hoop --sort --reverse --limit --offset --folder --broken --json --print0 --catalogue' ;;
+    search) options='--width --height --stitches --colors --blocks --format --hoop --has --sort --reverse --limit --offset --folder --broken --json --print0 --catalogue' ;;
     forget) options='--catalogue' ;;
     convert) options='--all --to --out --jobs --date --dump --confined-only' ;;
     edit) options='-e -f -o --dump --confined-only' ;;

@@ -50,6 +50,7 @@ complete -c velamo -n "__velamo_is search" -l colors -x -d "Number of different 
 complete -c velamo -n "__velamo_is search" -l blocks -x -d "Number of color blocks"
 complete -c velamo -n "__velamo_is search" -l format -x -a "$readable" -d "Files of this format"
 complete -c velamo -n "__velamo_is search" -l hoop -x -d "What fits into it, 100x100"
+complete -c velamo -n "__velamo_is search" -l has -x -a "black grey white brown beige gold yellow orange red pink magenta purple blue turquoise green olive" -d "With a thread of this color"
 complete -c velamo -n "__velamo_is search" -l sort -x -a "name width height stitches colors date" -d "Order"
 complete -c velamo -n "__velamo_is search" -l reverse -d "Turn the order round"
 complete -c velamo -n "__velamo_is search" -l limit -x -d "Print at most so many"

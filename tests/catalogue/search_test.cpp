@@ -130,6 +130,32 @@ INSTANTIATE_TEST_SUITE_P(Hoops, SearchRows,
                                          Row{"Large", {.field = SewingField{1000, 1000}}, all}),
                          [](const auto& row) { return row.param.name; });
 
+TEST_F(Search, LooksForThreads) {
+    const auto folder = catalogue_.putFolder("/home/rose/Designs/Flowers", "Designs/Flowers");
+    const auto put = [&](const char* name, const std::vector<std::optional<std::uint32_t>>& colors) {
+        DesignFacts facts;
+        facts.format = "PES";
+        for (const auto& color : colors)
+            facts.threads.push_back({.color = color, .name = {}, .palette = {}, .stitches = 1, .length = 1});
+        catalogue_.putDesign(folder, name, {}, {.content = facts});
+    };
+    put("poppy.pes", {0xED171F, 0x276C3B});
+    put("blood.pes", {0x8B0000});
+    put("grass.pes", {0x276C3B, {}, 0x32CD32});
+    const auto having = [this](const std::vector<std::string>& colors) {
+        SearchRequest request;
+        for (const auto& color : colors) request.has.push_back(*parseColor(color));
+        return names(request);
+    };
+    EXPECT_EQ(having({"red"}), (std::vector<std::string>{"blood.pes", "poppy.pes"}));
+    EXPECT_EQ(having({"red", "grün"}), (std::vector<std::string>{"poppy.pes"}));
+    EXPECT_EQ(having({"#ED1720"}), (std::vector<std::string>{"poppy.pes"}));
+    EXPECT_EQ(having({"blue"}), (std::vector<std::string>{}));
+    put("poppy.pes", {0x0000FF});
+    EXPECT_EQ(having({"red"}), (std::vector<std::string>{"blood.pes"}));
+    EXPECT_EQ(having({"blue"}), (std::vector<std::string>{"poppy.pes"}));
+}
+
 TEST_F(Search, CountsAllThatItFinds) {
     EXPECT_EQ(catalogue_.count({}), 5);
     EXPECT_EQ(catalogue_.count({.words = {"flowers"}, .limit = 1, .offset = 2}), 3);

@@ -44,6 +44,8 @@ INSTANTIATE_TEST_SUITE_P(
         Row{{"search", "--limit", "0"}, "--limit"}, Row{{"search", "--json", "--print0"}, "--print0"},
         Row{{"search", "--format", "hus"}, "--format: 'hus' is none of jef, jef+, jpx, pes"},
         Row{{"search", "--hoop", "big"}, "--hoop: expected a size in millimetres such as 100x100"},
+        Row{{"search", "--has", "nice"}, "--has: expected a color such as red or rot, or #rrggbb, not 'nice'"},
+        Row{{"search", "--has", "#12345"}, "--has"}, Row{{"search", "--broken", "--has", "red"}, "--broken"},
         Row{{"search", "--offset", "-1"}, "--offset"}, Row{{"search", "--broken", "--format", "pes"}, "--broken"},
         Row{{"search", "--broken", "--hoop", "9x9"}, "--broken"},
         Row{{"info", "--plugin", "--picture", "a.dst"}, "--picture"},
