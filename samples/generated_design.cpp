@@ -52,8 +52,10 @@ DesignPoint at(const Place& place, double angle, double radius) {
             place.middle.y + place.reach * radius * std::sin(angle)};
 }
 
+constexpr double smallestPart = 2;
+
 Place partOf(const Place& whole, Dice& dice) {
-    const double reach = whole.reach * dice.within(0.1, 0.7);
+    const double reach = std::max(std::min(smallestPart, whole.reach), whole.reach * dice.within(0.1, 0.7));
     const double room = (whole.reach - reach) / whole.reach;
     return {at(whole, dice.within(0, 2 * pi), dice.within(0, room)), reach};
 }
@@ -78,7 +80,10 @@ Line outline(const Place& place, Dice& dice) {
 
 /// What is drawn by a computer: an ellipse, or a regular polygon.
 Line regularShape(const Place& place, Dice& dice) {
-    const int corners = dice.oneOf(2) == 0 ? 60 : dice.between(3, 8);
+    // Round things are sewn from stitch to stitch, and so each in its own pieces.
+    const double stitch = dice.within(1.5, 3.5);
+    const int around = std::max(12, static_cast<int>(2 * pi * place.reach / stitch));
+    const int corners = dice.oneOf(2) == 0 ? around : dice.between(3, 8);
     const double flatness = dice.oneOf(2) == 0 ? 1 : dice.within(0.4, 1);
     const double start = dice.oneOf(2) == 0 ? 0 : dice.within(0, pi);
     Line line;
@@ -187,7 +192,8 @@ constexpr std::array<const char*, 16> letters{"0674385", "6012",     "60828",   
                                               "1736",    "58630125", "4617",    "86420"};
 
 void sewLettering(Pen& pen, const Place& place, Dice& dice) {
-    const int count = dice.between(1, 9);
+    constexpr double smallestLetter = 4;
+    const int count = std::clamp(static_cast<int>(2 * place.reach / smallestLetter), 1, dice.between(1, 9));
     const double size = 2 * place.reach / count;
     const double stitch = dice.within(1.2, 3);
     const double width = dice.oneOf(2) == 0 ? 0 : size * dice.within(0.08, 0.15);

@@ -54,12 +54,37 @@ private:
     std::array<DesignPoint, windows> sums_{};
 };
 
+/// How many of the next points are a tie: a few small stitches that come back to where they begin, as sewing begins or
+/// ends.
+std::size_t tieAfter(std::span<const NeedlePoint> points, std::size_t start) noexcept {
+    const std::size_t end = std::min(points.size(), start + 1 + stitchesOfTie);
+    const bool isBeginning = start == 0 || points[start].isConnected;
+    for (std::size_t i = start + 1; i < end; ++i) {
+        const double distance = distanceOf(points[start], points[i]);
+        if (points[i].isConnected || distance > tieReach) return 0;
+        const bool isEnding = i + 1 == points.size() || points[i + 1].isConnected;
+        if (distance <= tieReturn && (isBeginning || isEnding)) return i - start;
+    }
+    return 0;
+}
+
+/// Converters, machines and owners add ties and take them away, and each would shift all windows behind it.
+std::vector<NeedlePoint> withoutTies(std::span<const NeedlePoint> points) {
+    std::vector<NeedlePoint> kept;
+    kept.reserve(points.size());
+    for (std::size_t i = 0; i < points.size(); i += 1 + tieAfter(points, i)) kept.push_back(points[i]);
+    return kept;
+}
+
 template <class Number>
 Number atMostLargest(std::size_t count) noexcept {
     return static_cast<Number>(std::min<std::size_t>(count, std::numeric_limits<Number>::max()));
 }
 
-Fingerprint fingerprintOf(const NeedlePath& path, std::span<const NeedlePoint> points, const PathMeasure& measure) {
+/// Of the points, which are some of the path; none when they have no length.
+std::optional<Fingerprint> fingerprintOf(const NeedlePath& path, std::span<const NeedlePoint> points) {
+    const PathMeasure measure = measureOf(points);
+    if (!(measure.radius > 0)) return std::nullopt;
     WindowMeans means(measure);
     for (std::size_t i = 1; i < points.size(); ++i) means.take(points[i - 1], points[i]);
     Fingerprint fingerprint;
@@ -75,12 +100,9 @@ Fingerprint fingerprintOf(const NeedlePath& path, std::span<const NeedlePoint> p
     return fingerprint;
 }
 
-std::optional<Fingerprint> withoutLeadIn(const NeedlePath& path) {
-    const auto rest = std::span(path.points).subspan(path.firstCorner);
-    if (distanceOf(path.points.front(), rest.front()) <= leadInPart * path.measure.length) return std::nullopt;
-    const PathMeasure measure = measureOf(rest);
-    if (!(measure.radius > 0)) return std::nullopt;
-    return fingerprintOf(path, rest, measure);
+/// Whether the path begins with a straight stretch that may be but the way to where sewing begins.
+bool mayHaveLeadIn(const NeedlePath& path) noexcept {
+    return distanceOf(path.points.front(), path.points[path.firstCorner]) > leadInPart * path.measure.length;
 }
 
 // Bytes.
@@ -201,8 +223,12 @@ void appendKeys(const std::array<Cells, dimensions>& cells, std::vector<std::int
 }  // namespace
 
 std::optional<Fingerprints> fingerprintsOf(const NeedlePath& path) {
-    if (!(path.measure.radius > 0)) return std::nullopt;
-    return Fingerprints{fingerprintOf(path, path.points, path.measure), withoutLeadIn(path)};
+    const std::vector<NeedlePoint> points = withoutTies(path.points);
+    const auto whole = fingerprintOf(path, points);
+    if (!whole) return std::nullopt;
+    Fingerprints fingerprints{.whole = *whole, .withoutLeadIn = {}};
+    if (mayHaveLeadIn(path)) fingerprints.withoutLeadIn = fingerprintOf(path, withoutTies(std::span(path.points).subspan(path.firstCorner)));
+    return fingerprints;
 }
 
 FingerprintBytes bytesOf(const Fingerprint& fingerprint) noexcept {

@@ -89,22 +89,27 @@ struct Skip {
     std::size_t other = 0;
 };
 
-/// What is found of the points that a walker skips.
-struct Skipped {
-    bool isFar = false;
-    double sewn = 0;
-};
+/// The places from the last one walked to the one that is `skipped` points ahead.
+std::span<const NeedlePoint> stretchOf(const Walker& walker, std::size_t skipped) noexcept {
+    return std::span(*walker.points).subspan(walker.next - 1, skipped + 2);
+}
 
-Skipped skippedBy(const Walker& walker, std::size_t count) noexcept {
-    Skipped skipped;
-    const NeedlePoint& start = (*walker.points)[walker.next - 1];
-    const NeedlePoint& end = walker.point(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        const NeedlePoint& point = walker.point(i);
-        skipped.isFar = skipped.isFar || besideLine(point, start, end).distance > farDistance;
-        if (!point.isConnected) skipped.sewn += distanceOf((*walker.points)[walker.next + i - 1], point);
+double sewnLengthOf(std::span<const NeedlePoint> skipped) noexcept {
+    double length = 0;
+    for (std::size_t i = 1; i + 1 < skipped.size(); ++i)
+        if (!skipped[i].isConnected) length += distanceOf(skipped[i - 1], skipped[i]);
+    return length;
+}
+
+/// Whether a point between the ends of one stretch is far from the other one.
+bool isFarFrom(std::span<const NeedlePoint> stretch, std::span<const NeedlePoint> other) noexcept {
+    for (std::size_t i = 1; i + 1 < stretch.size(); ++i) {
+        double distance = HUGE_VAL;
+        for (std::size_t j = 1; j < other.size(); ++j)
+            distance = std::min(distance, besideLine(stretch[i], other[j - 1], other[j]).distance);
+        if (distance > farDistance) return true;
     }
-    return skipped;
+    return false;
 }
 
 /// Walks along two paths and finds the points that both have.
@@ -122,6 +127,7 @@ public:
         return true;
     }
     [[nodiscard]] const Skip& head() const noexcept { return head_; }
+    [[nodiscard]] const Skip& pieces() const noexcept { return pieces_; }
     [[nodiscard]] Skip tail() const noexcept { return {one_.left(), other_.left()}; }
     [[nodiscard]] bool hasFarSkip() const noexcept { return hasFarSkip_; }
     [[nodiscard]] double skippedLength() const noexcept { return skippedLength_; }
@@ -143,10 +149,12 @@ private:
     }
     [[nodiscard]] bool takePiece() noexcept {
         if (one_.takesPiece(other_.point(), tolerance_)) {
+            ++pieces_.other;
             other_.goOn();
             return true;
         }
         if (other_.takesPiece(one_.point(), tolerance_)) {
+            ++pieces_.one;
             one_.goOn();
             return true;
         }
@@ -174,12 +182,14 @@ private:
         one_.goOn(skipped.one);
         other_.goOn(skipped.other);
     }
-    void judge(const Skip& skip) {
-        const Skipped one = skippedBy(one_, skip.one);
-        const Skipped other = skippedBy(other_, skip.other);
-        skippedLength_ += one.sewn + other.sewn;
-        if ((one.isFar || other.isFar) && skip.one + skip.other > farPointsSkipped) hasFarSkip_ = true;
-        if (one.isFar && other.isFar) hasFarSkip_ = true;
+    void judge(const Skip& skip) noexcept {
+        const auto one = stretchOf(one_, skip.one);
+        const auto other = stretchOf(other_, skip.other);
+        skippedLength_ += std::max(sewnLengthOf(one), sewnLengthOf(other));
+        const bool isOneFar = isFarFrom(one, other);
+        const bool isOtherFar = isFarFrom(other, one);
+        if (isOneFar && isOtherFar) hasFarSkip_ = true;
+        if ((isOneFar || isOtherFar) && skip.one + skip.other > farPointsSkipped) hasFarSkip_ = true;
     }
 
     Walker one_;
@@ -187,6 +197,7 @@ private:
     double tolerance_;
     std::vector<std::pair<std::size_t, std::size_t>>& pairs_;
     Skip head_;
+    Skip pieces_;
     bool hasFarSkip_ = false;
     double skippedLength_ = 0;
 };
@@ -289,9 +300,14 @@ private:
         fit.shift = {(one.x - other.x * fit.scale) / count, (one.y - other.y * fit.scale) / count};
         return std::max(fit.scale, 1 / fit.scale) <= largestScale;
     }
+    /// Whether the paths have points in common, not lines alone.
+    [[nodiscard]] bool hasPoints(const Skip& pieces) const noexcept {
+        return static_cast<double>(pieces.one) <= partInPieces * static_cast<double>(smallerPoints_.size()) ||
+               static_cast<double>(pieces.other) <= partInPieces * static_cast<double>(largerPoints_.size());
+    }
     [[nodiscard]] bool isSame(const Walk& walk) const noexcept {
         const auto connections = static_cast<double>(std::max(smaller_.connections, larger_.connections));
-        return !walk.hasFarSkip() && isHeadOf(smaller_, larger_, walk.head()) &&
+        return !walk.hasFarSkip() && hasPoints(walk.pieces()) && isHeadOf(smaller_, larger_, walk.head()) &&
                isTailOf(smaller_, larger_, walk.tail()) &&
                walk.skippedLength() <= partSkipped * smaller_.measure.length + lengthSkipped * (1 + connections);
     }
