@@ -244,7 +244,7 @@ VLMDesign generatedDesign(std::uint64_t seed) {
     const int blocks = dice.oneOf(3) == 0 ? 1 : dice.between(2, 6);
     for (int block = 0; block < blocks; ++block) {
         if (block > 0) pen.changeThread(threads[dice.oneOf(threads.size())]);
-        const int count = dice.between(1, 3);
+        const int count = dice.between(blocks == 1 ? 2 : 1, 3);  // a single ring is like any other
         for (int part = 0; part < count; ++part) {
             const bool isWhole = block == 0 && part == 0 && !isFramed;
             sewPart(pen, isWhole ? place : partOf(place, dice), dice);

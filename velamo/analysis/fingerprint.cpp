@@ -227,7 +227,8 @@ std::optional<Fingerprints> fingerprintsOf(const NeedlePath& path) {
     const auto whole = fingerprintOf(path, points);
     if (!whole) return std::nullopt;
     Fingerprints fingerprints{.whole = *whole, .withoutLeadIn = {}};
-    if (mayHaveLeadIn(path)) fingerprints.withoutLeadIn = fingerprintOf(path, withoutTies(std::span(path.points).subspan(path.firstCorner)));
+    if (mayHaveLeadIn(path))
+        fingerprints.withoutLeadIn = fingerprintOf(path, withoutTies(std::span(path.points).subspan(path.firstCorner)));
     return fingerprints;
 }
 

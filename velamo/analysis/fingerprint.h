@@ -36,8 +36,8 @@ struct Fingerprints {
 };
 
 inline constexpr double stepsOfRadius = 40;
-/// A tie does not count: up to so many stitches that stay so near to the point where they begin, and come back to it but
-/// for so much. In tenths of a millimetre.
+/// A tie does not count: up to so many stitches that stay so near to the point where they begin, and come back to it
+/// but for so much. In tenths of a millimetre.
 inline constexpr std::size_t stitchesOfTie = 4;
 inline constexpr double tieReach = 10;
 inline constexpr double tieReturn = 0.01;

@@ -160,10 +160,18 @@ private:
         }
         return false;
     }
+    /// Whether the point is a piece of the walker's line that begins so many points ahead.
+    [[nodiscard]] bool isOnWay(const NeedlePoint& point, const Walker& walker, std::size_t ahead) const noexcept {
+        return besideLine(point, walker.point(ahead), walker.point(ahead + 1)).distance <= tolerance_;
+    }
     /// Whether both paths go on together after the skip.
     [[nodiscard]] bool goOnAfter(std::size_t one, std::size_t other) const noexcept {
         if (one >= one_.left() || other >= other_.left() || !areNear(one, other)) return false;
-        return one + 1 == one_.left() || other + 1 == other_.left() || areNear(one + 1, other + 1);
+        if (one + 1 == one_.left() || other + 1 == other_.left()) return true;
+        if (areNear(one + 1, other + 1)) return true;
+        // At the beginning pieces of a first stitch may be skipped, and one path may well go on in pieces.
+        return pairs_.empty() &&
+               (isOnWay(other_.point(other + 1), one_, one) || isOnWay(one_.point(one + 1), other_, other));
     }
     [[nodiscard]] bool takeSkip() {
         for (std::size_t count = 1; count <= 2 * pointsSkipped; ++count)

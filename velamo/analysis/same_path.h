@@ -43,8 +43,8 @@ inline constexpr std::size_t headPointsSkipped = 4;
 inline constexpr std::size_t headPointsSkippedByBoth = 2;
 /// So many may be missing at the end of one path.
 inline constexpr std::size_t tailPointsSkipped = 2;
-/// Of one of the paths so many points at most may be but pieces of the other one's lines. Where both have more, each was
-/// sewn along the same lines in its own way: rings of one size, in stitches of two lengths.
+/// Of one of the paths so many points at most may be but pieces of the other one's lines. Where both have more, each
+/// was sewn along the same lines in its own way: rings of one size, in stitches of two lengths.
 inline constexpr double partInPieces = 0.35;
 /// What is sewn at skipped points may have this part of the path's length, and this length, once and for each
 /// connection.
