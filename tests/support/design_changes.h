@@ -167,11 +167,27 @@ inline std::vector<std::size_t> blockStarts(const SewnPlaces& places) {
     return starts;
 }
 
-/// Whether something is sewn there that one can see.
+/// How many of the places are those of stitches.
 inline std::size_t stitchesIn(const SewnPlaces& places, std::size_t begin, std::size_t end) {
     std::size_t count = 0;
     for (std::size_t i = begin; i < end; ++i) count += !places[i].isJump && !places[i].isChange;
     return count;
+}
+
+/// How far the places lie at most from the line between those around them.
+inline double reachOf(const SewnPlaces& places, std::size_t begin, std::size_t end) {
+    const SewnPlace& from = places[begin - 1];
+    const double x = places[end].x - from.x;
+    const double y = places[end].y - from.y;
+    const double square = x * x + y * y;
+    double reach = 0;
+    for (std::size_t i = begin; i < end; ++i) {
+        const double wayX = places[i].x - from.x;
+        const double wayY = places[i].y - from.y;
+        const double part = square > 0 ? std::clamp((wayX * x + wayY * y) / square, 0.0, 1.0) : 0;
+        reach = std::max(reach, std::hypot(wayX - part * x, wayY - part * y));
+    }
+    return reach;
 }
 
 }  // namespace velamo::test

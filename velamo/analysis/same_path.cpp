@@ -253,15 +253,19 @@ public:
     }
 
 private:
-    [[nodiscard]] std::array<Fit, 4> guesses() const noexcept {
+    /// A stretch at one end that only one path has changes all measures but the place of the other end.
+    [[nodiscard]] std::array<Fit, 6> guesses() const noexcept {
         const Box one = boxOf(smallerPoints_);
         const Box other = boxOf(largerPoints_);
         const double byRadius = likely(smaller_.measure.radius / larger_.measure.radius);
-        const double byBox = likely(one.size() / other.size());
+        const NeedlePoint oneMiddle{one.middle().x, one.middle().y};
+        const NeedlePoint otherMiddle{other.middle().x, other.middle().y};
         return {Fit{byRadius, {}},
-                guessAt({one.middle().x, one.middle().y}, {other.middle().x, other.middle().y}, byBox),
+                guessAt(oneMiddle, otherMiddle, likely(one.size() / other.size())),
                 guessAt(smallerPoints_.front(), largerPoints_.front(), byRadius),
-                guessAt(smallerPoints_.back(), largerPoints_.back(), byRadius)};
+                guessAt(smallerPoints_.back(), largerPoints_.back(), byRadius),
+                guessAt(smallerPoints_.front(), largerPoints_.front(), 1),
+                guessAt(smallerPoints_.back(), largerPoints_.back(), 1)};
     }
     /// Noise changes a scale of 1 a little.
     static double likely(double scale) noexcept {
