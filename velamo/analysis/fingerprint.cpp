@@ -21,22 +21,31 @@ public:
         : measure_(measure), windowLength_(measure.length / windows), room_(windowLength_) {}
     void take(const NeedlePoint& start, const NeedlePoint& end) noexcept {
         const double length = distanceOf(start, end);
-        double from = 0;
-        while (length - from > room_ && window_ + 1 < windows) {
-            add(start, end, from / length, (from + room_) / length, room_);
-            from += room_;
-            ++window_;
-            room_ = windowLength_;
+        if (length <= room_) {
+            add(start, end, 0.5, length);
+            room_ -= length;
+        } else {
+            cut(start, end, length);
         }
-        add(start, end, from / length, 1, length - from);
-        room_ -= length - from;
     }
     [[nodiscard]] std::int8_t x(std::size_t window) const noexcept { return stepsTo(sums_[window].x); }
     [[nodiscard]] std::int8_t y(std::size_t window) const noexcept { return stepsTo(sums_[window].y); }
 
 private:
-    void add(const NeedlePoint& start, const NeedlePoint& end, double from, double to, double length) noexcept {
-        const double middle = (from + to) / 2;
+    /// Takes a line that ends in another window than it begins; the last window takes all that is left.
+    void cut(const NeedlePoint& start, const NeedlePoint& end, double length) noexcept {
+        double from = 0;
+        while (length - from > room_ && window_ + 1 < windows) {
+            add(start, end, (from + room_ / 2) / length, room_);
+            from += room_;
+            ++window_;
+            room_ = windowLength_;
+        }
+        add(start, end, (from + length) / 2 / length, length - from);
+        room_ -= length - from;
+    }
+    /// Adds a part of the line that has the length, and its middle there.
+    void add(const NeedlePoint& start, const NeedlePoint& end, double middle, double length) noexcept {
         sums_[window_].x += length * (start.x - measure_.centroid.x + middle * (end.x - start.x));
         sums_[window_].y += length * (start.y - measure_.centroid.y + middle * (end.y - start.y));
     }
@@ -60,19 +69,28 @@ std::size_t tieAfter(std::span<const NeedlePoint> points, std::size_t start) noe
     const std::size_t end = std::min(points.size(), start + 1 + stitchesOfTie);
     const bool isBeginning = start == 0 || points[start].isConnected;
     for (std::size_t i = start + 1; i < end; ++i) {
-        const double distance = distanceOf(points[start], points[i]);
-        if (points[i].isConnected || distance > tieReach) return 0;
+        const double x = points[i].x - points[start].x;
+        const double y = points[i].y - points[start].y;
+        const double square = x * x + y * y;
+        if (points[i].isConnected || square > tieReach * tieReach) return 0;
         const bool isEnding = i + 1 == points.size() || points[i + 1].isConnected;
-        if (distance <= tieReturn && (isBeginning || isEnding)) return i - start;
+        if (square <= tieReturn * tieReturn && (isBeginning || isEnding)) return i - start;
     }
     return 0;
 }
 
-/// Converters, machines and owners add ties and take them away, and each would shift all windows behind it.
+/// The points without ties; converters, machines and owners add them and take them away, and each would shift all
+/// windows behind it. Empty when there are none to leave out.
 std::vector<NeedlePoint> withoutTies(std::span<const NeedlePoint> points) {
     std::vector<NeedlePoint> kept;
-    kept.reserve(points.size());
-    for (std::size_t i = 0; i < points.size(); i += 1 + tieAfter(points, i)) kept.push_back(points[i]);
+    std::size_t begin = 0;  // of what is not copied yet
+    for (std::size_t i = 0; i < points.size(); ++i)
+        if (const std::size_t tie = tieAfter(points, i); tie > 0) {
+            kept.insert(kept.end(), points.data() + begin, points.data() + i + 1);
+            i += tie;
+            begin = i + 1;
+        }
+    if (begin > 0) kept.insert(kept.end(), points.data() + begin, points.data() + points.size());
     return kept;
 }
 
@@ -81,9 +99,9 @@ Number atMostLargest(std::size_t count) noexcept {
     return static_cast<Number>(std::min<std::size_t>(count, std::numeric_limits<Number>::max()));
 }
 
-/// Of the points, which are some of the path; none when they have no length.
-std::optional<Fingerprint> fingerprintOf(const NeedlePath& path, std::span<const NeedlePoint> points) {
-    const PathMeasure measure = measureOf(points);
+/// Of the points, which are some of the path, and their measure; none when they have no length.
+std::optional<Fingerprint> fingerprintOf(const NeedlePath& path, std::span<const NeedlePoint> points,
+                                         const PathMeasure& measure) {
     if (!(measure.radius > 0)) return std::nullopt;
     WindowMeans means(measure);
     for (std::size_t i = 1; i < points.size(); ++i) means.take(points[i - 1], points[i]);
@@ -103,6 +121,12 @@ std::optional<Fingerprint> fingerprintOf(const NeedlePath& path, std::span<const
 /// Whether the path begins with a straight stretch that may be but the way to where sewing begins.
 bool mayHaveLeadIn(const NeedlePath& path) noexcept {
     return distanceOf(path.points.front(), path.points[path.firstCorner]) > leadInPart * path.measure.length;
+}
+
+std::optional<Fingerprint> withoutLeadIn(const NeedlePath& path) {
+    const auto rest = std::span(path.points).subspan(path.firstCorner);
+    const std::vector<NeedlePoint> untied = withoutTies(rest);
+    return untied.empty() ? fingerprintOf(path, rest, measureOf(rest)) : fingerprintOf(path, untied, measureOf(untied));
 }
 
 // Bytes.
@@ -223,12 +247,12 @@ void appendKeys(const std::array<Cells, dimensions>& cells, std::vector<std::int
 }  // namespace
 
 std::optional<Fingerprints> fingerprintsOf(const NeedlePath& path) {
-    const std::vector<NeedlePoint> points = withoutTies(path.points);
-    const auto whole = fingerprintOf(path, points);
+    const std::vector<NeedlePoint> untied = withoutTies(path.points);
+    const auto whole = untied.empty() ? fingerprintOf(path, path.points, path.measure)
+                                      : fingerprintOf(path, untied, measureOf(untied));
     if (!whole) return std::nullopt;
     Fingerprints fingerprints{.whole = *whole, .withoutLeadIn = {}};
-    if (mayHaveLeadIn(path))
-        fingerprints.withoutLeadIn = fingerprintOf(path, withoutTies(std::span(path.points).subspan(path.firstCorner)));
+    if (mayHaveLeadIn(path)) fingerprints.withoutLeadIn = withoutLeadIn(path);
     return fingerprints;
 }
 

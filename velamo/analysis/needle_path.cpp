@@ -6,6 +6,14 @@
 namespace velamo {
 namespace {
 
+double squareOf(DesignPoint way) noexcept {
+    return way.x * way.x + way.y * way.y;
+}
+
+double squareOf(const NeedlePoint& one, const NeedlePoint& other) noexcept {
+    return squareOf({other.x - one.x, other.y - one.y});
+}
+
 DesignPoint moveOf(const VLMStitch& stitch) noexcept {
     if (!std::isfinite(stitch.deltaX()) || !std::isfinite(stitch.deltaY())) return {};
     return {stitch.deltaX(), stitch.deltaY()};
@@ -18,7 +26,7 @@ bool isSewn(const VLMStitch& stitch, DesignPoint move) noexcept {
 /// Whether the move goes on in the direction of the way before it.
 bool goesOn(DesignPoint way, DesignPoint move) noexcept {
     const double aside = std::abs(way.x * move.y - way.y * move.x);
-    return way.x * move.x + way.y * move.y > 0 && aside <= leadInTolerance * std::sqrt(way.x * way.x + way.y * way.y);
+    return way.x * move.x + way.y * move.y > 0 && aside <= leadInTolerance * std::sqrt(squareOf(way));
 }
 
 /// Whether the first stitch is but the last piece of the way to where sewing begins: some converters sew it. Without a
@@ -68,7 +76,7 @@ private:
     }
     void append(bool isConnected) {
         const NeedlePoint point{position_.x, position_.y, isConnected};
-        if (!path_.points.empty() && distanceOf(path_.points.back(), point) < pointDistance) return;
+        if (!path_.points.empty() && squareOf(path_.points.back(), point) < pointDistance * pointDistance) return;
         path_.points.push_back(point);
         if (isConnected) ++path_.connections;
     }
@@ -103,25 +111,25 @@ public:
 private:
     void begin(std::size_t start) noexcept {
         start_ = start;
-        reach_ = 0;
+        reachSquare_ = 0;
         hasCone_ = false;
     }
     [[nodiscard]] bool goesOnTo(std::size_t index) noexcept {
         const DesignPoint way{points_[index].x - points_[start_].x, points_[index].y - points_[start_].y};
-        const double length = std::sqrt(way.x * way.x + way.y * way.y);
-        if (length < reach_ - straightTolerance) return false;
-        if (length <= straightTolerance) return true;
+        const double square = squareOf(way);
+        if (square < reachSquare_ && std::sqrt(square) + straightTolerance < std::sqrt(reachSquare_)) return false;
+        if (square <= straightTolerance * straightTolerance) return true;
         if (hasCone_ && (crossOf(right_, way) < 0 || crossOf(way, left_) < 0)) return false;
-        narrow(way, length);
-        reach_ = std::max(reach_, length);
+        narrow(way, square);
+        reachSquare_ = std::max(reachSquare_, square);
         return true;
     }
     /// Leaves the directions that pass the end of the way near enough.
-    void narrow(DesignPoint way, double length) noexcept {
-        const double sine = straightTolerance / length;
-        const double cosine = std::sqrt(1 - sine * sine);
-        const DesignPoint left{way.x * cosine - way.y * sine, way.x * sine + way.y * cosine};
-        const DesignPoint right{way.x * cosine + way.y * sine, way.y * cosine - way.x * sine};
+    void narrow(DesignPoint way, double square) noexcept {
+        const double aside = straightTolerance;
+        const double ahead = std::sqrt(square - aside * aside);
+        const DesignPoint left{way.x * ahead - way.y * aside, way.x * aside + way.y * ahead};
+        const DesignPoint right{way.x * ahead + way.y * aside, way.y * ahead - way.x * aside};
         if (!hasCone_ || crossOf(left, left_) > 0) left_ = left;
         if (!hasCone_ || crossOf(right_, right) > 0) right_ = right;
         hasCone_ = true;
@@ -129,7 +137,7 @@ private:
 
     const std::vector<NeedlePoint>& points_;
     std::size_t start_ = 0;
-    double reach_ = 0;
+    double reachSquare_ = 0;  // how far the stretch has come
     bool hasCone_ = false;
     DesignPoint left_;
     DesignPoint right_;
@@ -138,10 +146,7 @@ private:
 }  // namespace
 
 double distanceOf(const NeedlePoint& one, const NeedlePoint& other) noexcept {
-    // Sums of finite single numbers: their squares fit.
-    const double x = other.x - one.x;
-    const double y = other.y - one.y;
-    return std::sqrt(x * x + y * y);
+    return std::sqrt(squareOf(one, other));  // sums of finite single numbers: their squares fit
 }
 
 PathMeasure measureOf(std::span<const NeedlePoint> points) noexcept {
