@@ -30,7 +30,7 @@ public:
     /// From 0 to `count` - 1.
     [[nodiscard]] std::size_t oneOf(std::size_t count) noexcept { return roll() % count; }
     [[nodiscard]] int between(int least, int most) noexcept {
-        return least + static_cast<int>(oneOf(static_cast<std::size_t>(most - least + 1)));
+        return least + static_cast<int>(oneOf(static_cast<std::size_t>(most) + 1 - static_cast<std::size_t>(least)));
     }
     [[nodiscard]] double within(double least, double most) noexcept {
         constexpr double parts = 9007199254740992;  // 2^53
@@ -57,7 +57,8 @@ constexpr double smallestPart = 2;
 Place partOf(const Place& whole, Dice& dice) {
     const double reach = std::max(std::min(smallestPart, whole.reach), whole.reach * dice.within(0.1, 0.7));
     const double room = (whole.reach - reach) / whole.reach;
-    return {at(whole, dice.within(0, 2 * pi), dice.within(0, room)), reach};
+    const double angle = dice.within(0, 2 * pi);
+    return {at(whole, angle, dice.within(0, room)), reach};
 }
 
 /// A closed line around the place, with waves.
@@ -201,8 +202,11 @@ void sewLettering(Pen& pen, const Place& place, Dice& dice) {
         const std::string letter = letters[dice.oneOf(letters.size())];
         const DesignPoint corner{place.middle.x - place.reach + size * i, place.middle.y - size / 2};
         Line line;
-        for (const char node : letter)
-            line.push_back({corner.x + size * 0.4 * ((node - '0') % 3), corner.y + size * 0.5 * ((node - '0') / 3)});
+        for (const char node : letter) {
+            const int column = (node - '0') % 3;
+            const int row = (node - '0') / 3;
+            line.push_back({corner.x + size * 0.4 * column, corner.y + size * 0.5 * row});
+        }
         if (width == 0) {
             pen.sewPath(line, stitch);
             continue;
@@ -225,10 +229,12 @@ constexpr std::uint64_t framedSeeds = 10;  // one in so many
 Place sewFrame(Pen& pen, Dice& chance) {
     Dice dice(chance.oneOf(frames));
     const Place place{{}, dice.within(20, 70)};
-    if (dice.oneOf(2) == 0)
-        pen.sewPath(regularShape(place, dice), dice.within(1.5, 3.5));
-    else
+    if (dice.oneOf(2) == 0) {
+        const Line line = regularShape(place, dice);
+        pen.sewPath(line, dice.within(1.5, 3.5));
+    } else {
         sewPetals(pen, place, dice);
+    }
     return {{}, place.reach * 0.6};
 }
 

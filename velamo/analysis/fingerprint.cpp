@@ -147,6 +147,10 @@ void forEachNumber(AFingerprint& fingerprint, Take take) {
     take(fingerprint.blocks);
 }
 
+int wide(std::int8_t steps) noexcept {
+    return steps;
+}
+
 // Turns. A quarter turn makes (-y, x) of (x, y).
 
 struct Means {
@@ -157,8 +161,8 @@ struct Means {
 Means turned(const Fingerprint& fingerprint, std::size_t turns) noexcept {
     Means means;
     for (std::size_t i = 0; i < windows; ++i) {
-        const int x = fingerprint.x[i];
-        const int y = fingerprint.y[i];
+        const int x = wide(fingerprint.x[i]);
+        const int y = wide(fingerprint.y[i]);
         const std::array<int, 4> around{x, -y, -x, y};
         means.x[i] = around[turns];
         means.y[i] = around[(turns + 3) % 4];
@@ -319,10 +323,10 @@ Likeness likenessOf(const Fingerprint& one, const Fingerprint& other) noexcept {
     int across = 0;
     int back = 0;
     for (std::size_t i = 0; i < windows; ++i) {
-        const int oneX = one.x[i];
-        const int oneY = one.y[i];
-        const int otherX = other.x[i];
-        const int otherY = other.y[i];
+        const int oneX = wide(one.x[i]);
+        const int oneY = wide(one.y[i]);
+        const int otherX = wide(other.x[i]);
+        const int otherY = wide(other.y[i]);
         squares += oneX * oneX + oneY * oneY + otherX * otherX + otherY * otherY;
         alongX += oneX * otherX;
         alongY += oneY * otherY;
