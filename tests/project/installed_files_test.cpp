@@ -32,7 +32,7 @@ std::string loadedBy(const std::filesystem::path& file) {
 TEST(InstalledImporter, LoadsNothingThatDraws) {
     const std::string loaded = loadedBy(VELAMO_IMPORTER);
     EXPECT_NE(loaded.find("libicuuc"), std::string::npos);
-    for (const char* library : {"libvelamo.so", "cairo", "pixman", "libpng", "freetype", "fontconfig", "libX11"})
+    for (const char* library : {"libvelamo.so", "libarchive", "cairo", "pixman", "libpng", "freetype", "fontconfig", "libX11"})
         EXPECT_EQ(loaded.find(library), std::string::npos) << library;
 }
 
