@@ -24,6 +24,9 @@ constexpr std::array<std::string_view, 12> otherEncodings{"windows-1250", "windo
                                                           "ISO-8859-5",   "ISO-8859-7",   "KOI8-R",       "EUC-JP",
                                                           "EUC-KR",       "Big5",         "GB18030",      japanese};
 
+/// More tell no more, and take time.
+constexpr std::size_t mostBytesToDetect = 256;
+
 bool isHigh(char byte) noexcept {
     return static_cast<unsigned char>(byte) >= 0x80;
 }
@@ -83,7 +86,8 @@ std::optional<icu::UnicodeString> detected(std::string_view bytes) {
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<UCharsetDetector, decltype(&ucsdet_close)> detector(ucsdet_open(&status), ucsdet_close);
     if (U_FAILURE(status)) return std::nullopt;
-    ucsdet_setText(detector.get(), bytes.data(), static_cast<std::int32_t>(bytes.size()), &status);
+    const std::string_view start = bytes.substr(0, mostBytesToDetect);
+    ucsdet_setText(detector.get(), start.data(), static_cast<std::int32_t>(start.size()), &status);
     std::int32_t count = 0;
     const UCharsetMatch** matches = ucsdet_detectAll(detector.get(), &count, &status);
     for (std::int32_t i = 0; U_SUCCESS(status) && i < count; ++i) {
