@@ -5,6 +5,7 @@
 #include <optional>
 #include <ostream>
 
+#include "cli/archive_target.h"
 #include "cli/conversion_plan.h"
 #include "cli/convert.h"
 #include "cli/progress_bar.h"
@@ -159,6 +160,11 @@ void sortByFile(std::vector<About>& list) {
 }  // namespace
 
 ExitStatus convertAll(const ConvertAllRequest& request, const Console& console) {
+    VLMError refusal;
+    if (isInArchive(request.outFolder / "design", &refusal)) {
+        reportProblem(console, request.outFolder, refusal);
+        return ExitStatus::failure;
+    }
     Findings findings;
     auto& [problems, notes] = findings;
     std::error_code failure;

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "cli/archive_target.h"
 #include "cli/commands.h"
 #include "cli/edit_script.h"
 #include "velamo/formats/format.h"
@@ -125,6 +126,11 @@ void reportUndrawn(const RenderRequest& request, const PictureKind& kind, const 
 
 ExitStatus writePicture(const RenderRequest& request, const PictureKind& kind, const VLMDesign& design,
                         const Console& console) {
+    VLMError refusal;
+    if (isInArchive(request.picture, &refusal)) {
+        reportProblem(console, request.picture, refusal);
+        return ExitStatus::failure;
+    }
     const std::error_code failure =
         replaceFileBy(request.picture, [&](const ByteSink& sink) { return kind.write(request, design, sink); });
     if (!failure) return ExitStatus::success;

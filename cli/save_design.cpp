@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "cli/archive_target.h"
 #include "cli/format_loss.h"
 #include "velamo/formats/export.h"
 #include "velamo/formats/format.h"
@@ -110,6 +111,8 @@ private:
 
 SaveOutcome saveDesign(VLMDesign& design, const fs::path& target, const DesignOrigin& origin,
                        const ExportOptions& options, const ThreadSource& threadsBeside) {
+    SaveOutcome refused{.isSaved = false, .file = target, .error = {}, .notes = {}};
+    if (isInArchive(target, &refused.error)) return refused;
     return Saving(design, target, origin, threadsBeside).run(options);
 }
 

@@ -29,7 +29,7 @@ struct SaveOutcome {
 /// replaced, the new file is read from memory: one that gives no design again is refused, and what it lost on the way
 /// is noted. The side file beside the target, and no other, is kept in step: see SideFilePlan. Where that one cannot be
 /// read this time, the target is not replaced; where the target is written but its side file cannot be, the design is
-/// not saved either, and the side file is to blame.
+/// not saved either, and the side file is to blame. A target in an archive is refused.
 [[nodiscard]] SaveOutcome saveDesign(VLMDesign& design, const std::filesystem::path& target, const DesignOrigin& origin,
                                      const ExportOptions& options, const ThreadSource& threadsBeside);
 

@@ -7,6 +7,7 @@
 #include <map>
 
 #include "fuzz/import_input.h"
+#include "tests/support/archives.h"
 #include "tests/support/samples.h"
 #include "velamo/formats/format.h"
 #include "velamo/model/design.h"
@@ -171,11 +172,45 @@ bool writeTextSeeds(Corpus& corpus) {
     return hasTables && hasColors && hasLengths && hasScripts;
 }
 
+/// "rose" in "a.dst", as 7z packs it.
+const Bytes small7z{0x37, 0x7A, 0xBC, 0xAF, 0x27, 0x1C, 0x00, 0x04, 0xD5, 0x13, 0x61, 0x08, 0x08, 0x00, 0x00,
+                    0x00, 0x00, 0x00, 0x00, 0x00, 0x3E, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x66, 0x32,
+                    0xCF, 0x59, 0x01, 0x00, 0x03, 0x72, 0x6F, 0x73, 0x65, 0x00, 0x01, 0x04, 0x06, 0x00, 0x01,
+                    0x09, 0x08, 0x00, 0x07, 0x0B, 0x01, 0x00, 0x01, 0x21, 0x21, 0x01, 0x00, 0x0C, 0x04, 0x00,
+                    0x08, 0x0A, 0x01, 0xF4, 0x84, 0x33, 0x9A, 0x00, 0x00, 0x05, 0x01, 0x19, 0x0C, 0x00, 0x00,
+                    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x11, 0x0D, 0x00, 0x61, 0x00,
+                    0x2E, 0x00, 0x64, 0x00, 0x73, 0x00, 0x74, 0x00, 0x00, 0x00, 0x00, 0x00};
+
+/// The bytes as a deflated piece that leaves them as they are.
+Bytes deflated(const Bytes& plain) {
+    const auto size = static_cast<std::int64_t>(plain.size());
+    return test::bytes(1, test::le16(size), test::le16(~size), plain);
+}
+
+bool writePackedSeeds(Corpus& corpus) {
+    const Bytes rose = test::bytes("rose");
+    const std::vector<test::PackedFile> files{{.name = "5x7/Gr\x81n.dst", .bytes = rose},
+                                              {.name = "Gr\xC3\xBCn.dst", .bytes = rose, .flags = 0x800},
+                                              {.name = "../\x82\xB3\x82\xAD.pes", .bytes = rose}};
+    const std::vector<test::PackedFile> packed{
+        {.name = "a.dst", .bytes = deflated(rose), .method = 8, .claimedSize = 4, .sum = test::crc32Of(rose)},
+        {.name = "b.dst", .bytes = rose, .flags = 1}};
+    const Bytes tar = test::tarOf(files);
+    const Bytes gzip = test::bytes(0x1F, 0x8B, 8, test::repeated(7, 0), deflated(tar), test::le32(test::crc32Of(tar)),
+                                   test::le32(static_cast<std::int64_t>(tar.size())));
+    bool isWritten = true;
+    for (const Bytes& seed :
+         {test::zipOf(files), test::zipOf(packed), tar, gzip, test::rar4Of(files), test::rar5Of(files), small7z})
+        isWritten = corpus.write("packed", seed) && isWritten;
+    return isWritten;
+}
+
 bool writeSeeds(Corpus& corpus) {
     bool isWritten = writeImportSeeds(corpus);
     isWritten = writeDrawingSeeds(corpus) && isWritten;
     isWritten = writeListSeeds(corpus) && isWritten;
     isWritten = writeTextSeeds(corpus) && isWritten;
+    isWritten = writePackedSeeds(corpus) && isWritten;
     for (const auto& [extension, target] : targetsOfFormats()) {
         if (target != "pec") isWritten = corpus.write(target, sampleFile(extension)) && isWritten;
         if (target != extension) continue;

@@ -9,7 +9,6 @@
 #include "reading/design_bytes.h"
 #include "reading/read_design.h"
 #include "reading/reader_failures.h"
-#include "velamo/formats/thread_file.h"
 #include "velamo/model/failure.h"
 
 namespace velamo {
@@ -28,7 +27,7 @@ bool readRequested(const std::string& request, VLMDesign& design, VLMError* erro
         std::size_t count = 0;
         std::from_chars(request.data(), request.data() + end, count);
         design.setThreads(std::vector<VLMThread>(count));
-        design.setUseThreadFile(takeThreadsOfSideFile(design, file));
+        design.setUseThreadFile(takeThreadsBeside(design, file));
         if (!design.useThreadFile()) design.threads().clear();
         return true;
     });

@@ -31,9 +31,10 @@ public:
     /// it is lost.
     [[nodiscard]] bool isConfined() { return worker_.isConfined(); }
 
-    /// Does what readDesign does. `error` may also be ETIMEDOUT or EFAULT where the file takes the reader too long or
-    /// ends it, ENOMEM and EFBIG where it takes too much memory, and EBADMSG where what comes back is no design: then
-    /// the design is as it was. WorkerLoss, and nothing else, is thrown: when there is no process to be had any more.
+    /// Does what readDesign does, for paths through archives as well. `error` may also be ETIMEDOUT or EFAULT where the
+    /// file takes the reader too long or ends it, ENOMEM and EFBIG where it takes too much memory, and EBADMSG where
+    /// what comes back is no design: then the design is as it was. WorkerLoss, and nothing else, is thrown: when there
+    /// is no process to be had any more.
     [[nodiscard]] bool readDesign(VLMDesign& design, const std::filesystem::path& file, VLMError* error);
 
     /// The threads of the side file beside `file`, of which there must be `count`; none where it is not there, or is

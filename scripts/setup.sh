@@ -13,8 +13,8 @@ timed() {
 }
 
 # What building needs, and what the tests need besides.
-build_packages=(g++ cmake ninja-build pkg-config libplist-dev libicu-dev libsqlite3-dev libcairo2-dev libseccomp-dev zlib1g-dev nettle-dev liblcms2-dev libcli11-dev nlohmann-json3-dev)
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-dev clang-format clang-tidy lld llvm python3 strace)
+build_packages=(g++ cmake ninja-build pkg-config libplist-dev libicu-dev libsqlite3-dev libcairo2-dev libseccomp-dev libarchive-dev zlib1g-dev nettle-dev liblcms2-dev libcli11-dev nlohmann-json3-dev)
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-dev clang-format clang-tidy lld llvm python3 strace zip p7zip-full bzip2 xz-utils zstd)
 # What the tests with the desktops' own programs need, a text for each host; they are installed one after the other.
 desktop_packages=(
     # file types

@@ -74,7 +74,7 @@ class Contents(PackageTest):
 
     def test_dependencies_are_those_of_the_libraries_used(self):
         for package, libraries in ((LIBRARY, ("libc6 ", "libcairo2 ", "libicu", "libplist", "libstdc++6 ", "zlib1g ")),
-                                   ("velamo", ("libc6 ", "libseccomp2 ", "libsqlite3-0 ", "libstdc++6 "))):
+                                   ("velamo", ("libarchive13 ", "libc6 ", "libseccomp2 ", "libsqlite3-0 ", "libstdc++6 "))):
             depends = self.field(package, "Depends")
             for library in libraries:
                 self.assertIn(library, depends)

@@ -28,11 +28,13 @@ std::string loadedBy(const std::filesystem::path& file) {
     return test::TemporaryFolder::read(out);
 }
 
-/// The importer lives in another's process, and holds all of velamo that it needs: nothing that draws.
+/// The importer lives in another's process, and holds all of velamo that it needs: nothing that draws, or opens
+/// archives.
 TEST(InstalledImporter, LoadsNothingThatDraws) {
     const std::string loaded = loadedBy(VELAMO_IMPORTER);
     EXPECT_NE(loaded.find("libicuuc"), std::string::npos);
-    for (const char* library : {"libvelamo.so", "cairo", "pixman", "libpng", "freetype", "fontconfig", "libX11"})
+    for (const char* library :
+         {"libvelamo.so", "libarchive", "cairo", "pixman", "libpng", "freetype", "fontconfig", "libX11"})
         EXPECT_EQ(loaded.find(library), std::string::npos) << library;
 }
 

@@ -43,7 +43,8 @@ constexpr std::array builtFolders{"velamo",
                                   "tests/plugin",
                                   "tests/render",
                                   "tests/support"};
-constexpr std::array otherSystems{"velamo/platform/processes/",      "velamo/platform/corefoundation/",
+constexpr std::array otherSystems{"velamo/platform/archives/",       "tests/platform/archives/",
+                                  "velamo/platform/processes/",      "velamo/platform/corefoundation/",
                                   "tests/platform/processes/",       "tests/platform/corefoundation/",
                                   "tests/support/child_processes.h", "tests/support/without_filters.h"};
 
