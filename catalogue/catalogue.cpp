@@ -252,6 +252,10 @@ struct Catalogue::State {
     Statement removeThreads = database.prepare("DELETE FROM threads WHERE design = ?");
     Statement putThread = database.prepare(
         "INSERT INTO threads (design, position, color, name, palette, stitches, length) VALUES (?, ?, ?, ?, ?, ?, ?)");
+    Statement findArchive =
+        database.prepare("SELECT size, modified, reader, designs, broken FROM archives WHERE path = ?");
+    Statement putArchive = database.prepare(
+        "INSERT OR REPLACE INTO archives (path, size, modified, reader, designs, broken) VALUES (?, ?, ?, ?, ?, ?)");
     Statement removeDesign = database.prepare("DELETE FROM designs WHERE folder = ? AND name = ?");
 };
 
@@ -353,10 +357,14 @@ std::map<std::string, KnownDesign> Catalogue::designsIn(FolderId folder) {
     return designs;
 }
 
-void Catalogue::putDesign(FolderId folder, const std::string& name, const DesignStamp& stamp, const FileFacts& facts) {
+void Catalogue::putDesign(FolderId folder, const std::string& name, const DesignStamp& stamp, const FileFacts& facts,
+                          std::string_view words) {
     state_->beginChange();
     Binder binder(state_->putDesign);
-    binder.put(folder).putBytes(name).putText(foldedForSearch(name)).put(std::optional(stamp.design));
+    binder.put(folder)
+        .putBytes(name)
+        .putText(foldedForSearch(words.empty() ? name : words))
+        .put(std::optional(stamp.design));
     binder.put(stamp.sideFile).put(stamp.reader).put(facts.hash);
     std::visit([&](const auto& content) { bindContent(binder, content); }, facts.content);
     state_->putDesign.next();
@@ -371,6 +379,45 @@ void Catalogue::removeDesign(FolderId folder, const std::string& name) {
     state_->beginChange();
     state_->removeDesign.bind(1, folder).bindBytes(2, name).run();
     commitIfDue();
+}
+
+std::optional<KnownArchive> Catalogue::findArchive(const std::filesystem::path& archive) {
+    Statement& row = state_->findArchive.bindBytes(1, archive.native());
+    if (!row.next()) return std::nullopt;
+    const KnownArchive known{stampAt(row, 0), row.integer(2), row.integer(3), row.integer(4)};
+    row.reset();
+    return known;
+}
+
+void Catalogue::putArchive(const std::filesystem::path& archive, const KnownArchive& known) {
+    state_->beginChange();
+    Binder binder(state_->putArchive);
+    binder.putBytes(archive.native()).put(std::optional(known.stamp)).put(known.reader);
+    binder.put(known.designs).put(known.broken);
+    state_->putArchive.run();
+    commitIfDue();
+}
+
+void Catalogue::removeArchive(const std::filesystem::path& archive) {
+    state_->beginChange();
+    state_->database.prepare("DELETE FROM archives WHERE path = ?").bindBytes(1, archive.native()).run();
+    commitIfDue();
+}
+
+std::vector<std::filesystem::path> Catalogue::archivesBelow(const std::filesystem::path& folder) const {
+    Statement row = state_->database.prepare("SELECT path FROM archives WHERE " + std::string(atOrBelow));
+    bindPlace(row, folder);
+    std::vector<std::filesystem::path> archives;
+    while (row.next()) archives.emplace_back(row.bytes(0));
+    return archives;
+}
+
+std::vector<Catalogue::FolderId> Catalogue::foldersBelow(const std::filesystem::path& top) const {
+    Statement row = state_->database.prepare("SELECT id FROM folders WHERE " + std::string(atOrBelow));
+    bindPlace(row, top);
+    std::vector<FolderId> folders;
+    while (row.next()) folders.push_back(row.integer(0));
+    return folders;
 }
 
 std::int64_t Catalogue::removeFolders(const std::filesystem::path& top, const IsKept& isKept) {
@@ -400,6 +447,7 @@ std::optional<std::int64_t> Catalogue::forget(const std::filesystem::path& place
         removeRoot(root);
         isKnown = true;
     }
+    for (const auto& archive : archivesBelow(place)) removeArchive(archive);
     std::int64_t removed = removeFolders(place, [](FolderId, const std::filesystem::path&) { return false; });
     const auto folder = findFolder(place.parent_path());
     if (folder && designsIn(*folder).contains(place.filename())) {

@@ -38,6 +38,15 @@ struct KnownDesign {
     bool isBroken = false;
 };
 
+/// What the catalogue knows of an archive as a whole.
+struct KnownArchive {
+    FileStamp stamp;
+    std::int64_t reader = 0;   // which build read it
+    std::int64_t designs = 0;  // in it
+    std::int64_t broken = 0;   // of them, and itself where it could not be read to its end
+    friend bool operator==(const KnownArchive&, const KnownArchive&) = default;
+};
+
 /// The catalogue of a person's designs: one SQLite file. Paths are absolute and kept byte for byte.
 ///
 /// Changes are committed in batches, so that a process that is killed loses the last batch at most and damages nothing;
@@ -78,9 +87,19 @@ public:
 
     /// The designs of a folder by name, without those of its subfolders.
     [[nodiscard]] std::map<std::string, KnownDesign> designsIn(FolderId folder);
-    /// Puts a design in, in place of what was known of it.
-    void putDesign(FolderId folder, const std::string& name, const DesignStamp& stamp, const FileFacts& facts);
+    /// Puts a design in, in place of what was known of it. `words`: its name as text; empty: the name is text.
+    void putDesign(FolderId folder, const std::string& name, const DesignStamp& stamp, const FileFacts& facts,
+                   std::string_view words = {});
     void removeDesign(FolderId folder, const std::string& name);
+
+    /// What is known of the archive with this path; its designs lie in the folder of that name, and below it.
+    [[nodiscard]] std::optional<KnownArchive> findArchive(const std::filesystem::path& archive);
+    void putArchive(const std::filesystem::path& archive, const KnownArchive& known);
+    void removeArchive(const std::filesystem::path& archive);
+    /// The archives at and below a folder.
+    [[nodiscard]] std::vector<std::filesystem::path> archivesBelow(const std::filesystem::path& folder) const;
+    /// The folders at and below a path.
+    [[nodiscard]] std::vector<FolderId> foldersBelow(const std::filesystem::path& top) const;
 
     /// Tells whether a folder stays.
     using IsKept = std::function<bool(FolderId, const std::filesystem::path&)>;

@@ -11,6 +11,7 @@
 #include "velamo/formats/import.h"
 #include "velamo/formats/thread_file.h"
 #include "velamo/model/failure.h"
+#include "velamo/platform/archives/archive_path.h"
 #include "velamo/platform/processes/worker_pool.h"
 #include "velamo/platform/system/files.h"
 #include "velamo/platform/system/folder_walk.h"
@@ -55,12 +56,18 @@ std::optional<FileStamp> stampOfSideFile(const Path& design, std::error_code& er
     return FileStamp{state.size, state.modified};
 }
 
-/// A design to be read.
+/// Whether the name is that of something that is looked into.
+bool hasWantedName(const Path& name) {
+    return hasDesignName(name) || hasArchiveName(name);
+}
+
+/// A design, or an archive of designs, to be read.
 struct Job {
     FolderId folder;
     Path file;
     DesignStamp stamp;
     bool isKnown;  // is in the catalogue
+    std::uint64_t device = 0;
 };
 /// Jobs go to the readers in batches: a reader that lives in another process is asked for many at once.
 using Batch = std::vector<Job>;
@@ -147,7 +154,7 @@ private:
             refuseRoot(given, systemError(error.value()), true);
         } else if (root.state.kind == FileKind::other) {
             refuseRoot(given, notARegularFile(root.state.kind), true);
-        } else if (root.state.kind == FileKind::regular && !hasDesignName(root.path.filename())) {
+        } else if (root.state.kind == FileKind::regular && !hasWantedName(root.path.filename())) {
             refuseRoot(given, errorOf(refusalOf(root.path)), true);
         } else {
             catalogue_.addRoot(root.path);
@@ -168,7 +175,7 @@ private:
     /// in an indexed folder that is.
     [[nodiscard]] bool isAway(const Path& path) {
         const bool isRoot = std::find(knownRoots_.begin(), knownRoots_.end(), path) != knownRoots_.end();
-        if (isRoot && !isDesign(path)) return true;
+        if (isRoot && !isKnownFile(path)) return true;
         if (isRoot && isThere(path.parent_path())) return false;
         bool liesInRoot = isRoot;
         for (const Path& root : knownRoots_) {
@@ -179,7 +186,9 @@ private:
         return liesInRoot;
     }
 
-    [[nodiscard]] bool isDesign(const Path& path) {
+    /// Whether the catalogue has it as a file.
+    [[nodiscard]] bool isKnownFile(const Path& path) {
+        if (catalogue_.findArchive(path)) return true;
         const auto folder = catalogue_.findFolder(path.parent_path());
         return folder && catalogue_.designsIn(*folder).contains(path.filename());
     }
@@ -203,7 +212,7 @@ private:
     }
 
     void walkFolders() {
-        FolderWalk walk(hasDesignName);
+        FolderWalk walk(hasWantedName);
         for (const Root& root : roots_)
             if (root.state.kind == FileKind::folder) walk.enter(root.path);
         while (const auto listing = walk.next()) {
@@ -270,6 +279,7 @@ private:
             if (indexing.catalogue_.findFolder(folder_)) rest_ = indexing.catalogue_.designsIn(id());
         }
         void take(const FolderEntry& entry, bool isDeadLink) {
+            if (entry.state.kind == FileKind::folder && hasArchiveName(entry.name)) return;  // it is walked into
             const auto known = rest_.find(entry.name);
             const bool isVanished = !isDeadLink && entry.error == std::errc::no_such_file_or_directory;
             if (entry.error) indexing_.noteReason(entry.error);
@@ -277,6 +287,8 @@ private:
                 skip(entry, systemError(entry.error.value()));
             else if (entry.state.kind != FileKind::regular)
                 skip(entry, notARegularFile(entry.state.kind));
+            else if (hasArchiveName(entry.name))
+                compareArchive(entry, known == rest_.end() ? nullptr : &known->second);
             else
                 compare(entry, known == rest_.end() ? nullptr : &known->second);
             // What may still be there, and is only out of reach today, stays in the catalogue.
@@ -310,10 +322,24 @@ private:
             else
                 indexing_.submit({id(), std::move(file), stamp, known != nullptr});
         }
+        /// `known`: the row of its own that an archive has which could not be read to its end.
+        void compareArchive(const FolderEntry& entry, const KnownDesign* known) {
+            Path file = folder_ / entry.name;
+            indexing_.visitedArchives_.insert(file.native());
+            const FileStamp stamp{entry.state.size, entry.state.modified};
+            const auto archive = indexing_.catalogue_.findArchive(file);
+            if (archive && archive->stamp == stamp && archive->reader == indexing_.readerNumber_)
+                return indexing_.countUnchanged(*archive, known != nullptr);
+            indexing_.submit({.folder = id(),
+                              .file = std::move(file),
+                              .stamp = {.design = stamp, .sideFile = {}, .reader = indexing_.readerNumber_},
+                              .isKnown = known != nullptr,
+                              .device = device_});
+        }
         /// A folder gets into the catalogue with its first design. Its words change with the indexed folders around it.
         FolderId id() {
             if (!id_) {
-                id_ = indexing_.catalogue_.putFolder(folder_, indexing_.wordsOf(folder_), device_);
+                id_ = indexing_.catalogue_.putFolder(folder_, indexing_.wordsOf(folder_).native(), device_);
                 indexing_.visitedFolders_.insert(*id_);
             }
             return *id_;
@@ -328,7 +354,7 @@ private:
 
     /// The part of a folder's path that its owner chose: from the name of the outermost indexed folder on, so that a
     /// search for "rose" does not find everything that the user rose has.
-    [[nodiscard]] std::string wordsOf(const Path& folder) const {
+    [[nodiscard]] Path wordsOf(const Path& folder) const {
         const Path* outermost = nullptr;
         for (const Path& root : labelRoots_)
             if (isWithin(folder, root) && (outermost == nullptr || isWithin(*outermost, root))) outermost = &root;
@@ -340,6 +366,13 @@ private:
         ++files_;
         ++summary_.unchanged;
         if (known.isBroken) ++summary_.broken;
+    }
+
+    void countUnchanged(const KnownArchive& archive, bool hasRow) {
+        const std::int64_t rows = archive.designs + (hasRow ? 1 : 0);
+        files_ += rows;
+        summary_.unchanged += rows;
+        summary_.broken += archive.broken;
     }
 
     void submit(Job job) {
@@ -366,18 +399,62 @@ private:
         ++files_;
         if (const auto* reason = std::get_if<std::error_code>(&outcome))
             recordUnreadable(job, *reason);
+        else if (const auto* archive = std::get_if<ArchiveFacts>(&outcome))
+            recordArchive(job, *archive);
+        else if (hasArchiveName(job.file))  // which ended its reader
+            recordArchive(job,
+                          {.members = {}, .failure = std::get<DesignFailure>(std::get<FileFacts>(outcome).content)});
         else
             recordFacts(job, std::get<FileFacts>(outcome));
         tellProgress(finishedShare_);
     }
 
-    void recordFacts(const Job& job, const FileFacts& facts) {
+    void recordFacts(const Job& job, const FileFacts& facts, std::string_view words = {}) {
         if (const auto* failure = std::get_if<DesignFailure>(&facts.content)) {
             ++summary_.broken;
             observer_.problem(job.file, errorOf(*failure));
         }
         ++(job.isKnown ? summary_.changed : summary_.added);
-        catalogue_.putDesign(job.folder, job.file.filename(), job.stamp, facts);
+        catalogue_.putDesign(job.folder, job.file.filename(), job.stamp, facts, words);
+    }
+
+    /// What was in the archive before and is not now leaves the catalogue.
+    void recordArchive(const Job& job, const ArchiveFacts& archive) {
+        --files_;
+        const std::int64_t brokenBefore = summary_.broken;
+        std::map<FolderId, std::map<std::string, KnownDesign>> rest;
+        for (const FolderId folder : catalogue_.foldersBelow(job.file))
+            rest.emplace(folder, catalogue_.designsIn(folder));
+        for (const MemberFacts& member : archive.members) recordMember(job, member, rest);
+        for (const auto& [folder, designs] : rest)
+            for (const auto& [name, design] : designs) remove(folder, name);
+        if (archive.failure)
+            recordFacts(job, {.content = *archive.failure});
+        else if (job.isKnown)
+            remove(job.folder, job.file.filename());
+        files_ += static_cast<std::int64_t>(archive.members.size()) + (archive.failure ? 1 : 0);
+        catalogue_.putArchive(job.file, {.stamp = job.stamp.design,
+                                         .reader = job.stamp.reader,
+                                         .designs = static_cast<std::int64_t>(archive.members.size()),
+                                         .broken = summary_.broken - brokenBefore});
+    }
+
+    void recordMember(const Job& job, const MemberFacts& member,
+                      std::map<FolderId, std::map<std::string, KnownDesign>>& rest) {
+        const Path file = job.file / member.location;
+        const auto words = Path(member.name);
+        const FolderId folder = catalogue_.putFolder(
+            file.parent_path(), (wordsOf(job.file.parent_path()) / job.file.filename() / words.parent_path()).native(),
+            job.device);
+        visitedFolders_.insert(folder);
+        const auto known = rest.find(folder);
+        const bool isKnown = known != rest.end() && known->second.erase(file.filename()) > 0;
+        // An archive need not say when its members were made.
+        const std::int64_t modified = member.modified != 0 ? member.modified : job.stamp.design.modified;
+        const DesignStamp stamp{
+            .design = {static_cast<std::int64_t>(member.size), modified}, .sideFile = {}, .reader = job.stamp.reader};
+        recordFacts({.folder = folder, .file = file, .stamp = stamp, .isKnown = isKnown}, member.facts,
+                    words.filename().native());
     }
 
     void recordUnreadable(const Job& job, std::error_code reason) {
@@ -411,18 +488,34 @@ private:
     }
 
     void removeSingleFile(const Path& file) {
-        if (isDesign(file)) remove(*catalogue_.findFolder(file.parent_path()), file.filename());
+        const auto folder = catalogue_.findFolder(file.parent_path());
+        if (folder && catalogue_.designsIn(*folder).contains(file.filename())) remove(*folder, file.filename());
+    }
+
+    /// Whether what was known of the path stays, though this run did not come to it.
+    [[nodiscard]] bool stays(const Path& path) {
+        const auto isBelow = [&path](const Path& unread) { return isWithin(path, unread); };
+        const auto link = std::find_if(deadLinks_.begin(), deadLinks_.end(), isBelow);
+        if (link != deadLinks_.end()) missedLinks_.insert(*link);
+        return link != deadLinks_.end() || std::any_of(unreadFolders_.begin(), unreadFolders_.end(), isBelow) ||
+               std::any_of(awayFolders_.begin(), awayFolders_.end(), isBelow);
+    }
+
+    /// Whether the folder lies in an archive that was seen.
+    [[nodiscard]] bool liesInVisitedArchive(Path folder) const {
+        while (folder.has_relative_path()) {
+            if (visitedArchives_.contains(folder.native())) return true;
+            folder = folder.parent_path();
+        }
+        return false;
     }
 
     void removeUnvisitedFolders(const Path& top) {
         summary_.removed += catalogue_.removeFolders(top, [this](FolderId id, const Path& folder) {
-            if (visitedFolders_.contains(id)) return true;
-            const auto isBelow = [&folder](const Path& unread) { return isWithin(folder, unread); };
-            const auto link = std::find_if(deadLinks_.begin(), deadLinks_.end(), isBelow);
-            if (link != deadLinks_.end()) missedLinks_.insert(*link);
-            return link != deadLinks_.end() || std::any_of(unreadFolders_.begin(), unreadFolders_.end(), isBelow) ||
-                   std::any_of(awayFolders_.begin(), awayFolders_.end(), isBelow);
+            return visitedFolders_.contains(id) || liesInVisitedArchive(folder) || stays(folder);
         });
+        for (const Path& archive : catalogue_.archivesBelow(top))
+            if (!visitedArchives_.contains(archive.native()) && !stays(archive)) catalogue_.removeArchive(archive);
     }
 
     static DesignFailure refusalOf(const Path& file) {
@@ -444,6 +537,7 @@ private:
     std::set<Path> missedLinks_;   // those of them that designs lie behind
     std::vector<Path> unreadFolders_;
     std::unordered_set<FolderId> visitedFolders_;
+    std::unordered_set<std::string> visitedArchives_;
     IndexSummary summary_;
     std::int64_t files_ = 0;
     double finishedShare_ = 0;

@@ -82,6 +82,13 @@ constexpr std::array<const char*, catalogueLayout> steps{
         stitches INTEGER NOT NULL,
         length REAL NOT NULL,
         PRIMARY KEY (design, position)) WITHOUT ROWID;
+    CREATE TABLE archives (
+        path BLOB PRIMARY KEY,
+        size INTEGER NOT NULL,
+        modified INTEGER NOT NULL,
+        reader INTEGER NOT NULL,
+        designs INTEGER NOT NULL,
+        broken INTEGER NOT NULL) WITHOUT ROWID;
     CREATE INDEX threads_by_color ON threads (color, design);
     INSERT INTO designs (folder, name, words, size, modified, side_size, side_modified, reader, width, height, stitches,
                          colors, failure_domain, failure_code, failure_message)

@@ -43,6 +43,14 @@ void eachValueOfHoop(Hoop& hoop, const Take& take) {
     take(hoop.height);
 }
 
+template <class Member, class Take>
+void eachValueOfMember(Member& member, const Take& take) {
+    take(member.location);
+    take(member.name);
+    take(member.modified);
+    take(member.size);
+}
+
 class FactsWriter {
 public:
     void put(const FileFacts& facts) {
@@ -59,6 +67,15 @@ public:
     void put(const std::error_code& reason) {
         putKind(Kind::refusal);
         writer_.put(reason.value());
+    }
+    void put(const ArchiveFacts& archive) {
+        writer_.put(std::uint64_t{archive.members.size()});
+        for (const MemberFacts& member : archive.members) {
+            eachValueOfMember(member, [this](const auto& value) { writer_.put(value); });
+            put(member.facts);
+        }
+        putFlag(archive.failure.has_value());
+        if (archive.failure) put(*archive.failure);
     }
     [[nodiscard]] std::string take() && noexcept { return std::move(writer_).take(); }
 
@@ -98,14 +115,17 @@ public:
         const auto kind = taken<std::uint8_t>();
         if (kind == static_cast<std::uint8_t>(Kind::refusal))
             return std::error_code(taken<int>(), std::generic_category());
-        FileFacts facts{DesignFailure{}, takeHash()};
-        if (kind == static_cast<std::uint8_t>(Kind::facts))
-            facts.content = takeFacts();
-        else if (kind == static_cast<std::uint8_t>(Kind::failure))
-            facts.content = takeFailure();
-        else
-            isWhole_ = false;
-        return facts;
+        return takeFile(kind);
+    }
+    ArchiveFacts takeArchive() {
+        ArchiveFacts archive;
+        for (auto count = taken<std::uint64_t>(); isWhole_ && count > 0; --count) {
+            MemberFacts& member = archive.members.emplace_back();
+            eachValueOfMember(member, [this](auto& value) { take(value); });
+            member.facts = takeFile(taken<std::uint8_t>());
+        }
+        if (takeFlag()) archive.failure = takeFailure();
+        return archive;
     }
     /// Whether all that was taken was there, and nothing is left.
     [[nodiscard]] bool isWhole() const noexcept { return isWhole_ && bytes_.empty(); }
@@ -149,6 +169,16 @@ private:
     void take(std::optional<HoopFacts>& hoop) {
         if (takeFlag()) eachValueOfHoop(hoop.emplace(), [this](auto& value) { take(value); });
     }
+    FileFacts takeFile(std::uint8_t kind) {
+        FileFacts facts{DesignFailure{}, takeHash()};
+        if (kind == static_cast<std::uint8_t>(Kind::facts))
+            facts.content = takeFacts();
+        else if (kind == static_cast<std::uint8_t>(Kind::failure))
+            facts.content = takeFailure();
+        else
+            isWhole_ = false;
+        return facts;
+    }
     std::optional<Sha256> takeHash() noexcept {
         if (!takeFlag()) return std::nullopt;
         Sha256 hash{};
@@ -181,11 +211,24 @@ std::string bytesOf(const FactsOutcome& outcome) {
     return std::move(writer).take();
 }
 
+std::string bytesOf(const ArchiveFacts& archive) {
+    FactsWriter writer;
+    writer.put(archive);
+    return std::move(writer).take();
+}
+
 FactsOutcome outcomeOf(std::string_view bytes) {
     FactsParser parser(bytes);
     FactsOutcome outcome = parser.takeOutcome();
     if (!parser.isWhole()) return std::make_error_code(std::errc::bad_message);
     return outcome;
+}
+
+FactsOutcome archiveOutcomeOf(std::string_view bytes) {
+    FactsParser parser(bytes);
+    ArchiveFacts archive = parser.takeArchive();
+    if (!parser.isWhole()) return std::make_error_code(std::errc::bad_message);
+    return archive;
 }
 
 }  // namespace velamo

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
 #include <system_error>
 #include <variant>
 #include <vector>
@@ -27,8 +28,29 @@ struct FileFacts {
     friend bool operator==(const FileFacts&, const FileFacts&) = default;
 };
 
-/// That, or why the system did not let the file be read.
-using FactsOutcome = std::variant<FileFacts, std::error_code>;
+/// What came of reading a design in an archive.
+struct MemberFacts {
+    std::string location;       // in the archive, as the bytes of its name
+    std::string name;           // the same as text
+    std::int64_t modified = 0;  // nanoseconds since the start of 1970; 0 where the archive does not say
+    std::uint64_t size = 0;     // of its bytes
+    FileFacts facts;
+    friend bool operator==(const MemberFacts&, const MemberFacts&) = default;
+};
+
+/// What came of going through an archive.
+struct ArchiveFacts {
+    std::vector<MemberFacts> members;           // in the archive's order
+    std::optional<DesignFailure> failure = {};  // why it ended before its end
+    friend bool operator==(const ArchiveFacts&, const ArchiveFacts&) = default;
+};
+
+/// So many bytes of what is known of the designs of an archive are kept. Those of a hundred thousand are; an archive of
+/// more, which somebody made for it, fails behind them.
+inline constexpr std::size_t mostBytesOfArchiveFacts = std::size_t{64} << 20;
+
+/// What came of reading a file, or why the system did not let it be read.
+using FactsOutcome = std::variant<FileFacts, ArchiveFacts, std::error_code>;
 
 /// Reads some files, and tells what came of each, in order. Each thread of execution has a reader of its own. May throw
 /// std::bad_alloc, or WorkerLoss when it cannot read anything any more.
@@ -45,7 +67,8 @@ struct FactsReaders {
 /// one is read as ever. To be called while this process has one thread. WorkerLoss when there is no process to be had.
 [[nodiscard]] FactsReaders factsReaders(std::size_t count, const WorkerLimits& limits = {});
 
-/// What the readers do with a file. May throw std::bad_alloc.
+/// What the readers do with a file; one with an archive's name is gone through as such (see hasArchiveName). May throw
+/// std::bad_alloc.
 [[nodiscard]] FactsOutcome readFacts(const std::filesystem::path& file);
 
 /// A number that changes when the library does, so that files are read again after an update. std::system_error when

@@ -49,6 +49,22 @@ TEST_P(Outcomes, OfOtherBytesDoNoHarm) {
         }
     }
 }
+const ArchiveFacts archive{{{"a/rose.pes", "a/rose.pes", 5, 6, sound},
+                            {"\x81.dst", "ü.dst", 0, 0, {DesignFailure{"domain", 123, "too short"}}}},
+                           DesignFailure{"domain", 74, "damaged"}};
+
+TEST(ArchiveFactsBytes, ComeBackAsTheyWere) {
+    EXPECT_EQ(archiveOutcomeOf(bytesOf(archive)), FactsOutcome(archive));
+    EXPECT_EQ(archiveOutcomeOf(bytesOf(ArchiveFacts{})), FactsOutcome(ArchiveFacts{}));
+}
+TEST(ArchiveFactsBytes, AreRefusedWhereBytesAreMissingOrTooMany) {
+    const FactsOutcome refused = std::make_error_code(std::errc::bad_message);
+    const std::string bytes = bytesOf(archive);
+    for (std::size_t size = 0; size < bytes.size(); ++size)
+        EXPECT_EQ(archiveOutcomeOf(bytes.substr(0, size)), refused) << size;
+    EXPECT_EQ(archiveOutcomeOf(bytes + '\0'), refused);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Rows, Outcomes,
     testing::Values(OutcomeRow{"Facts", sound}, OutcomeRow{"FactsOfLittle", FileFacts{DesignFacts{}}},
