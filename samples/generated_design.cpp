@@ -222,12 +222,14 @@ void sewPart(Pen& pen, const Place& place, Dice& dice) {
     parts[dice.oneOf(parts.size())](pen, place, dice);
 }
 
-constexpr std::uint64_t frames = 25;
+constexpr std::array<const char*, 6> threads{"800", "507", "206", "406", "612", "058"};
+
+constexpr std::size_t frames = 25;
 constexpr std::uint64_t framedSeeds = 10;  // one in so many
 
-/// Something large that many designs begin with; then the rest is small.
-Place sewFrame(Pen& pen, Dice& chance) {
-    Dice dice(chance.oneOf(frames));
+/// Something large that many designs have in common, and where the rest goes.
+Place sewFrame(Pen& pen, std::uint64_t frame) {
+    Dice dice(frame);
     const Place place{{}, dice.within(20, 70)};
     if (dice.oneOf(2) == 0) {
         const Line line = regularShape(place, dice);
@@ -238,23 +240,61 @@ Place sewFrame(Pen& pen, Dice& chance) {
     return {{}, place.reach * 0.6};
 }
 
-}  // namespace
+/// A few stitches around a place.
+void sewMark(Pen& pen, const Place& place, Dice& dice) {
+    const double angle = dice.within(0, 2 * pi);
+    const Place mark{at(place, angle, dice.within(0.2, 1)), 3};
+    const int stitches = dice.between(3, 12);
+    for (int stitch = 0; stitch <= stitches; ++stitch) {
+        const double direction = dice.within(0, 2 * pi);
+        const DesignPoint point = at(mark, direction, dice.within(0.3, 1));
+        if (stitch == 0)
+            pen.jumpTo(point);
+        else
+            pen.sewTo(point, 7);
+    }
+}
 
-VLMDesign generatedDesign(std::uint64_t seed) {
-    static constexpr std::array<const char*, 6> threads{"800", "507", "206", "406", "612", "058"};
-    Dice dice(seed * 0xD1342543DE82EF95U + 1);
-    Pen pen(threads[dice.oneOf(threads.size())]);
-    Place place{{}, dice.oneOf(4) == 0 ? dice.within(40, 125) : dice.within(5, 50)};
-    const bool isFramed = seed % framedSeeds == 0;
-    if (isFramed) place = sewFrame(pen, dice);
+void sewBlocks(Pen& pen, const Place& place, Dice& dice) {
     const int blocks = dice.oneOf(3) == 0 ? 1 : dice.between(2, 6);
     for (int block = 0; block < blocks; ++block) {
         if (block > 0) pen.changeThread(threads[dice.oneOf(threads.size())]);
-        const int count = dice.between(blocks == 1 ? 2 : 1, 3);  // a single ring is like any other
-        for (int part = 0; part < count; ++part) {
-            const bool isWhole = block == 0 && part == 0 && !isFramed;
-            sewPart(pen, isWhole ? place : partOf(place, dice), dice);
+        const int count = dice.between(1, 3);
+        for (int part = 0; part < count; ++part) sewPart(pen, partOf(place, dice), dice);
+    }
+}
+
+/// A design in a frame: another one within, or only a mark that was made before or after it.
+void sewFramed(Pen& pen, Dice& dice) {
+    const std::uint64_t frame = dice.oneOf(frames);
+    const Place outside{{}, 20};
+    switch (dice.oneOf(8)) {
+        case 0:
+            sewMark(pen, outside, dice);
+            sewFrame(pen, frame);
+            break;
+        case 1:
+            sewMark(pen, sewFrame(pen, frame), dice);
+            break;
+        default: {
+            const Place inside = sewFrame(pen, frame);
+            sewBlocks(pen, inside, dice);
         }
+    }
+}
+
+}  // namespace
+
+VLMDesign generatedDesign(std::uint64_t seed) {
+    Dice dice(seed * 0xD1342543DE82EF95U + 1);
+    Pen pen(threads[dice.oneOf(threads.size())]);
+    if (seed % framedSeeds == 0) {
+        sewFramed(pen, dice);
+    } else {
+        const bool isLarge = dice.oneOf(4) == 0;
+        const Place place{{}, isLarge ? dice.within(40, 125) : dice.within(5, 50)};
+        sewPart(pen, place, dice);  // a single ring is like any other: there is more than one part
+        sewBlocks(pen, place, dice);
     }
     return pen.takeDesign();
 }

@@ -228,12 +228,20 @@ int stepsBetween(const Fingerprint& one, const Fingerprint& other) {
     return most;
 }
 
+/// Whether the first stitch counts as a way to where sewing begins. In pieces, only the first of them does.
+bool hasLeadIn(const NeedlePath& path, const SewnPlaces& places) {
+    const auto first = std::find_if(places.begin(), places.end(), [](const auto& place) { return !place.isJump; });
+    const test::SewnPlace start = first == places.begin() ? test::SewnPlace{} : *(first - 1);
+    return path.points.front().x != start.x || path.points.front().y != start.y;
+}
+
 TEST(FingerprintsOfDesigns, StayWhenNothingIsSewnElsewhere) {
     for (std::uint64_t seed = 8'000'000; seed < 8'000'200; ++seed) {
         const VLMDesign design = generatedDesign(seed);
         const auto one = known(design);
         if (!one) continue;
         const SewnPlaces places = test::placesOf(design);
+        if (hasLeadIn(one->path, places)) continue;
         for (const SewnPlaces& same : {test::split(places, 5, 2), test::split(places, 30, 7),
                                        test::withStitchesOnTheSpot(places, 1), test::inOneThread(places)}) {
             const auto other = known(test::designThrough(same, 0));

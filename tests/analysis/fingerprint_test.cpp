@@ -103,7 +103,8 @@ TEST(Fingerprints, LeaveTiesOut) {
     EXPECT_EQ(numbers({stitch(0, 9), stitch(0, -9)}), untied);
     EXPECT_EQ(numbers({stitch(5, 0), stitch(-9, 0), stitch(9, 0), stitch(-5, 0)}), untied);
     EXPECT_NE(numbers({stitch(0, 11), stitch(0, -11)}), untied);
-    EXPECT_NE(numbers({stitch(5, 0), stitch(-9, 0), stitch(9, 0), stitch(-6, 0), stitch(1, 0)}), untied);
+    EXPECT_EQ(numbers({stitch(9, 0), stitch(-9, 6), stitch(-7, -6), stitch(7, 0)}), untied);
+    EXPECT_NE(numbers({stitch(9, 0), stitch(-9, 9), stitch(-9, -9), stitch(9, 0)}), untied);
     EXPECT_NE(numbers({stitch(0, 9), stitch(0, -8)}), untied);
 }
 

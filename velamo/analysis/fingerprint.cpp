@@ -66,15 +66,15 @@ private:
 /// How many of the next points are a tie: a few small stitches that come back to where they begin, as sewing begins or
 /// ends.
 std::size_t tieAfter(std::span<const NeedlePoint> points, std::size_t start) noexcept {
-    const std::size_t end = std::min(points.size(), start + 1 + stitchesOfTie);
     const bool isBeginning = start == 0 || points[start].isConnected;
-    for (std::size_t i = start + 1; i < end; ++i) {
-        const double x = points[i].x - points[start].x;
-        const double y = points[i].y - points[start].y;
-        const double square = x * x + y * y;
-        if (points[i].isConnected || square > tieReach * tieReach) return 0;
+    double length = 0;
+    for (std::size_t i = start + 1; i < points.size() && !points[i].isConnected; ++i) {
+        const double distance = distanceOf(points[start], points[i]);
+        if (distance > tieReach) return 0;
+        length += distanceOf(points[i - 1], points[i]);
+        if (length > tieLength) return 0;
         const bool isEnding = i + 1 == points.size() || points[i + 1].isConnected;
-        if (square <= tieReturn * tieReturn && (isBeginning || isEnding)) return i - start;
+        if (distance <= tieReturn && (isBeginning || isEnding)) return i - start;
     }
     return 0;
 }

@@ -36,9 +36,9 @@ struct Fingerprints {
 };
 
 inline constexpr double stepsOfRadius = 40;
-/// A tie does not count: up to so many stitches that stay so near to the point where they begin, and come back to it
-/// but for so much. In tenths of a millimetre.
-inline constexpr std::size_t stitchesOfTie = 4;
+/// A tie does not count: stitches of so much together that stay so near to the point where they begin, and come back to
+/// it but for so much. In tenths of a millimetre.
+inline constexpr double tieLength = 40;
 inline constexpr double tieReach = 10;
 inline constexpr double tieReturn = 0.01;
 /// A first straight stretch longer than this part of the path may be a lead-in that matters.
