@@ -35,7 +35,7 @@ class Places {
 public:
     /// The place as a name that is the same whichever way leads there, and for all names that some file system takes
     /// for one: those that differ in case, or in how a letter with a mark is made up.
-    std::string identityOf(const fs::path& file) { return foldedForSearch(placeOf(file).native()); }
+    std::string identityOf(const fs::path& file) { return foldedName(placeOf(file).native()); }
 
 private:
     /// The last link is followed here even where it leads to nothing yet.

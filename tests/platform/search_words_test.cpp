@@ -12,7 +12,19 @@ TEST(FoldedForSearch, HasNoDifferencesOfCaseAndComposition) {
     EXPECT_EQ(foldedForSearch("ＲＯＳＥ"), "rose");
     EXPECT_EQ(foldedForSearch(""), "");
     EXPECT_EQ(foldedForSearch("%_'\"\\"), "%_'\"\\");
-    EXPECT_NE(foldedForSearch("ahre"), foldedForSearch("Ähre"));
+}
+
+TEST(FoldedForSearch, HasNoAccents) {
+    EXPECT_EQ(foldedForSearch("Ähre"), "ahre");
+    EXPECT_EQ(foldedForSearch("CAFÉ"), foldedForSearch("cafe"));
+    EXPECT_EQ(foldedForSearch("Ёлка"), foldedForSearch("елка"));
+    EXPECT_NE(foldedForSearch("が"), foldedForSearch("か"));  // other letters
+}
+
+TEST(FoldedName, HasItsAccents) {
+    EXPECT_EQ(foldedName("ÄHRE"), foldedName("a\u0308hre"));
+    EXPECT_NE(foldedName("ahre"), foldedName("Ähre"));
+    EXPECT_EQ(foldedName("ROSE"), "rose");
 }
 
 TEST(FoldedForSearch, ReplacesWhatIsNoText) {
