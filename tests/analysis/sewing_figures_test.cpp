@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {6, 0, {{0, 2, 50}, {1, 2, 50}}, 100}},
         FigureRow{"OfWhatIsNotFinite",
                   {stitch(0, 0), stitch(test::awkwardNumbers[0], 0), stitch(3, 4)},
-                  {0, 0, {{0, 3, 0}}, 0}}),
+                  {0, 0, {{0, 3, 5}}, 5}}),
     [](const auto& row) { return row.param.name; });
 
 }  // namespace

@@ -7,8 +7,11 @@
 namespace velamo {
 namespace {
 
-double lengthOf(const NeedleMove& move) noexcept {
-    const double length = std::hypot(move.end.x - move.start.x, move.end.y - move.start.y);
+/// The squares of singles fit into a double; std::hypot, which takes care that they do, takes ten times as long.
+double lengthOf(const VLMStitch& stitch) noexcept {
+    const double x = stitch.deltaX();
+    const double y = stitch.deltaY();
+    const double length = std::sqrt(x * x + y * y);
     return std::isfinite(length) ? length : 0;
 }
 
@@ -23,7 +26,7 @@ public:
             ++figures_.jumps;
             ++jumpsInRow_;
         } else {
-            addStitch(move);
+            addStitch(stitch, move.isSewn);
         }
     }
     [[nodiscard]] SewingFigures take() && {
@@ -40,13 +43,14 @@ private:
     void endBlock() {
         if (block_.stitches > 0) figures_.blocks.push_back(block_);
     }
-    void addStitch(const NeedleMove& move) {
+    void addStitch(const VLMStitch& stitch, bool isSewn) {
         if (jumpsInRow_ >= jumpsOfTrim && block_.stitches > 0) ++figures_.trims;
         jumpsInRow_ = 0;
         ++block_.stitches;
-        if (!move.isSewn) return;
-        block_.sewnLength += lengthOf(move);
-        figures_.sewnLength += lengthOf(move);
+        if (!isSewn) return;
+        const double length = lengthOf(stitch);
+        block_.sewnLength += length;
+        figures_.sewnLength += length;
     }
 
     NeedleWalk walk_;

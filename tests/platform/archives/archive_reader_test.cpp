@@ -2,12 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <cerrno>
 #include <utility>
 
 #include "tests/support/archives.h"
+#include "tests/support/deflated.h"
 #include "tests/support/temporary_folder.h"
 
 namespace velamo {
@@ -48,30 +48,6 @@ const std::string isTooMuch = "the archive unpacks to far more than it could hol
 const std::string areTooMany = "the archive holds too many files";
 const std::string isTooLarge = "it is too large for a design";
 
-Bytes deflated(const Bytes& plain, bool isGzip) {
-    z_stream stream{};
-    constexpr int gzip = 16;
-    if (deflateInit2(&stream, 9, Z_DEFLATED, isGzip ? gzip + MAX_WBITS : -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK)
-        return {};
-    Bytes packed(deflateBound(&stream, static_cast<uLong>(plain.size())));
-    stream.next_in = const_cast<Bytef*>(plain.data());
-    stream.avail_in = static_cast<uInt>(plain.size());
-    stream.next_out = packed.data();
-    stream.avail_out = static_cast<uInt>(packed.size());
-    deflate(&stream, Z_FINISH);
-    packed.resize(stream.total_out);
-    deflateEnd(&stream);
-    return packed;
-}
-
-PackedFile deflatedFile(std::string name, const Bytes& plain) {
-    return {.name = std::move(name),
-            .bytes = deflated(plain, false),
-            .method = 8,
-            .claimedSize = static_cast<std::int64_t>(plain.size()),
-            .sum = test::crc32Of(plain)};
-}
-
 Bytes cutBy(Bytes archive, std::size_t count) {
     archive.resize(archive.size() - count);
     return archive;
@@ -106,7 +82,7 @@ const std::vector<std::string> both{"rose.dst: 4", "5x7/leaf.dst: 4"};
 INSTANTIATE_TEST_SUITE_P(
     Kinds, Archives,
     testing::Values(Row{"Zip", test::zipOf(two), both}, Row{"Tar", test::tarOf(two), both},
-                    Row{"TarGz", deflated(test::tarOf(two), true), both}, Row{"Rar4", test::rar4Of(two), both},
+                    Row{"TarGz", test::deflated(test::tarOf(two), true), both}, Row{"Rar4", test::rar4Of(two), both},
                     Row{"Rar5", test::rar5Of(two), both},
                     Row{"ZipWithAFolder",
                         test::zipOf({{.name = "5x7/", .bytes = {}}, {.name = "5x7/a", .bytes = four}}),
@@ -130,10 +106,10 @@ const std::vector<std::string> oddlyNamedMembers{"/abs.dst! " + leadsOut,
                                                  "last.dst: 4"};
 
 Bytes damagedZip() {
-    PackedFile middle = deflatedFile("b.dst", test::repeated(500, 'b'));
+    PackedFile middle = test::deflatedFile("b.dst", test::repeated(500, 'b'));
     for (std::uint8_t& byte : middle.bytes) byte = 0xFF;
-    return test::zipOf(
-        {deflatedFile("a.dst", test::repeated(500, 'a')), middle, deflatedFile("c.dst", test::repeated(500, 'c'))});
+    return test::zipOf({test::deflatedFile("a.dst", test::repeated(500, 'a')), middle,
+                        test::deflatedFile("c.dst", test::repeated(500, 'c'))});
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -219,7 +195,7 @@ TEST(ArchiveReading, SaysWhyAFileCannotBeRead) {
 /// Whatever is cut off, members are whole or refused.
 TEST(ArchiveReading, SurvivesEveryPrefix) {
     for (const Bytes& whole : {test::zipOf(two), test::tarOf(two), test::rar4Of(two), test::rar5Of(two), damagedZip(),
-                               deflated(test::tarOf(two), true)})
+                               test::deflated(test::tarOf(two), true)})
         for (std::size_t size = 0; size < whole.size(); ++size)
             for (const std::string& line : shown(cutBy(whole, whole.size() - size)))
                 EXPECT_THAT(line, testing::AnyOf(testing::EndsWith(": 4"), testing::EndsWith(": 500"),
@@ -245,14 +221,14 @@ TEST(ArchiveLimit, OfNames) {
 
 TEST(ArchiveLimit, OfAMember) {
     EXPECT_EQ(ArchiveLimits().bytesOfMember, std::uint64_t{256} << 20);
-    const Bytes zip = test::zipOf(
-        {deflatedFile("large", test::repeated(100'001, 0)), deflatedFile("last", test::repeated(100'000, 0))});
+    const Bytes zip = test::zipOf({test::deflatedFile("large", test::repeated(100'001, 0)),
+                                   test::deflatedFile("last", test::repeated(100'000, 0))});
     EXPECT_THAT(shown(zip, {.bytesOfMember = 100'000}), ElementsAre("large! " + isTooLarge, "last: 100000"));
 }
 
 /// What comes counts, not what the header says: memory is taken for that alone.
 TEST(ArchiveReading, DoesNotTrustSizes) {
-    PackedFile lying = deflatedFile("lying", test::repeated(200'000, 0));
+    PackedFile lying = test::deflatedFile("lying", test::repeated(200'000, 0));
     for (const std::int64_t size : {std::int64_t{10}, std::int64_t{0xFFFFFF00}}) {
         lying.claimedSize = size;
         EXPECT_THAT(shown(test::zipOf({lying, {.name = "last", .bytes = four}})),
@@ -273,7 +249,7 @@ TEST(ArchiveLimit, OfAllThatIsUnpacked) {
 TEST(ArchiveLimit, OfTimesUnpacked) {
     EXPECT_EQ(ArchiveLimits().timesUnpacked, 1000U);
     EXPECT_EQ(ArchiveLimits().alwaysUnpacked, std::uint64_t{64} << 20);
-    const Bytes zip = test::zipOf({deflatedFile("a", test::repeated(100'000, 0))});
+    const Bytes zip = test::zipOf({test::deflatedFile("a", test::repeated(100'000, 0))});
     EXPECT_THAT(shown(zip, {.timesUnpacked = 10, .alwaysUnpacked = 100'000}), ElementsAre("a: 100000"));
     EXPECT_THAT(shown(zip, {.timesUnpacked = 10, .alwaysUnpacked = 99'999}),
                 ElementsAre("a! " + isTooMuch, "! " + isTooMuch));
@@ -281,7 +257,7 @@ TEST(ArchiveLimit, OfTimesUnpacked) {
 
 /// Many entries of a zip may share one piece of packed bytes: they are one.
 TEST(ArchiveLimit, IsNotPassedByEntriesThatShareBytes) {
-    std::vector<PackedFile> files{deflatedFile("a", test::repeated(100'000, 0))};
+    std::vector<PackedFile> files{test::deflatedFile("a", test::repeated(100'000, 0))};
     for (int i = 0; i < 50; ++i)
         files.push_back({.name = std::to_string(i), .bytes = {}, .method = 8, .claimedSize = 100'000});
     for (PackedFile& file : files) file.claimedOffset = 0;
@@ -293,7 +269,7 @@ TEST(ArchiveLimit, IsNotPassedByEntriesThatShareBytes) {
 TEST(ArchiveLimit, OfWhatIsPassedOver) {
     const Bytes tar = test::tarOf(
         {{.name = "large", .bytes = test::repeated(std::size_t{80} << 20, 0)}, {.name = "last", .bytes = four}});
-    const Bytes bomb = deflated(deflated(tar, true), true);
+    const Bytes bomb = test::deflated(test::deflated(tar, true), true);
     ArchiveReader archive(bomb);
     ASSERT_TRUE(archive.next());
     EXPECT_FALSE(archive.next());
