@@ -448,6 +448,9 @@ std::optional<std::int64_t> Catalogue::forget(const std::filesystem::path& place
         isKnown = true;
     }
     for (const auto& archive : archivesBelow(place)) removeArchive(archive);
+    // One of which a part is forgotten is gone through anew.
+    for (auto around = place.parent_path(); around.has_relative_path(); around = around.parent_path())
+        removeArchive(around);
     std::int64_t removed = removeFolders(place, [](FolderId, const std::filesystem::path&) { return false; });
     const auto folder = findFolder(place.parent_path());
     if (folder && designsIn(*folder).contains(place.filename())) {

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "reading/value_writer.h"
+#include "velamo/platform/archives/member_names.h"
 
 namespace velamo {
 namespace {
@@ -122,6 +123,8 @@ public:
         for (auto count = taken<std::uint64_t>(); isWhole_ && count > 0; --count) {
             MemberFacts& member = archive.members.emplace_back();
             eachValueOfMember(member, [this](auto& value) { take(value); });
+            // It must not lead elsewhere.
+            isWhole_ = isWhole_ && !member.location.empty() && locationOf(member.location) == member.location;
             member.facts = takeFile(taken<std::uint8_t>());
         }
         if (takeFlag()) archive.failure = takeFailure();

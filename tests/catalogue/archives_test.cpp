@@ -197,6 +197,8 @@ TEST_F(IndexedArchives, AreForgotten) {
     EXPECT_EQ(catalogue_.forget(zip), 3);
     EXPECT_THAT(known(), IsEmpty());
     EXPECT_EQ(run({zip}), (IndexSummary{.added = 3, .broken = 1}));
+    EXPECT_EQ(catalogue_.forget(zip / "small"), 2);
+    EXPECT_EQ(run({}), (IndexSummary{.added = 2, .changed = 1, .broken = 1}));
     EXPECT_EQ(catalogue_.forget(designs_), 3);
 }
 

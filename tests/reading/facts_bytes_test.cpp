@@ -65,6 +65,14 @@ TEST(ArchiveFactsBytes, AreRefusedWhereBytesAreMissingOrTooMany) {
     EXPECT_EQ(archiveOutcomeOf(bytes + '\0'), refused);
 }
 
+class LocationsThatLeadOut : public testing::TestWithParam<const char*> {};
+TEST_P(LocationsThatLeadOut, AreRefused) {
+    const ArchiveFacts lying{{{GetParam(), "rose.pes", 5, 6, sound}}};
+    EXPECT_EQ(archiveOutcomeOf(bytesOf(lying)), FactsOutcome(std::make_error_code(std::errc::bad_message)));
+}
+INSTANTIATE_TEST_SUITE_P(Rows, LocationsThatLeadOut,
+                         testing::Values("/etc/rose.pes", "../rose.pes", "a/../../rose.pes", "", "a//rose.pes"));
+
 INSTANTIATE_TEST_SUITE_P(
     Rows, Outcomes,
     testing::Values(OutcomeRow{"Facts", sound}, OutcomeRow{"FactsOfLittle", FileFacts{DesignFacts{}}},
