@@ -444,7 +444,8 @@ private:
         const Path file = job.file / member.location;
         const auto words = Path(member.name);
         const FolderId folder = catalogue_.putFolder(
-            file.parent_path(), (wordsOf(job.file.parent_path()) / job.file.filename() / words.parent_path()).native(),
+            file.parent_path(),
+            (wordsOf(job.file.parent_path()) / job.file.filename() / words.relative_path().parent_path()).native(),
             job.device);
         visitedFolders_.insert(folder);
         const auto known = rest.find(folder);

@@ -66,6 +66,17 @@ bool isProtected(const ArchivedDesign& design) {
     return design.error.words == errorOf(ArchiveFault::protectedByPassword).words;
 }
 
+/// A location within the archive, also for a name that leads out of it, which has a row that says so.
+std::string insideLocation(const std::string& location) {
+    const bool isAbsolute = location.starts_with('/');
+    std::string inside = isAbsolute ? "(root)" : "";
+    for (const auto& part : std::filesystem::path(location).relative_path()) {
+        if (part.empty() || part == ".") continue;
+        inside += (inside.empty() ? "" : "/") + (part == ".." ? "(..)" : part.native());
+    }
+    return inside;
+}
+
 FactsOutcome factsOfArchive(const std::filesystem::path& file) {
     const auto found = designsOfArchive(file, [](const ArchivedDesign& design, auto bytes, auto sideFile) {
         return bytesOf(factsOfBytes(bytes, extensionOf(design.location), sideFile));
@@ -85,7 +96,7 @@ FactsOutcome factsOfArchive(const std::filesystem::path& file) {
             facts.failure = DesignFailure{std::string(systemErrorDomain), EFBIG, "more is in it than can be kept"};
             return facts;
         }
-        facts.members.push_back({.location = design.location,
+        facts.members.push_back({.location = insideLocation(design.location),
                                  .name = design.name,
                                  .modified = design.modified,
                                  .size = design.size,

@@ -161,6 +161,19 @@ TEST_F(IndexedArchives, ThatAreDamagedKeepWhatCanBeRead) {
     EXPECT_THAT(known(), testing::Contains("nothing.zip/rose.dst"));
 }
 
+TEST_F(IndexedArchives, HaveRowsForNamesThatLeadOut) {
+    write("evil.zip", zipOf({{"../up.dst", soundDst()},
+                             {"/etc/root.dst", soundDst()},
+                             {"a/../../out.dst", soundDst()},
+                             {"rose.dst", soundDst()}}));
+    EXPECT_EQ(indexFolders(catalogue_, {{designs_}}, factsReaders(1).readers, 1, told_.observer()),
+              (IndexSummary{.added = 4, .broken = 3}));
+    EXPECT_THAT(known(), UnorderedElementsAre("evil.zip/rose.dst", ":evil.zip/(..)/up.dst",
+                                              ":evil.zip/(root)/etc/root.dst", ":evil.zip/a/(..)/(..)/out.dst"));
+    EXPECT_EQ(catalogue_.search({.words = {"root"}, .isBroken = true}).at(0).failure->message,
+              "its name leads out of the archive");
+}
+
 TEST_F(IndexedArchives, ProtectedByAPasswordAreOneRow) {
     constexpr int isEncrypted = 1;
     const PackedFile locked{"rose.dst", soundDst(), isEncrypted};
