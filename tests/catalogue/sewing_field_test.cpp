@@ -5,10 +5,6 @@
 namespace velamo {
 namespace {
 
-void PrintTo(const SewingField& field, std::ostream* out) {
-    *out << field.width << " x " << field.height;
-}
-
 struct FieldRow {
     const char* name;
     const char* text;
