@@ -133,16 +133,20 @@ void sewFilling(Pen& pen, const Place& place, Dice& dice) {
     const auto [low, high] = std::minmax_element(line.begin(), line.end(), [](auto& a, auto& b) { return a.y < b.y; });
     bool isBack = dice.oneOf(2) == 0;
     bool isFirst = true;
-    for (double level = low->y + spacing / 2; level < high->y; level += spacing, isBack = !isBack) {
+    double level = low->y + spacing / 2;
+    while (level < high->y) {
         const auto [left, right] = crossings(line, level);
-        if (left > right) continue;
-        const DesignPoint start = turned({isBack ? right : left, level}, angle);
-        if (isFirst)
-            pen.jumpTo(start);
-        else
-            pen.sewTo(start, stitch);
-        pen.sewTo(turned({isBack ? left : right, level}, angle), stitch);
-        isFirst = false;
+        if (left <= right) {
+            const DesignPoint start = turned({isBack ? right : left, level}, angle);
+            if (isFirst)
+                pen.jumpTo(start);
+            else
+                pen.sewTo(start, stitch);
+            pen.sewTo(turned({isBack ? left : right, level}, angle), stitch);
+            isFirst = false;
+        }
+        level += spacing;
+        isBack = !isBack;
     }
 }
 
