@@ -238,10 +238,12 @@ private:
         tellProgress(finishedShare);
     }
 
-    /// What stays out of reach is skipped, as it is each time. Where the system could not read what it has, the run has
-    /// not done what it was asked for.
+    /// What stays out of reach is skipped, as it is each time, and what somebody writes at the moment is read the next
+    /// time, as if it were written a moment later. Where the system could not read what it has, the run has not done
+    /// what it was asked for.
     void noteReason(std::error_code reason) {
-        if (!isAbsence(reason)) summary_.isComplete = false;
+        const bool isBeingWritten = reason == std::errc::resource_unavailable_try_again;
+        if (!isAbsence(reason) && !isBeingWritten) summary_.isComplete = false;
     }
 
     /// An emptied folder is where it was; one that waits for its disk is not.

@@ -465,6 +465,16 @@ TEST_F(Indexer, SurvivesFoldersThatComeAndGo) {
     EXPECT_EQ(run(), (IndexSummary{.unchanged = 20}));
 }
 
+TEST_F(Indexer, ReadsTheNextTimeWhatIsBeingWritten) {
+    write("rose.dst");
+    const auto busy = [](const std::filesystem::path&) {
+        return FactsOutcome(std::make_error_code(std::errc::resource_unavailable_try_again));
+    };
+    EXPECT_EQ(test::runIndexer(catalogue_, {designs_}, told_, 1, busy), (IndexSummary{.skipped = 1}));
+    EXPECT_EQ(told_.problems.size(), 1U);
+    EXPECT_EQ(run(), (IndexSummary{.added = 1}));
+}
+
 TEST_F(Indexer, WaitsForAnotherProgramThatWritesIntoTheCatalogue) {
     write("rose.dst");
     sqlite3* other = nullptr;
