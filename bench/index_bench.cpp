@@ -81,7 +81,7 @@ void runIndexer() {
 std::string attributesOnly(const std::string& file) {
     DesignFacts facts;
     facts.attributes = attributesOfFile(file).value();
-    return bytesOf(FactsOutcome(FileFacts{std::move(facts)}));
+    return bytesOf(FileOutcome(FileFacts{std::move(facts)}));
 }
 
 void runIndexerOfAttributes() {
@@ -92,7 +92,8 @@ void runIndexerOfAttributes() {
             [own = std::make_shared<LastingWorker>(std::move(worker))](std::span<const fs::path> files) {
                 const std::vector<std::string> paths(files.begin(), files.end());
                 std::vector<FactsOutcome> outcomes;
-                for (const auto& reply : own->ask(paths)) outcomes.push_back(outcomeOf(std::get<std::string>(reply)));
+                for (const auto& reply : own->ask(paths))
+                    outcomes.emplace_back(std::get<FileFacts>(outcomeOf(std::get<std::string>(reply))));
                 return outcomes;
             });
     runIndexerWith(std::move(readers));

@@ -22,15 +22,15 @@ ExitStatus reportNoModule(const Console& console, const std::string& reason) {
 }
 
 /// The plug-in does not say why it refuses a file: the library does.
-FactsOutcome reasonForRefusal(const std::string& file) {
-    FactsOutcome outcome = readFacts(file);
+FileOutcome reasonForRefusal(const std::string& file) {
+    FileOutcome outcome = readFileFacts(file);
     auto* facts = std::get_if<FileFacts>(&outcome);
     if (facts != nullptr && std::holds_alternative<DesignFacts>(facts->content))
         facts->content = DesignFailure{std::string(systemErrorDomain), ENOTSUP, "the plug-in tells nothing of it"};
     return outcome;
 }
 
-FactsOutcome askPlugin(PluginHost& host, const std::string& file) {
+FileOutcome askPlugin(PluginHost& host, const std::string& file) {
     const auto attributes = host.attributesOf(file);
     if (!attributes) return reasonForRefusal(file);
     DesignFacts facts;
@@ -38,7 +38,7 @@ FactsOutcome askPlugin(PluginHost& host, const std::string& file) {
     return FileFacts{std::move(facts)};
 }
 
-VLMError errorOf(const FactsOutcome& outcome) {
+VLMError errorOf(const FileOutcome& outcome) {
     VLMError error;
     if (const auto* reason = std::get_if<std::error_code>(&outcome)) {
         failWithSystemError(reason->value(), &error);
@@ -47,13 +47,13 @@ VLMError errorOf(const FactsOutcome& outcome) {
     return errorOf(std::get<DesignFailure>(std::get<FileFacts>(outcome).content));
 }
 
-std::optional<DesignAttributes> attributesIn(const FactsOutcome& outcome) {
+std::optional<DesignAttributes> attributesIn(const FileOutcome& outcome) {
     const auto* file = std::get_if<FileFacts>(&outcome);
     const auto* facts = file == nullptr ? nullptr : std::get_if<DesignFacts>(&file->content);
     return facts == nullptr ? std::nullopt : std::optional(facts->attributes);
 }
 
-FactsOutcome ask(LastingWorker& worker, const std::string& file) {
+FileOutcome ask(LastingWorker& worker, const std::string& file) {
     const auto reply = worker.ask({&file, 1}).at(0);
     if (const auto* death = std::get_if<WorkerDeath>(&reply)) return FileFacts{failureOf(errorOf(*death))};
     return outcomeOf(std::get<std::string>(reply));
@@ -71,7 +71,7 @@ ExitStatus askForEach(LastingWorker& worker, std::span<const std::string> files,
     std::optional<JsonListWriter> list;
     if (isJson) list.emplace(console.out);
     for (const std::string& file : files) {
-        const FactsOutcome outcome = ask(worker, file);
+        const FileOutcome outcome = ask(worker, file);
         const auto attributes = attributesIn(outcome);
         if (!attributes) {
             status = ExitStatus::failure;

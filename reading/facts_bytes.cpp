@@ -112,7 +112,7 @@ class FactsParser {
 public:
     explicit FactsParser(std::string_view bytes) noexcept : bytes_(bytes) {}
 
-    FactsOutcome takeOutcome() {
+    FileOutcome takeOutcome() {
         const auto kind = taken<std::uint8_t>();
         if (kind == static_cast<std::uint8_t>(Kind::refusal))
             return std::error_code(taken<int>(), std::generic_category());
@@ -208,7 +208,7 @@ private:
 
 }  // namespace
 
-std::string bytesOf(const FactsOutcome& outcome) {
+std::string bytesOf(const FileOutcome& outcome) {
     FactsWriter writer;
     std::visit([&writer](const auto& value) { writer.put(value); }, outcome);
     return std::move(writer).take();
@@ -220,18 +220,17 @@ std::string bytesOf(const ArchiveFacts& archive) {
     return std::move(writer).take();
 }
 
-FactsOutcome outcomeOf(std::string_view bytes) {
+FileOutcome outcomeOf(std::string_view bytes) {
     FactsParser parser(bytes);
-    FactsOutcome outcome = parser.takeOutcome();
+    FileOutcome outcome = parser.takeOutcome();
     if (!parser.isWhole()) return std::make_error_code(std::errc::bad_message);
     return outcome;
 }
 
-FactsOutcome archiveOutcomeOf(std::string_view bytes) {
+std::optional<ArchiveFacts> archiveFactsOf(std::string_view bytes) {
     FactsParser parser(bytes);
     ArchiveFacts archive = parser.takeArchive();
-    if (!parser.isWhole()) return std::make_error_code(std::errc::bad_message);
-    return archive;
+    return parser.isWhole() ? std::optional(std::move(archive)) : std::nullopt;
 }
 
 }  // namespace velamo

@@ -32,18 +32,23 @@ bool isOfSystem(const ArchiveError& error) noexcept {
     return error && error.words.empty();
 }
 
-FactsOutcome refusalOf(const VLMError& error, const std::optional<Sha256>& hash) {
+FileOutcome refusalOf(const VLMError& error, const std::optional<Sha256>& hash) {
     if (isOfSystem(error)) return std::error_code(error.code, std::generic_category());
     return FileFacts{failureOf(error), hash};
 }
 
-FactsOutcome factsOfBytes(std::span<const std::uint8_t> bytes, std::string_view extension,
-                          std::span<const std::uint8_t> sideFile) {
+/// What is known of the file of these bytes, which `import` reads into a design.
+template <class Import>
+FileOutcome factsOfBytes(std::span<const std::uint8_t> bytes, const Import& import) {
     const Sha256 hash = sha256Of(bytes);
     VLMDesign design;
     VLMError error;
-    if (!importDesignFromBytes(design, bytes, extension, &error, sideFile)) return refusalOf(error, hash);
+    if (!import(design, &error)) return refusalOf(error, hash);
     return FileFacts{factsOfDesign(design), hash};
+}
+
+FactsOutcome asFactsOutcome(FileOutcome outcome) {
+    return std::visit([](auto& value) { return FactsOutcome(std::move(value)); }, outcome);
 }
 
 DesignFailure failureOf(const ArchiveError& error) {
@@ -55,7 +60,7 @@ DesignFailure failureOf(const ArchiveError& error) {
 /// Whatever went wrong, it did with the bytes in memory: the member's own.
 FileFacts factsOfMember(const ArchivedDesign& design) {
     if (design.error) return {.content = failureOf(design.error)};
-    FactsOutcome outcome = outcomeOf(design.made);
+    FileOutcome outcome = outcomeOf(design.made);
     if (auto* facts = std::get_if<FileFacts>(&outcome)) return std::move(*facts);
     VLMError error;
     failWithSystemError(std::get<std::error_code>(outcome).value(), &error);
@@ -79,7 +84,9 @@ std::string insideLocation(const std::string& location) {
 
 FactsOutcome factsOfArchive(const std::filesystem::path& file) {
     const auto found = designsOfArchive(file, [](const ArchivedDesign& design, auto bytes, auto sideFile) {
-        return bytesOf(factsOfBytes(bytes, extensionOf(design.location), sideFile));
+        return bytesOf(factsOfBytes(bytes, [&](VLMDesign& read, VLMError* error) {
+            return importDesignFromBytes(read, bytes, extensionOf(design.location), error, sideFile);
+        }));
     });
     if (isOfSystem(found.error)) return found.error.reason;
     ArchiveFacts facts;
@@ -111,12 +118,13 @@ std::string answer(const std::string& file, AttachmentWriter& attachment) {
     VLMError error;
     std::string answer;
     const bool isDone = operation(&error, [&] {
-        const FactsOutcome outcome = readFacts(file);
-        const auto* archive = std::get_if<ArchiveFacts>(&outcome);
-        if (archive == nullptr) {
-            answer = bytesOf(outcome);
+        if (!hasArchiveName(file)) {
+            answer = bytesOf(readFileFacts(file));
             return true;
         }
+        const FactsOutcome outcome = factsOfArchive(file);
+        const auto* archive = std::get_if<ArchiveFacts>(&outcome);
+        if (archive == nullptr) return failWithSystemError(std::get<std::error_code>(outcome).value(), &error);
         const std::string bytes = bytesOf(*archive);
         const auto reason = attachment.append(std::as_bytes(std::span(bytes)));
         return !reason || failWithSystemError(reason.value(), &error);
@@ -131,12 +139,14 @@ FactsOutcome attachedTo(WorkerProcess& worker) {
     std::string bytes(size, '\0');
     const auto reason = worker.readAttachment(std::as_writable_bytes(std::span(bytes)), 0);
     worker.clearAttachment();
-    return reason ? FactsOutcome(reason) : archiveOutcomeOf(bytes);
+    if (reason) return reason;
+    auto archive = archiveFactsOf(bytes);
+    return archive ? FactsOutcome(*std::move(archive)) : std::make_error_code(std::errc::bad_message);
 }
 
 FactsOutcome outcomeIn(const WorkerProcess::Reply& reply) {
     if (const auto* death = std::get_if<WorkerDeath>(&reply)) return FileFacts{failureOf(errorOf(*death))};
-    return outcomeOf(std::get<std::string>(reply));
+    return asFactsOutcome(outcomeOf(std::get<std::string>(reply)));
 }
 
 /// An archive's answer would be lost with that of the next one.
@@ -165,16 +175,16 @@ std::vector<FactsOutcome> readWith(LastingWorker& worker, std::span<const std::f
 
 }  // namespace
 
-FactsOutcome readFacts(const std::filesystem::path& file) {
-    if (hasArchiveName(file)) return factsOfArchive(file);
+FileOutcome readFileFacts(const std::filesystem::path& file) {
     const FileContent content = readFile(file);
     if (content.error) return content.error;
-    const Sha256 hash = sha256Of(content.bytes);
-    VLMDesign design;
-    VLMError error;
-    if (!importDesignFromURLerror(design, file, &error, {.givesSystemReason = true, .bytes = content.bytes}))
-        return refusalOf(error, hash);
-    return FileFacts{factsOfDesign(design), hash};
+    return factsOfBytes(content.bytes, [&](VLMDesign& design, VLMError* error) {
+        return importDesignFromURLerror(design, file, error, {.givesSystemReason = true, .bytes = content.bytes});
+    });
+}
+
+FactsOutcome readFacts(const std::filesystem::path& file) {
+    return hasArchiveName(file) ? factsOfArchive(file) : asFactsOutcome(readFileFacts(file));
 }
 
 FactsReaders factsReaders(std::size_t count, const WorkerLimits& limits) {

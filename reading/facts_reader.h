@@ -28,6 +28,9 @@ struct FileFacts {
     friend bool operator==(const FileFacts&, const FileFacts&) = default;
 };
 
+/// That, or why the system did not let the file be read.
+using FileOutcome = std::variant<FileFacts, std::error_code>;
+
 /// What came of reading a design in an archive.
 struct MemberFacts {
     std::string location;       // in the archive, as the bytes of its name
@@ -49,7 +52,7 @@ struct ArchiveFacts {
 /// more, which somebody made for it, fails behind them.
 inline constexpr std::size_t mostBytesOfArchiveFacts = std::size_t{64} << 20;
 
-/// What came of reading a file, or why the system did not let it be read.
+/// What came of reading a file, or an archive of files.
 using FactsOutcome = std::variant<FileFacts, ArchiveFacts, std::error_code>;
 
 /// Reads some files, and tells what came of each, in order. Each thread of execution has a reader of its own. May throw
@@ -66,6 +69,9 @@ struct FactsReaders {
 /// else (see LastingWorker): a file that ends it, or takes more than `limits` allow, is no sound design, and the next
 /// one is read as ever. To be called while this process has one thread. WorkerLoss when there is no process to be had.
 [[nodiscard]] FactsReaders factsReaders(std::size_t count, const WorkerLimits& limits = {});
+
+/// Reads a file that is no archive. May throw std::bad_alloc.
+[[nodiscard]] FileOutcome readFileFacts(const std::filesystem::path& file);
 
 /// What the readers do with a file; one with an archive's name is gone through as such (see hasArchiveName). May throw
 /// std::bad_alloc.

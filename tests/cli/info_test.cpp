@@ -7,6 +7,7 @@
 #include <map>
 
 #include "tests/cli/support.h"
+#include "tests/support/archives.h"
 #include "tests/support/environment.h"
 #include "tests/support/janome_files.h"
 #include "tests/support/samples.h"
@@ -68,6 +69,14 @@ TEST_F(Info, TellsWhatAnIndexerGets) {
     EXPECT_EQ(json[0], (test::Json{{"file", sound_}, {"width", 1.0}, {"height", 8.1}, {"stitches", 3}, {"colors", 1}}));
     EXPECT_EQ(json[1]["error"]["code"], 123);
     EXPECT_EQ(json[2]["error"]["code"], ENOENT);
+}
+
+TEST_F(Info, TellsThatNoIndexerLooksIntoArchives) {
+    const std::string packed = folder_.write("packed.zip", test::zipOf({{"rose.dst", test::smallDst}}));
+    const auto outcome = call({"info", "--plugin", packed, packed + "/rose.dst"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.problems, "velamo: " + packed + ": Unknown file format (UTI). (error 10)\nvelamo: " + packed +
+                                    "/rose.dst: Not a directory (error 20)\n");
 }
 
 /// The catalogue reads designs without the plug-in: both must say the same.
