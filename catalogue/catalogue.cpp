@@ -168,6 +168,9 @@ public:
     Binder& put(const std::optional<FileStamp>& stamp) {
         return stamp ? put(stamp->size).put(stamp->modified) : skip(2);
     }
+    Binder& put(std::optional<std::uint64_t> number) {
+        return number ? put(static_cast<std::int64_t>(*number)) : skip(1);
+    }
     Binder& put(const std::optional<Sha256>& hash) {
         return hash ? putBytes({reinterpret_cast<const char*>(hash->data()), hash->size()}) : skip(1);
     }
@@ -228,7 +231,7 @@ struct Catalogue::State {
         for (const ThreadFacts& thread : threads) {
             Binder binder(putThread);
             binder.put(design).put(position++);
-            thread.color ? binder.put(std::int64_t{*thread.color}) : binder.skip(1);
+            binder.put(std::optional<std::uint64_t>(thread.color));
             binder.put(thread.name).put(thread.palette).put(thread.stitches).put(thread.length);
             putThread.run();
         }
@@ -323,15 +326,16 @@ std::optional<Catalogue::FolderId> Catalogue::findFolder(const std::filesystem::
 }
 
 Catalogue::FolderId Catalogue::putFolder(const std::filesystem::path& folder, std::string_view words,
-                                         std::uint64_t device) {
+                                         std::optional<std::uint64_t> device) {
     state_->beginChange();
     const std::string folded = foldedForSearch(words);
-    const auto disk = static_cast<std::int64_t>(device);
     if (const auto known = findFolder(folder)) {
-        state_->changeFolder.bind(1, *known).bindText(2, folded).bind(3, disk).run();
+        Binder(state_->changeFolder).put(*known).putText(folded).put(device);
+        state_->changeFolder.run();
         return *known;
     }
-    Statement& statement = state_->insertFolder.bindBytes(1, folder.native()).bindText(2, folded).bind(3, disk);
+    Statement& statement = state_->insertFolder;
+    Binder(statement).putBytes(folder.native()).putText(folded).put(device);
     statement.next();
     const FolderId id = statement.integer(0);
     statement.run();
@@ -339,7 +343,7 @@ Catalogue::FolderId Catalogue::putFolder(const std::filesystem::path& folder, st
 }
 
 std::optional<std::uint64_t> Catalogue::deviceOf(const std::filesystem::path& folder) const {
-    Statement row = state_->database.prepare("SELECT device FROM folders WHERE device <> 0 AND " +
+    Statement row = state_->database.prepare("SELECT device FROM folders WHERE device IS NOT NULL AND " +
                                              std::string(atOrBelow) + " LIMIT 1");
     bindPlace(row, folder);
     return row.next() ? std::optional(static_cast<std::uint64_t>(row.integer(0))) : std::nullopt;

@@ -80,8 +80,9 @@ public:
     /// The folder's number; nothing when it is not in the catalogue.
     [[nodiscard]] std::optional<FolderId> findFolder(const std::filesystem::path& folder);
     /// The same, after having put it into the catalogue where it was not. `words` is what searched words are looked for
-    /// in, `device` the number of the disk on which the folder is.
-    FolderId putFolder(const std::filesystem::path& folder, std::string_view words, std::uint64_t device = 0);
+    /// in, `device` the number of the disk on which the folder is, as far as one knows.
+    FolderId putFolder(const std::filesystem::path& folder, std::string_view words,
+                       std::optional<std::uint64_t> device = {});
     /// The number of the disk on which the folder was, or one below it; nothing where none is known.
     [[nodiscard]] std::optional<std::uint64_t> deviceOf(const std::filesystem::path& folder) const;
 

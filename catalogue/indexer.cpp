@@ -66,8 +66,8 @@ struct Job {
     FolderId folder;
     Path file;
     DesignStamp stamp;
-    bool isKnown;  // is in the catalogue
-    std::uint64_t device = 0;
+    bool isKnown;                              // is in the catalogue
+    std::optional<std::uint64_t> device = {};  // of an archive
 };
 /// Jobs go to the readers in batches: a reader that lives in another process is asked for many at once.
 using Batch = std::vector<Job>;
@@ -207,7 +207,7 @@ private:
     void takeSingleFile(const Root& root) {
         const FolderEntry entry{.name = root.path.filename(), .state = root.state, .error = {}};
         const auto folder = identityOfFile(root.path.parent_path());
-        FolderContent content(*this, root.path.parent_path(), folder ? folder->device : 0);
+        FolderContent content(*this, root.path.parent_path(), folder ? std::optional(folder->device) : std::nullopt);
         content.take(entry, false);
     }
 
@@ -246,11 +246,8 @@ private:
         if (!isAbsence(reason) && !isBeingWritten) summary_.isComplete = false;
     }
 
-    /// An emptied folder is where it was; one that waits for its disk is not.
     [[nodiscard]] bool isMountPointOfAnother(const FolderListing& listing) const {
-        if (listing.error || !listing.isEmpty) return false;
-        const auto device = catalogue_.deviceOf(listing.folder);
-        return device && *device != listing.device;
+        return !listing.error && listing.isEmpty && waitsForDisk(listing.device, catalogue_.deviceOf(listing.folder));
     }
 
     void noteAwayDisk(const Path& folder) {
@@ -276,7 +273,7 @@ private:
     /// What a folder holds, compared with what the catalogue has of it.
     class FolderContent {
     public:
-        FolderContent(Indexing& indexing, Path folder, std::uint64_t device)
+        FolderContent(Indexing& indexing, Path folder, std::optional<std::uint64_t> device)
             : indexing_(indexing), folder_(std::move(folder)), device_(device) {
             if (indexing.catalogue_.findFolder(folder_)) rest_ = indexing.catalogue_.designsIn(id());
         }
@@ -349,7 +346,7 @@ private:
 
         Indexing& indexing_;
         Path folder_;
-        std::uint64_t device_;
+        std::optional<std::uint64_t> device_;
         std::optional<FolderId> id_;
         std::map<std::string, KnownDesign> rest_;
     };
@@ -398,7 +395,6 @@ private:
     }
 
     void record(const Job& job, const FactsOutcome& outcome) {
-        ++files_;
         if (const auto* reason = std::get_if<std::error_code>(&outcome))
             recordUnreadable(job, *reason);
         else if (const auto* archive = std::get_if<ArchiveFacts>(&outcome))
@@ -412,6 +408,7 @@ private:
     }
 
     void recordFacts(const Job& job, const FileFacts& facts, std::string_view words = {}) {
+        ++files_;
         if (const auto* failure = std::get_if<DesignFailure>(&facts.content)) {
             ++summary_.broken;
             observer_.problem(job.file, errorOf(*failure));
@@ -422,7 +419,6 @@ private:
 
     /// What was in the archive before and is not now leaves the catalogue.
     void recordArchive(const Job& job, const ArchiveFacts& archive) {
-        --files_;
         const std::int64_t brokenBefore = summary_.broken;
         std::map<FolderId, std::map<std::string, KnownDesign>> rest;
         for (const FolderId folder : catalogue_.foldersBelow(job.file))
@@ -434,7 +430,6 @@ private:
             recordFacts(job, {.content = *archive.failure});
         else if (job.isKnown)
             remove(job.folder, job.file.filename());
-        files_ += static_cast<std::int64_t>(archive.members.size()) + (archive.failure ? 1 : 0);
         catalogue_.putArchive(job.file, {.stamp = job.stamp.design,
                                          .reader = job.stamp.reader,
                                          .designs = static_cast<std::int64_t>(archive.members.size()),
@@ -461,6 +456,7 @@ private:
     }
 
     void recordUnreadable(const Job& job, std::error_code reason) {
+        ++files_;
         if (reason != std::errc::no_such_file_or_directory) {
             ++summary_.skipped;
             observer_.problem(job.file, systemError(reason.value()));

@@ -6,15 +6,9 @@
 #include "velamo/platform/system/file_state.h"
 
 namespace velamo {
-namespace {
-
-bool isMountPointOfAnother(const std::filesystem::path& folder, std::uint64_t device) {
-    const auto identity = identityOfFile(folder);
-    std::error_code error;
-    return device != 0 && identity && identity->device != device && std::filesystem::is_empty(folder, error) && !error;
+bool waitsForDisk(std::uint64_t device, std::optional<std::uint64_t> before) noexcept {
+    return before && *before != device;
 }
-
-}  // namespace
 
 bool isWithin(const std::filesystem::path& path, const std::filesystem::path& top) {
     const std::string& inner = path.native();
@@ -33,18 +27,20 @@ AwayPlaces::AwayPlaces(std::vector<std::filesystem::path> roots) : missingRoots_
     std::erase_if(missingRoots_, isThere);
 }
 
-bool AwayPlaces::contains(const std::filesystem::path& folder, std::uint64_t device) {
+bool AwayPlaces::contains(const std::filesystem::path& folder, std::optional<std::uint64_t> device) {
     const auto [known, isNew] = known_.try_emplace(folder.native());
     if (isNew) known->second = isAway(folder, device);
     return known->second;
 }
 
-bool AwayPlaces::isAway(const std::filesystem::path& folder, std::uint64_t device) const {
+bool AwayPlaces::isAway(const std::filesystem::path& folder, std::optional<std::uint64_t> device) const {
     const auto holds = [&folder](const std::filesystem::path& root) { return isWithin(folder, root); };
     if (std::any_of(missingRoots_.begin(), missingRoots_.end(), holds)) return true;
     auto place = folder;
     while (!isThere(place) && place.has_relative_path()) place = place.parent_path();
-    return isMountPointOfAnother(place, device);
+    const auto identity = identityOfFile(place);
+    std::error_code error;
+    return identity && waitsForDisk(identity->device, device) && std::filesystem::is_empty(place, error) && !error;
 }
 
 }  // namespace velamo

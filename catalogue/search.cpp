@@ -219,7 +219,8 @@ FoundDesign designOf(const Statement& row) {
                        .hash = hashAt(row, 3),
                        .modified = row.integer(4),
                        .failure = {},
-                       .device = static_cast<std::uint64_t>(row.integer(22))};
+                       .device = {}};
+    if (!row.isNothing(22)) design.device = static_cast<std::uint64_t>(row.integer(22));
     if (!row.isNothing(6)) design.failure = {row.bytes(5), static_cast<int>(row.integer(6)), row.bytes(7)};
     return design;
 }

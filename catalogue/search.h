@@ -46,7 +46,7 @@ struct FoundDesign {
     std::optional<Sha256> hash;
     std::int64_t modified = 0;             // nanoseconds since the start of 1970
     std::optional<DesignFailure> failure;  // of a broken one, whose facts are zero
-    std::uint64_t device = 0;              // the number of the disk on which it was
+    std::optional<std::uint64_t> device;   // the number of the disk on which it was
     bool isAway = false;                   // the disk is not there now
 };
 
